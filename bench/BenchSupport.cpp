@@ -1,0 +1,134 @@
+#include "BenchSupport.h"
+
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <set>
+
+namespace quorin::bench {
+namespace {
+
+struct RowInfo {
+    RowShape shape;
+    std::string peer;
+};
+
+std::map<std::string, RowInfo>& Rows() {
+    static std::map<std::string, RowInfo> rows;
+    return rows;
+}
+
+std::string MemcpyName(size_t bytes) { return "memcpy/" + std::to_string(bytes >> 20) + "MiB+" + std::to_string(bytes & 0xFFFFF); }
+
+// Prints the usual console output, then the ratio table.
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Iteration || run.aggregate_name == "median")
+                seconds_[run.run_name.str()] = run.GetAdjustedRealTime() / 1e9 * TimeUnitScale(run.time_unit);
+    }
+    void Finalize() override {
+        ConsoleReporter::Finalize();
+        std::printf("\n%-52s %10s %8s %9s %9s\n", "row", "MP/s", "GB/s", "x memcpy", "x peer");
+        for (const auto& [name, info] : Rows()) {
+            const auto found = seconds_.find(name);
+            if (found == seconds_.end()) continue;
+            const double t = found->second;
+            const double pixels = static_cast<double>(info.shape.width * info.shape.height);
+            std::printf("%-52s %10.0f %8.2f", name.c_str(), pixels / t / 1e6, info.shape.bytesMoved / t / 1e9);
+            printRatio(MemcpyName(info.shape.bytesMoved), t);
+            if (!info.peer.empty()) {
+                RowShape peer = info.shape;
+                peer.operation = info.peer;
+                printRatio(RowName(peer), t);
+            }
+            std::printf("\n");
+        }
+    }
+
+private:
+    static double TimeUnitScale(benchmark::TimeUnit unit) {
+        switch (unit) {
+            case benchmark::kNanosecond: return 1;
+            case benchmark::kMicrosecond: return 1e3;
+            case benchmark::kMillisecond: return 1e6;
+            default: return 1e9;
+        }
+    }
+    void printRatio(const std::string& other, double t) {
+        const auto found = seconds_.find(other);
+        if (found == seconds_.end()) std::printf(" %9s", "-");
+        else std::printf(" %9.2f", found->second / t);  // >1: this row is faster
+    }
+    std::map<std::string, double> seconds_;
+};
+
+}  // namespace
+
+std::string RowName(const RowShape& shape) {
+    return shape.operation + "/" + std::to_string(shape.width) + "x" + std::to_string(shape.height) +
+           (shape.split == Split::Single ? "/st" : "/mt");
+}
+
+void RegisterRow(const RowShape& shape, std::function<void()> body, const std::string& peer) {
+    const std::string name = RowName(shape);
+    Rows()[name] = RowInfo{shape, peer};
+    const double pixels = static_cast<double>(shape.width * shape.height);
+    const double bytes = static_cast<double>(shape.bytesMoved);
+    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body), pixels, bytes](benchmark::State& state) {
+        for (auto _ : state) body();
+        state.counters["MP/s"] = benchmark::Counter(pixels / 1e6 * state.iterations(), benchmark::Counter::kIsRate);
+        state.counters["GB/s"] = benchmark::Counter(bytes / 1e9 * state.iterations(), benchmark::Counter::kIsRate);
+    })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    RegisterMemcpy(shape.bytesMoved);
+}
+
+void RegisterMemcpy(size_t bytes) {
+    static std::set<size_t> registered;
+    if (!registered.insert(bytes).second) return;
+    const std::string name = MemcpyName(bytes);
+    benchmark::RegisterBenchmark(name.c_str(), [bytes](benchmark::State& state) {
+        // Half the moved bytes are read, half written, as in a conversion.
+        std::vector<uint8_t> from(bytes / 2, 1), to(bytes / 2);
+        for (auto _ : state) {
+            std::memcpy(to.data(), from.data(), from.size());
+            benchmark::DoNotOptimize(to.data());
+        }
+        state.counters["GB/s"] = benchmark::Counter(static_cast<double>(bytes) / 1e9 * state.iterations(),
+                                                    benchmark::Counter::kIsRate);
+    })->UseRealTime()->Unit(benchmark::kMicrosecond);
+}
+
+OwnedImage::OwnedImage(size_t width, size_t height, size_t pixelBytes, uint32_t seed)
+    : bytes(width * height * pixelBytes), buffer{nullptr, height, width, width * pixelBytes} {
+    buffer.data = bytes.data();
+    uint32_t state = seed * 2654435761u + 1;
+    for (auto& b : bytes) {
+        state = state * 1664525u + 1013904223u;
+        b = static_cast<uint8_t>(state >> 24);
+    }
+}
+
+void OwnedImage::fillUnitFloats() {
+    auto* values = reinterpret_cast<float*>(bytes.data());
+    for (size_t i = 0; i < bytes.size() / sizeof(float); ++i) values[i] = static_cast<float>((i * 7919) % 1000) / 999.0f;
+}
+
+std::vector<std::function<void()>>& Registrars() {
+    static std::vector<std::function<void()>> registrars;
+    return registrars;
+}
+
+}  // namespace quorin::bench
+
+int main(int argc, char** argv) {
+    for (auto& registrar : quorin::bench::Registrars()) registrar();
+    benchmark::Initialize(&argc, argv);
+    quorin::bench::RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,174 @@
+/* Quorin: alpha compositing — blending straight and premultiplied colour,
+ * premultiplying and unpremultiplying, clipping colour to alpha.
+ * Plain C99; safe to include from C++. */
+#ifndef QUORIN_ALPHA_H
+#define QUORIN_ALPHA_H
+
+#include "Types.h"
+
+QUORIN_EXTERN_C_BEGIN
+
+/* ======================================================================== */
+/* Implemented next (alpha family)                                          */
+/* ======================================================================== */
+
+/* ---- Alpha blend of straight colour ------------------------------------- */
+
+/* Top over bottom when both carry straight (non-premultiplied) colour: the
+ * result keeps straight colour, renormalised by the result alpha, so it can
+ * be composited again without a premultiply pass. All buffers must have the
+ * same size; dest may alias either source. */
+QUORIN_API Quorin_Error QuorinAlphaBlend_ARGB8888(const Quorin_Buffer *srcTop,
+                                                  const Quorin_Buffer *srcBottom,
+                                                  const Quorin_Buffer *dest, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinAlphaBlend_ARGBFFFF(const Quorin_Buffer *srcTop,
+                                                  const Quorin_Buffer *srcBottom,
+                                                  const Quorin_Buffer *dest, Quorin_Flags flags);
+
+/* The same blend on separate colour and alpha planes: the result colour goes
+ * to dest, the result alpha to destAlpha. */
+QUORIN_API Quorin_Error QuorinAlphaBlend_Planar8(const Quorin_Buffer *srcTop,
+                                                 const Quorin_Buffer *srcTopAlpha,
+                                                 const Quorin_Buffer *srcBottom,
+                                                 const Quorin_Buffer *srcBottomAlpha,
+                                                 const Quorin_Buffer *dest,
+                                                 const Quorin_Buffer *destAlpha,
+                                                 Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinAlphaBlend_PlanarF(const Quorin_Buffer *srcTop,
+                                                 const Quorin_Buffer *srcTopAlpha,
+                                                 const Quorin_Buffer *srcBottom,
+                                                 const Quorin_Buffer *srcBottomAlpha,
+                                                 const Quorin_Buffer *dest,
+                                                 const Quorin_Buffer *destAlpha,
+                                                 Quorin_Flags flags);
+
+/* ---- Premultiplied blend modes ------------------------------------------ */
+
+/* Separable blend modes on premultiplied RGBA8888 (alpha in channel 3); the
+ * result stays premultiplied, so chains of blends need no conversions. */
+QUORIN_API Quorin_Error QuorinPremultipliedAlphaBlendDarken_RGBA8888(
+    const Quorin_Buffer *srcTop, const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest,
+    Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultipliedAlphaBlendLighten_RGBA8888(
+    const Quorin_Buffer *srcTop, const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest,
+    Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultipliedAlphaBlendMultiply_RGBA8888(
+    const Quorin_Buffer *srcTop, const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest,
+    Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultipliedAlphaBlendScreen_RGBA8888(
+    const Quorin_Buffer *srcTop, const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest,
+    Quorin_Flags flags);
+
+/* A premultiplied top plane over a bottom plane, the top faded by one
+ * constant alpha (a layer opacity) on top of its own alpha plane. */
+QUORIN_API Quorin_Error QuorinPremultipliedConstAlphaBlend_Planar8(
+    const Quorin_Buffer *srcTop, uint8_t constAlpha, const Quorin_Buffer *srcTopAlpha,
+    const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultipliedConstAlphaBlend_PlanarF(
+    const Quorin_Buffer *srcTop, float constAlpha, const Quorin_Buffer *srcTopAlpha,
+    const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest, Quorin_Flags flags);
+
+/* ---- Premultiply and unpremultiply -------------------------------------- */
+
+/* Straight colour to colour multiplied by alpha (what the blends and
+ * resamplers want), alpha copied. src and dest have equal sizes and may be
+ * the same buffer. ARGB formats keep alpha in channel 0, RGBA in channel 3. */
+QUORIN_API Quorin_Error QuorinPremultiplyData_ARGB8888(const Quorin_Buffer *src,
+                                                       const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultiplyData_RGBA8888(const Quorin_Buffer *src,
+                                                       const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultiplyData_ARGBFFFF(const Quorin_Buffer *src,
+                                                       const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultiplyData_RGBAFFFF(const Quorin_Buffer *src,
+                                                       const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultiplyData_ARGB16U(const Quorin_Buffer *src,
+                                                      const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultiplyData_RGBA16U(const Quorin_Buffer *src,
+                                                      const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+/* 16Q12 clamps alpha to 0..1.0 (0..4096) first and writes the clamped alpha. */
+QUORIN_API Quorin_Error QuorinPremultiplyData_ARGB16Q12(const Quorin_Buffer *src,
+                                                        const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultiplyData_RGBA16Q12(const Quorin_Buffer *src,
+                                                        const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+/* Planar: the colour plane src is multiplied by the separate alpha plane. */
+QUORIN_API Quorin_Error QuorinPremultiplyData_Planar8(const Quorin_Buffer *src,
+                                                      const Quorin_Buffer *alpha,
+                                                      const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPremultiplyData_PlanarF(const Quorin_Buffer *src,
+                                                      const Quorin_Buffer *alpha,
+                                                      const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+
+/* The inverse: premultiplied colour back to straight colour; alpha 0 gives
+ * colour 0. The 8-bit rule saturates a colour above its alpha at 255, the
+ * 16-bit rules clamp colour to alpha before dividing. */
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_ARGB8888(const Quorin_Buffer *src,
+                                                         const Quorin_Buffer *dest,
+                                                         Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_RGBA8888(const Quorin_Buffer *src,
+                                                         const Quorin_Buffer *dest,
+                                                         Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_ARGBFFFF(const Quorin_Buffer *src,
+                                                         const Quorin_Buffer *dest,
+                                                         Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_RGBAFFFF(const Quorin_Buffer *src,
+                                                         const Quorin_Buffer *dest,
+                                                         Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_ARGB16U(const Quorin_Buffer *src,
+                                                        const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_RGBA16U(const Quorin_Buffer *src,
+                                                        const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_ARGB16Q12(const Quorin_Buffer *src,
+                                                          const Quorin_Buffer *dest,
+                                                          Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_RGBA16Q12(const Quorin_Buffer *src,
+                                                          const Quorin_Buffer *dest,
+                                                          Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_Planar8(const Quorin_Buffer *src,
+                                                        const Quorin_Buffer *alpha,
+                                                        const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinUnpremultiplyData_PlanarF(const Quorin_Buffer *src,
+                                                        const Quorin_Buffer *alpha,
+                                                        const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+
+/* ---- Clip to alpha ------------------------------------------------------- */
+
+/* Repairs premultiplied data whose colour exceeds its alpha (colour becomes
+ * min(colour, alpha)), so that a later unpremultiply never saturates. Alpha
+ * is copied; the planar members take the alpha plane separately and write
+ * only the colour plane. */
+QUORIN_API Quorin_Error QuorinClipToAlpha_Planar8(const Quorin_Buffer *src,
+                                                  const Quorin_Buffer *alpha,
+                                                  const Quorin_Buffer *dest, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinClipToAlpha_PlanarF(const Quorin_Buffer *src,
+                                                  const Quorin_Buffer *alpha,
+                                                  const Quorin_Buffer *dest, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinClipToAlpha_ARGB8888(const Quorin_Buffer *src,
+                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinClipToAlpha_RGBA8888(const Quorin_Buffer *src,
+                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinClipToAlpha_ARGBFFFF(const Quorin_Buffer *src,
+                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinClipToAlpha_RGBAFFFF(const Quorin_Buffer *src,
+                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
+
+/* ======================================================================== */
+/* Not yet implemented: these report "NOT YET IMPLEMENTED" and abort.       */
+/* ======================================================================== */
+
+QUORIN_EXTERN_C_END
+
+#endif /* QUORIN_ALPHA_H */

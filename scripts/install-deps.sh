@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the project needs, only those missing.
+# Usage: scripts/install-deps.sh [build|test|bench|all]   (default: all)
+# Quiet when nothing is missing; fails with a clear message otherwise.
+set -euo pipefail
+
+build_pkgs=(cmake ninja-build g++ pkg-config libhwy-dev libpng-dev python3 binutils)
+test_pkgs=(libgtest-dev libgmock-dev)
+bench_pkgs=(libbenchmark-dev libyuv-dev libpixman-1-dev libopencv-dev)
+
+case "${1:-all}" in
+    build) wanted=("${build_pkgs[@]}") ;;
+    test) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}") ;;
+    bench|all) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}") ;;
+    *) echo "usage: $0 [build|test|bench|all]" >&2; exit 2 ;;
+esac
+
+missing=()
+for pkg in "${wanted[@]}"; do
+    status=$(dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null || true)
+    [[ "$status" == "install ok installed" ]] || missing+=("$pkg")
+done
+
+if ((${#missing[@]})); then
+    echo "install-deps: installing ${missing[*]}"
+    sudo=()
+    if [[ $(id -u) -ne 0 ]]; then
+        command -v sudo >/dev/null || { echo "install-deps: need root (or sudo) to install: ${missing[*]}" >&2; exit 1; }
+        sudo=(sudo)
+    fi
+    export DEBIAN_FRONTEND=noninteractive
+    if ! { "${sudo[@]}" apt-get update -qq && "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >/tmp/quorin-install-deps.log 2>&1; then
+        echo "install-deps: apt-get could not install: ${missing[*]} (see /tmp/quorin-install-deps.log)" >&2
+        tail -n 20 /tmp/quorin-install-deps.log >&2
+        exit 1
+    fi
+fi
+
+# libdispatch is not a Debian package here: it comes with the Swift toolchain.
+if [[ ! -e /opt/swift/usr/lib/swift/linux/libdispatch.so && -z "${DISPATCH_ROOT:-}" ]]; then
+    echo "install-deps: libdispatch not found under /opt/swift/usr/lib/swift/linux; install the Swift toolchain there or set DISPATCH_ROOT" >&2
+    exit 1
+fi

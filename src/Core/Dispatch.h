@@ -1,0 +1,173 @@
+// The parallel frame: processor count, parallel apply, dispatch groups, and
+// the splitting rules the families share. Every use of libdispatch goes
+// through here.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "quorin/Types.h"
+
+namespace quorin {
+
+// Pixels below which an operation stays on the calling thread.
+inline constexpr uint32_t kParallelPixelThreshold = 64000;
+
+// Number of processors available to the process (at least 1).
+unsigned ActiveProcessorCount();
+
+// Test hook: pretend the machine has `count` processors (0 restores the truth).
+void SetProcessorCountForTest(unsigned count);
+
+namespace detail {
+using ApplyFunction = void (*)(void* context, size_t iteration);
+void ApplyOnGlobalQueue(size_t iterations, void* context, ApplyFunction function);
+// Submits `tasks` closures to a fresh dispatch group on the global queue and
+// waits for them; false when the group cannot be created.
+bool RunOnGroup(size_t tasks, void* context, ApplyFunction function);
+}  // namespace detail
+
+// dispatch_apply on the default-priority global queue: calls fn(i) for
+// i in [0, iterations) concurrently and returns when all have returned.
+template <class Fn>
+void ParallelApply(size_t iterations, Fn&& fn) {
+    detail::ApplyOnGlobalQueue(iterations, &fn, [](void* context, size_t i) {
+        (*static_cast<std::remove_reference_t<Fn>*>(context))(i);
+    });
+}
+
+// As ParallelApply, but each iteration is its own task on a dispatch group
+// that is awaited and released; false when the group cannot be created.
+template <class Fn>
+[[nodiscard]] bool GroupApply(size_t tasks, Fn&& fn) {
+    return detail::RunOnGroup(tasks, &fn, [](void* context, size_t i) {
+        (*static_cast<std::remove_reference_t<Fn>*>(context))(i);
+    });
+}
+
+// ---- Splitting rules --------------------------------------------------------
+
+// Rows and grid dispatchers: go parallel unless single-threaded or the
+// destination has fewer than 64000 pixels. The pixel count is a 32-bit
+// product, as every caller of these dispatchers computes it.
+inline bool WantsRowsOrGrid(Quorin_Flags flags, size_t width, size_t height) {
+    if (flags & kQuorinFlag_SingleThreaded) return false;
+    return static_cast<uint32_t>(static_cast<uint32_t>(height) * static_cast<uint32_t>(width)) >=
+           kParallelPixelThreshold;
+}
+
+// Bands cut by processor count: n = P when P divides the rows, else P - 1,
+// each of `chunk` rows, and the rows left over after n chunks.
+struct BandPlan {
+    size_t processors;  // P
+    size_t bands;       // n
+    size_t chunk;       // rows per band
+    size_t remainder;   // rows - n * chunk
+
+    // Rows of band i (i in 0..n); band n exists only when remainder != 0.
+    size_t rowsOf(size_t i) const { return i < bands ? chunk : remainder; }
+    size_t firstRowOf(size_t i) const { return i * chunk; }
+};
+
+inline BandPlan PlanBands(size_t processors, size_t rows) {
+    BandPlan plan{};
+    plan.processors = processors;
+    plan.bands = (rows % processors == 0) ? processors : processors - 1;
+    plan.chunk = rows / plan.bands;
+    plan.remainder = rows - plan.bands * plan.chunk;
+    return plan;
+}
+
+// The band-splitting families split only with at least two processors, at
+// least one row per processor and more than 63999 pixels (written as the
+// pixel count shifted right by 9 exceeding 124), and never when single-threaded.
+inline bool WantsBands(Quorin_Flags flags, size_t processors, size_t pixels, size_t rows) {
+    if (flags & kQuorinFlag_SingleThreaded) return false;
+    if (processors < 2 || rows < processors) return false;
+    return (pixels >> 9) > 124;
+}
+
+// Runs bandFn(firstRow, rows) over `height` rows. Serial (one call over all
+// rows) unless WantsBands; otherwise the n bands and the remainder band go to a
+// dispatch group that is awaited. Returns kQuorinError_OutOfMemory when the
+// group cannot be created, else 0.
+template <class BandFn>
+Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
+    const size_t processors = ActiveProcessorCount();
+    if (!WantsBands(flags, processors, width * height, height)) {
+        bandFn(size_t{0}, height);
+        return kQuorinSuccess;
+    }
+    const BandPlan plan = PlanBands(processors, height);
+    const size_t tasks = plan.bands + (plan.remainder != 0 ? 1 : 0);
+    const bool ran = GroupApply(tasks, [&](size_t i) { bandFn(plan.firstRowOf(i), plan.rowsOf(i)); });
+    return ran ? kQuorinSuccess : kQuorinError_OutOfMemory;
+}
+
+// Same bands through a parallel apply of P iterations: iteration i < n runs
+// chunk rows, iteration n the remainder (possibly 0 rows, still called).
+template <class BandFn>
+void RunBandsOnApply(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
+    const size_t processors = ActiveProcessorCount();
+    if (!WantsBands(flags, processors, width * height, height)) {
+        bandFn(size_t{0}, height);
+        return;
+    }
+    const BandPlan plan = PlanBands(processors, height);
+    ParallelApply(processors, [&](size_t i) { bandFn(plan.firstRowOf(i), plan.rowsOf(i)); });
+}
+
+// Runs pieceFn(x, y, w, h) once over the whole destination on this thread,
+// or through the rows dispatcher when WantsRowsOrGrid.
+template <class PieceFn>
+void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn);
+
+// ---- Row-range work objects -------------------------------------------------
+
+// One band of a row-range job, made by QuorinRowWork::makeJob.
+class QuorinRowJob {
+public:
+    virtual ~QuorinRowJob() = default;
+    virtual void run() = 0;
+};
+
+// A job over rows that the object-based dispatcher cuts into bands.
+class QuorinRowWork {
+public:
+    virtual ~QuorinRowWork() = default;
+    virtual size_t pixelCount() const = 0;
+    virtual size_t rowCount() const = 0;
+    // Free for the job's own use; the dispatcher never calls it.
+    virtual void reserved() {}
+    virtual QuorinRowJob* makeJob(size_t firstRow, size_t rows) const = 0;
+};
+
+// Runs `work` serially (one job over all rows) with fewer than two
+// processors, fewer rows than processors, fewer than 64000 pixels or the
+// single-threaded flag; otherwise P jobs through a parallel apply, cut by the
+// P-or-P-1 rule (the last may be empty and still runs).
+void QuorinRunRowWork(const QuorinRowWork& work, Quorin_Flags flags);
+
+}  // namespace quorin
+
+#include "quorin/Utilities.h"
+
+namespace quorin {
+
+template <class PieceFn>
+void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn) {
+    if (!WantsRowsOrGrid(flags, width, height)) {
+        pieceFn(size_t{0}, size_t{0}, width, height);
+        return;
+    }
+    using Fn = std::remove_reference_t<PieceFn>;
+    const Quorin_PieceClosure closure{
+        [](void* context, size_t, size_t x, size_t y, size_t w, size_t h) {
+            (*static_cast<Fn*>(context))(x, y, w, h);
+        },
+        &pieceFn};
+    _QuorinDispatchApplyOnRows(width, height, &closure);
+}
+
+}  // namespace quorin

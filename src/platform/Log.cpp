@@ -1,0 +1,21 @@
+#include "platform/Log.h"
+
+#include <execinfo.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace quorin {
+
+void ReportFatal(const char* name, const char* module, int line, const char* message) {
+    // One fprintf so the record stays a single line even when several threads die at once.
+    std::fprintf(stderr, "quorin[%d] %s %s:%d: %s\n", kFatalLogLevel, name, module, line, message);
+    std::fflush(stderr);
+    void* frames[64];
+    const int depth = backtrace(frames, 64);
+    backtrace_symbols_fd(frames, depth, STDERR_FILENO);
+    std::abort();
+}
+
+}  // namespace quorin

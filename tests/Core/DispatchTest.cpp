@@ -1,0 +1,209 @@
+// The dispatchers' band and tile arithmetic, checked against the rules written
+// out independently here, on forced processor counts.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "Core/Dispatch.h"
+#include "quorin/Utilities.h"
+
+namespace quorin {
+namespace {
+
+using Piece = std::tuple<size_t, size_t, size_t, size_t, size_t>;  // index, x, y, w, h
+
+struct Recorder {
+    std::mutex mutex;
+    std::vector<Piece> pieces;
+    static void Record(void* context, size_t i, size_t x, size_t y, size_t w, size_t h) {
+        auto* self = static_cast<Recorder*>(context);
+        std::lock_guard<std::mutex> lock(self->mutex);
+        self->pieces.emplace_back(i, x, y, w, h);
+    }
+    std::vector<Piece> sorted() {
+        std::sort(pieces.begin(), pieces.end());
+        return pieces;
+    }
+};
+
+class ForcedProcessors {
+public:
+    explicit ForcedProcessors(unsigned n) { SetProcessorCountForTest(n); }
+    ~ForcedProcessors() { SetProcessorCountForTest(0); }
+};
+
+TEST(Dispatch, NullClosureIsAnInternalFaultAndRunsNothing) {
+    EXPECT_EQ(_QuorinDispatchApplyOnRows(10, 10, nullptr), kQuorinError_InternalFault);
+    EXPECT_EQ(_QuorinDispatchApplyOnGrid(2, 2, 10, 10, nullptr), kQuorinError_InternalFault);
+    Quorin_PieceClosure empty{nullptr, nullptr};
+    EXPECT_EQ(_QuorinDispatchApplyOnRows(10, 10, &empty), kQuorinError_InternalFault);
+}
+
+TEST(Dispatch, RowsCutOneBandPerProcessorWithTheRemainderLast) {
+    for (unsigned n : {1u, 2u, 3u, 4u, 7u}) {
+        for (size_t height : {0u, 1u, 3u, 7u, 64u, 1001u}) {
+            ForcedProcessors forced(n);
+            Recorder recorder;
+            Quorin_PieceClosure closure{&Recorder::Record, &recorder};
+            ASSERT_EQ(_QuorinDispatchApplyOnRows(13, height, &closure), kQuorinSuccess);
+            const auto pieces = recorder.sorted();
+            ASSERT_EQ(pieces.size(), n);
+            size_t covered = 0;
+            for (size_t i = 0; i < n; ++i) {
+                const size_t band = height / n;
+                EXPECT_EQ(pieces[i], Piece(i, 0, band * i, 13, i + 1 == n ? height - band * (n - 1) : band))
+                    << n << " processors, height " << height;
+                covered += std::get<4>(pieces[i]);
+            }
+            EXPECT_EQ(covered, height);
+        }
+    }
+}
+
+TEST(Dispatch, GridChoosesItsShapeFromTheProcessorCountWhenAskedTo) {
+    // processors -> (across, down)
+    const std::vector<std::tuple<unsigned, size_t, size_t>> shapes{
+        {1, 1, 1}, {2, 2, 1}, {3, 3, 1}, {4, 2, 2}, {6, 3, 2}, {8, 4, 2}, {9, 3, 3}, {16, 4, 4}};
+    for (auto [n, across, down] : shapes) {
+        ForcedProcessors forced(n);
+        Recorder recorder;
+        Quorin_PieceClosure closure{&Recorder::Record, &recorder};
+        ASSERT_EQ(_QuorinDispatchApplyOnGrid(3, 0, 100, 50, &closure), kQuorinSuccess);
+        const auto pieces = recorder.sorted();
+        ASSERT_EQ(pieces.size(), across * down) << n;
+        // Last column and last row absorb the remainders; tiles cover the area once.
+        size_t area = 0;
+        for (const auto& [i, x, y, w, h] : pieces) {
+            const size_t c = i % across, r = i / across;
+            EXPECT_EQ(x, (100 / across) * c);
+            EXPECT_EQ(y, (50 / down) * r);
+            EXPECT_EQ(w, c + 1 == across ? 100 - (100 / across) * (across - 1) : 100 / across);
+            EXPECT_EQ(h, r + 1 == down ? 50 - (50 / down) * (down - 1) : 50 / down);
+            area += w * h;
+        }
+        EXPECT_EQ(area, 100u * 50u);
+    }
+}
+
+TEST(Dispatch, GridHonoursAnExplicitShape) {
+    Recorder recorder;
+    Quorin_PieceClosure closure{&Recorder::Record, &recorder};
+    ASSERT_EQ(_QuorinDispatchApplyOnGrid(2, 2, 10, 5, &closure), kQuorinSuccess);
+    EXPECT_EQ(recorder.sorted(), (std::vector<Piece>{{0, 0, 0, 5, 2}, {1, 5, 0, 5, 2}, {2, 0, 2, 5, 3}, {3, 5, 2, 5, 3}}));
+}
+
+TEST(Dispatch, BandPlanFollowsPOrPMinusOne) {
+    for (size_t p = 2; p <= 9; ++p) {
+        for (size_t rows = p; rows < 200; ++rows) {
+            const BandPlan plan = PlanBands(p, rows);
+            const size_t n = rows % p == 0 ? p : p - 1;
+            EXPECT_EQ(plan.bands, n);
+            EXPECT_EQ(plan.chunk * n + plan.remainder, rows);
+            size_t next = 0;
+            for (size_t i = 0; i <= n; ++i) {
+                if (i == n && plan.remainder == 0) break;
+                EXPECT_EQ(plan.firstRowOf(i), next);
+                next += plan.rowsOf(i);
+            }
+            EXPECT_EQ(next, rows);
+        }
+    }
+}
+
+class CountingWork final : public QuorinRowWork {
+public:
+    CountingWork(size_t rows, size_t width) : rows_(rows), width_(width) {}
+    size_t pixelCount() const override { return rows_ * width_; }
+    size_t rowCount() const override { return rows_; }
+    QuorinRowJob* makeJob(size_t firstRow, size_t rows) const override {
+        struct Job final : QuorinRowJob {
+            const CountingWork* work;
+            size_t first, count;
+            Job(const CountingWork* w, size_t f, size_t c) : work(w), first(f), count(c) {}
+            void run() override {
+                std::lock_guard<std::mutex> lock(work->mutex_);
+                work->jobs_.emplace_back(first, count);
+                work->threads_.push_back(std::this_thread::get_id());
+            }
+        };
+        return new Job(this, firstRow, rows);
+    }
+    std::vector<std::pair<size_t, size_t>> jobs() const {
+        auto sorted = jobs_;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted;
+    }
+    mutable std::mutex mutex_;
+    mutable std::vector<std::pair<size_t, size_t>> jobs_;
+    mutable std::vector<std::thread::id> threads_;
+
+private:
+    size_t rows_, width_;
+};
+
+TEST(Dispatch, RowWorkBandsIncludeAnEmptyLastJob) {
+    ForcedProcessors forced(4);
+    using Jobs = std::vector<std::pair<size_t, size_t>>;
+    const std::vector<std::pair<size_t, Jobs>> cases{
+        {10, {{0, 3}, {3, 3}, {6, 3}, {9, 1}}},
+        {8, {{0, 2}, {2, 2}, {4, 2}, {6, 2}}},
+        {6, {{0, 2}, {2, 2}, {4, 2}, {6, 0}}},
+    };
+    for (const auto& [rows, expected] : cases) {
+        CountingWork work(rows, 64000);  // wide rows: well above the pixel threshold
+        QuorinRunRowWork(work, 0);
+        EXPECT_EQ(work.jobs(), expected) << rows << " rows";
+    }
+}
+
+TEST(Dispatch, RowWorkStaysOnTheCallingThreadBelowEveryThreshold) {
+    ForcedProcessors forced(4);
+    struct Case { size_t rows, width; Quorin_Flags flags; };
+    for (const Case& c : {Case{3, 100000, 0}, Case{100, 639, 0}, Case{100, 100000, kQuorinFlag_SingleThreaded}}) {
+        CountingWork work(c.rows, c.width);
+        QuorinRunRowWork(work, c.flags);
+        ASSERT_EQ(work.jobs(), (std::vector<std::pair<size_t, size_t>>{{0, c.rows}}));
+        EXPECT_EQ(work.threads_[0], std::this_thread::get_id());
+    }
+    // 125 * 512 = 64000 pixels is the first count that splits.
+    CountingWork atThreshold(125, 512);
+    QuorinRunRowWork(atThreshold, 0);
+    EXPECT_EQ(atThreshold.jobs().size(), 4u);
+}
+
+TEST(Dispatch, RowsDecisionUsesA32BitPixelCount) {
+    EXPECT_FALSE(WantsRowsOrGrid(0, 63999, 1));
+    EXPECT_TRUE(WantsRowsOrGrid(0, 64000, 1));
+    EXPECT_FALSE(WantsRowsOrGrid(kQuorinFlag_SingleThreaded, 4096, 4096));
+    // 65536 x 65536 wraps to 0 in 32 bits: stays serial, as the rule computes it.
+    EXPECT_FALSE(WantsRowsOrGrid(0, 65536, 65536));
+}
+
+TEST(Dispatch, GroupBandsCoverEveryRowOnceAndUseTheCallersThreadWhenSmall) {
+    ForcedProcessors forced(4);
+    for (size_t height : {4u, 7u, 10u, 101u}) {
+        std::mutex mutex;
+        std::vector<size_t> hits(height, 0);
+        const Quorin_Error result = RunBandsOnGroup(0, 64000, height, [&](size_t first, size_t rows) {
+            std::lock_guard<std::mutex> lock(mutex);
+            for (size_t r = first; r < first + rows; ++r) ++hits[r];
+        });
+        EXPECT_EQ(result, kQuorinSuccess);
+        EXPECT_EQ(std::count(hits.begin(), hits.end(), 1u), static_cast<std::ptrdiff_t>(height)) << height;
+    }
+    size_t calls = 0;
+    EXPECT_EQ(RunBandsOnGroup(0, 10, 10, [&](size_t first, size_t rows) {
+                  ++calls;
+                  EXPECT_EQ(first + rows, 10u);
+              }),
+              kQuorinSuccess);
+    EXPECT_EQ(calls, 1u);
+}
+
+}  // namespace
+}  // namespace quorin
