@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <random>
-#include <vector>
 
 #include "Utilities/Buffer.h"
 #include "quorin/Utilities.h"
@@ -15,133 +13,104 @@ namespace {
 
 int Lg(uint64_t v) { return v == 0 ? 0 : std::bit_width(v) - 1; }
 
-struct Layout {
-    size_t rowBytes;
-    int alignment;
-};
-
-// The row layout restated from its definition: the row's bit count (a 32-bit
-// product) is padded to a unit that doubles from 8 bits until it holds a pixel
-// (and, above 32-bit pixels, until it exceeds the pixel); rows of fewer than
-// 32 bytes get 16-byte alignment, others 64.
-Layout ExpectedLayout(size_t width, uint32_t pixelBits) {
+// The row layout restated: the 32-bit row bit count is padded to a unit that
+// doubles from 8 bits until it holds a pixel (above 32-bit pixels: until it
+// exceeds one); rows under 32 bytes align to 16, others to 64.
+std::pair<size_t, int> Layout(size_t width, uint32_t pixelBits) {
     const uint64_t bits = (uint64_t{width} * pixelBits) & 0xFFFFFFFFu;
     if (bits == 0) return {0, 16};
     uint64_t unit = 8;
     while (pixelBits > 32 ? unit <= pixelBits : unit < pixelBits) unit *= 2;
     const int alignment = (bits + 7) / 8 < 32 ? 16 : 64;
     const uint64_t bytes = (bits + unit - 1) / unit * unit / 8;
-    return {static_cast<size_t>((bytes + alignment - 1) / alignment * alignment), alignment};
+    return {(bytes + alignment - 1) / alignment * alignment, alignment};
 }
 
-TEST(BufferInit, RowLayoutMatchesDefinitionOverGrid) {
-    std::vector<size_t> widths;
-    for (size_t w = 0; w <= 300; ++w) widths.push_back(w);
-    for (size_t w : {size_t{1} << 20, (size_t{1} << 24) - 1, size_t{1} << 24, size_t{3000000000u},
-                     size_t{0xFFFFFFFFu}, size_t{1} << 32})
+TEST(BufferInit, RowLayoutOverGrid) {
+    // Anchors for the restatement itself: (width, bits) -> (rowBytes, alignment).
+    EXPECT_EQ(Layout(1, 32), std::make_pair(size_t{16}, 16));
+    EXPECT_EQ(Layout(100, 32), std::make_pair(size_t{448}, 64));
+    EXPECT_EQ(Layout(10, 24), std::make_pair(size_t{32}, 16));
+    EXPECT_EQ(Layout(3, 64), std::make_pair(size_t{32}, 16));  // 192 bits padded to 256
+    EXPECT_EQ(Layout(6, 48), std::make_pair(size_t{64}, 64));  // 288 bits padded to 320
+    std::vector<size_t> widths(301);
+    for (size_t w = 0; w <= 300; ++w) widths[w] = w;
+    for (size_t w : {1ul << 20, (1ul << 24) - 1, 1ul << 24, 3000000000ul, 0xFFFFFFFFul, 1ul << 32, 1ul << 33})
         widths.push_back(w);
     for (uint32_t bits = 0; bits <= 130; ++bits) {
         for (size_t width : widths) {
-            Quorin_Buffer b{reinterpret_cast<void*>(1), 0, 0, 0};
+            Quorin_Buffer b{&b, 0, 0, 0};
+            const Quorin_Error result = QuorinBuffer_Init(&b, 7, width, bits, kQuorinFlag_NoAllocate);
             if (Lg(width) + Lg(bits) > 32) {
-                ASSERT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 7, width, bits, kQuorinFlag_NoAllocate));
+                ASSERT_EQ(kQuorinError_BadArgument, result);
                 continue;
             }
-            const Layout want = ExpectedLayout(width, bits);
-            ASSERT_EQ(want.alignment, QuorinBuffer_Init(&b, 7, width, bits, kQuorinFlag_NoAllocate))
-                << width << " x " << bits;
-            ASSERT_EQ(want.rowBytes, b.rowBytes) << width << " x " << bits;
+            ASSERT_EQ(Layout(width, bits), std::make_pair(b.rowBytes, result)) << width << " x " << bits;
             ASSERT_TRUE(b.data == nullptr && b.height == 7 && b.width == width);
         }
     }
 }
 
-TEST(BufferInit, DocumentedLayouts) {
-    struct Case { size_t width; uint32_t bits; size_t rowBytes; int alignment; };
-    for (const Case& c : {Case{1, 32, 16, 16}, Case{8, 32, 64, 64}, Case{100, 32, 448, 64},
-                          Case{10, 24, 32, 16}, Case{3, 1, 16, 16}, Case{5, 48, 32, 16},
-                          Case{3, 64, 32, 16}, Case{0, 32, 0, 16}, Case{9, 0, 0, 16}}) {
-        Quorin_Buffer b{};
-        EXPECT_EQ(c.alignment, QuorinBuffer_Init(&b, 1, c.width, c.bits, kQuorinFlag_NoAllocate));
-        EXPECT_EQ(c.rowBytes, b.rowBytes) << c.width << " x " << c.bits;
-    }
-}
-
-TEST(BufferInit, ChecksInOrderBeforeTouchingRecord) {
-    const size_t hugeWidth = size_t{1} << 20;  // lg 20 + lg 8192 (13) > 32
-    EXPECT_EQ(kQuorinError_NullPointer, QuorinBuffer_Init(nullptr, 1, hugeWidth, 8192, 0x10));
-    Quorin_Buffer b{reinterpret_cast<void*>(0x1234), 11, 12, 13};
+TEST(BufferInit, CheckOrder) {
+    const size_t wide = 1ul << 20;  // lg 20 + lg 8192 > 32
+    EXPECT_EQ(kQuorinError_NullPointer, QuorinBuffer_Init(nullptr, 1, wide, 8192, 0x10));
+    Quorin_Buffer b{&b, 11, 12, 13};
     for (Quorin_Flags bad : {0x1u, 0x10u, 0x80u, 0x100u, 0x400u, 0x80000000u, 0x210u})
-        EXPECT_EQ(kQuorinError_UnsupportedFlags, QuorinBuffer_Init(&b, 1, hugeWidth, 8192, bad));
-    EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, hugeWidth, 8192, 0));
-    EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, size_t{1} << 33, 1, 0));
-    EXPECT_TRUE(b.data == reinterpret_cast<void*>(0x1234) && b.height == 11 && b.width == 12 && b.rowBytes == 13);
-
-    // lg(16) + lg(2^29) > 32: out of memory, but only after the record is filled,
-    // and not at all when only the alignment is asked for.
-    EXPECT_EQ(kQuorinError_OutOfMemory, QuorinBuffer_Init(&b, size_t{1} << 29, 1, 32, 0));
-    EXPECT_TRUE(b.data == nullptr && b.height == size_t{1} << 29 && b.width == 1 && b.rowBytes == 16);
-    EXPECT_EQ(16, QuorinBuffer_Init(&b, size_t{1} << 29, 1, 32, kQuorinFlag_NoAllocate));
-    EXPECT_EQ(kQuorinError_OutOfMemory, QuorinBuffer_Init(&b, size_t{1} << 13, size_t{1} << 20, 8, 0));
-    EXPECT_EQ(kQuorinSuccess, QuorinBuffer_Init(&b, size_t{1} << 40, 0, 32, 0));  // no bits: nothing allocated
+        EXPECT_EQ(kQuorinError_UnsupportedFlags, QuorinBuffer_Init(&b, 1, wide, 8192, bad));
+    EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, wide, 8192, 0));
+    EXPECT_TRUE(b.data == &b && b.height == 11 && b.width == 12 && b.rowBytes == 13);
+    // lg(16) + lg(2^29) > 32: the record is filled first, and asking only for
+    // the alignment never gets that far.
+    EXPECT_EQ(kQuorinError_OutOfMemory, QuorinBuffer_Init(&b, 1ul << 29, 1, 32, 0));
+    EXPECT_TRUE(b.data == nullptr && b.height == 1ul << 29 && b.width == 1 && b.rowBytes == 16);
+    EXPECT_EQ(16, QuorinBuffer_Init(&b, 1ul << 29, 1, 32, kQuorinFlag_NoAllocate));
+    EXPECT_EQ(kQuorinSuccess, QuorinBuffer_Init(&b, 1ul << 40, 0, 32, 0));  // no bits, no storage
     EXPECT_EQ(nullptr, b.data);
 }
 
 TEST(BufferInit, AllocatesZeroedAlignedStorage) {
-    struct Case { size_t height, width; uint32_t bits; size_t alignment; };
-    // Below a page (aligned allocation) and from a page up (zeroed pages).
-    for (const Case& c : {Case{1, 3, 8, 16}, Case{5, 7, 24, 16}, Case{2, 20, 32, 64}, Case{3, 100, 32, 64}, Case{31, 1, 32, 16},
-                          Case{4, 1024, 32, 16}, Case{300, 301, 48, 16}}) {
-        Quorin_Buffer b{};
-        const size_t rowBytes = ExpectedLayout(c.width, c.bits).rowBytes, size = rowBytes * c.height;
+    // (height, width, bits, pointer alignment): below a page, then page-sized and up.
+    for (auto [height, width, bits, alignment] : std::vector<std::tuple<size_t, size_t, uint32_t, size_t>>{
+             {1, 3, 8, 16}, {5, 7, 24, 16}, {2, 20, 32, 64}, {3, 100, 32, 64}, {4, 1024, 32, 16}, {300, 301, 48, 16}}) {
+        const size_t size = Layout(width, bits).first * height;
         void* dirty = std::malloc(size);  // make reuse of a dirty block likely
         std::memset(dirty, 0xA5, size);
         std::free(dirty);
-        ASSERT_EQ(kQuorinSuccess, QuorinBuffer_Init(&b, c.height, c.width, c.bits, 0));
-        ASSERT_NE(nullptr, b.data);
-        EXPECT_EQ(rowBytes, b.rowBytes);
-        EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(b.data) % c.alignment) << c.width << " x " << c.bits;
+        Quorin_Buffer b{};
+        ASSERT_EQ(kQuorinSuccess, QuorinBuffer_Init(&b, height, width, bits, 0));
+        EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(b.data) % alignment) << width << " x " << bits;
         const auto* bytes = static_cast<const unsigned char*>(b.data);
-        EXPECT_EQ(size, static_cast<size_t>(std::count(bytes, bytes + size, 0)));
+        EXPECT_TRUE(std::all_of(bytes, bytes + size, [](unsigned char c) { return c == 0; }));
         std::free(b.data);
     }
-}
-
-TEST(BufferInitDeathTest, MisalignedStorageIsFatal) {
     EXPECT_DEATH(quorin::RequireVectorAlignedStorage(reinterpret_cast<void*>(0x1008)),
                  "quorin\\[2\\] QuorinBuffer_Init Utilities/Buffer:104: Assertion failed");
-    quorin::RequireVectorAlignedStorage(reinterpret_cast<void*>(0x1010));
 }
 
-// The coarse float step restated with exact long double arithmetic (64-bit
-// significand): every integer and every comparison here is exact.
-float ExpectedFloat(uint64_t v) {
-    const long double exact = static_cast<long double>(v);
+// The coarse float step restated in long double, where every integer here
+// and every comparison is exact.
+float NotAbove(uint64_t v) {
+    const long double exact = v;
     float f = static_cast<float>(exact);
-    for (int k = 8; static_cast<long double>(f) > exact; ++k)
-        f = static_cast<float>(exact + 1.0L - std::ldexp(1.0L, k));
+    for (int k = 8; f > exact; ++k) f = static_cast<float>(exact + 1.0L - std::ldexp(1.0L, k));
     return f;
 }
 
-TEST(BufferGetSize, MatchesExactFormulation) {
+TEST(BufferGetSize, MatchesExactRestatement) {
     const Quorin_Buffer documented{nullptr, 16777219, 16777217, 0};
     EXPECT_EQ(16777216.0f, QuorinBuffer_GetSize(&documented).width);
     EXPECT_EQ(16776964.0f, QuorinBuffer_GetSize(&documented).height);
-    const Quorin_Size none = QuorinBuffer_GetSize(nullptr);
-    EXPECT_TRUE(none.width == 0.0f && none.height == 0.0f);
-
+    EXPECT_TRUE(QuorinBuffer_GetSize(nullptr).width == 0.0f && QuorinBuffer_GetSize(nullptr).height == 0.0f);
     std::vector<uint64_t> values;
-    for (int e : {24, 25, 31, 32, 33, 53, 63})
-        for (int64_t d = -3000; d <= 3000; ++d) values.push_back((uint64_t{1} << e) + d);
-    for (uint64_t d = 0; d < 3000; ++d) values.push_back(~uint64_t{0} - d);
+    for (int e : {24, 25, 31, 32, 33, 53, 63, 64})
+        for (int64_t d = -3000; d <= (e == 64 ? 0 : 3000); ++d) values.push_back((e == 64 ? 0 : 1ul << e) + d);
     std::mt19937_64 random(42);
     for (int i = 0; i < 100000; ++i) values.push_back(random() >> (random() % 64));
     for (size_t i = 0; i < values.size(); ++i) {
-        const uint64_t w = values[i], h = values[values.size() - 1 - i];
-        const Quorin_Buffer b{nullptr, h, w, 0};
+        const Quorin_Buffer b{nullptr, values[values.size() - 1 - i], values[i], 0};
         const Quorin_Size s = QuorinBuffer_GetSize(&b);
-        ASSERT_EQ(ExpectedFloat(w), s.width) << w;
-        ASSERT_EQ(ExpectedFloat(h), s.height) << h;
+        ASSERT_EQ(NotAbove(b.width), s.width) << b.width;
+        ASSERT_EQ(NotAbove(b.height), s.height) << b.height;
     }
 }
 
