@@ -1,5 +1,5 @@
 /* Quorin: histograms and the tone operations built on them (equalization,
- * specification, contrast stretches). Plain C99; safe to include from C++.
+ * matching to a given histogram, contrast stretches). Plain C99; safe to include from C++.
  *
  * Histograms are arrays of 32-bit counters, one array per channel. Float
  * members bin the values between minVal and maxVal into histogramEntries
