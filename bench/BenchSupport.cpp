@@ -28,7 +28,8 @@ public:
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs)
             if (run.run_type == Run::RT_Iteration || run.aggregate_name == "median")
-                seconds_[run.run_name.str()] = run.GetAdjustedRealTime() / 1e9 * TimeUnitScale(run.time_unit);
+                // The registered name: str() would add "/real_time".
+                seconds_[run.run_name.function_name] = run.GetAdjustedRealTime() / 1e9 * TimeUnitScale(run.time_unit);
     }
     void Finalize() override {
         ConsoleReporter::Finalize();
@@ -73,12 +74,15 @@ std::string RowName(const RowShape& shape) {
            (shape.split == Split::Single ? "/st" : "/mt");
 }
 
-void RegisterRow(const RowShape& shape, std::function<void()> body, const std::string& peer) {
+void RegisterRow(const RowShape& shape, std::function<void()> body, const std::string& peer,
+                 std::function<void()> prepare) {
     const std::string name = RowName(shape);
     Rows()[name] = RowInfo{shape, peer};
     const double pixels = static_cast<double>(shape.width * shape.height);
     const double bytes = static_cast<double>(shape.bytesMoved);
-    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body), pixels, bytes](benchmark::State& state) {
+    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body), prepare = std::move(prepare), pixels,
+                                                bytes](benchmark::State& state) {
+        if (prepare) prepare();
         for (auto _ : state) body();
         state.counters["MP/s"] = benchmark::Counter(pixels / 1e6 * state.iterations(), benchmark::Counter::kIsRate);
         state.counters["GB/s"] = benchmark::Counter(bytes / 1e9 * state.iterations(), benchmark::Counter::kIsRate);

@@ -32,7 +32,10 @@ std::string RowName(const RowShape& shape);
 
 // Registers one row. `body` performs one call per invocation. `peer` is the
 // operation name of the peer row to compare with (same size and split), or empty.
-void RegisterRow(const RowShape& shape, std::function<void()> body, const std::string& peer = {});
+// `prepare`, if given, runs before each timed run (outside the timing), so rows
+// can make their images only when they are selected.
+void RegisterRow(const RowShape& shape, std::function<void()> body, const std::string& peer = {},
+                 std::function<void()> prepare = {});
 
 // Registers the memcpy row for `bytes` (half read, half written) if not already there.
 void RegisterMemcpy(size_t bytes);

@@ -28,7 +28,9 @@ QUORIN_API Quorin_Error QuorinAlphaBlend_ARGBFFFF(const Quorin_Buffer *srcTop,
                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
 
 /* The same blend on separate colour and alpha planes: the result colour goes
- * to dest, the result alpha to destAlpha. */
+ * to dest, the result alpha to destAlpha. Only srcTop, srcBottom and
+ * destAlpha are checked (null, equal sizes); the other three planes must
+ * match them. */
 QUORIN_API Quorin_Error QuorinAlphaBlend_Planar8(const Quorin_Buffer *srcTop,
                                                  const Quorin_Buffer *srcTopAlpha,
                                                  const Quorin_Buffer *srcBottom,
@@ -62,7 +64,10 @@ QUORIN_API Quorin_Error QuorinPremultipliedAlphaBlendScreen_RGBA8888(
     Quorin_Flags flags);
 
 /* A premultiplied top plane over a bottom plane, the top faded by one
- * constant alpha (a layer opacity) on top of its own alpha plane. */
+ * constant alpha (a layer opacity) on top of its own alpha plane.
+ * Planar8: (255 k T + (6375 - A k) B + 32385) / 65025 in unsigned 32-bit
+ * arithmetic, low 8 bits stored; the bottom's weight wraps when A k > 6375.
+ * PlanarF: T k + B (1 - A k). */
 QUORIN_API Quorin_Error QuorinPremultipliedConstAlphaBlend_Planar8(
     const Quorin_Buffer *srcTop, uint8_t constAlpha, const Quorin_Buffer *srcTopAlpha,
     const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest, Quorin_Flags flags);

@@ -21,7 +21,16 @@ QUORIN_EXTERN_C_BEGIN
  * buffer). The destination's size is the region converted (for the
  * interleaved-to-planes forms, the first destination plane's); larger
  * buffers are read and written in their top-left corner only. An empty
- * region succeeds and writes nothing. */
+ * region succeeds and writes nothing. Samples wider than a byte (16-bit and
+ * float) must be naturally aligned: data and rowBytes multiples of the
+ * sample size.
+ * Failures, first match wins: a null record or range array
+ * (kQuorinError_NullPointer), null data (kQuorinError_BadArgument), a
+ * region wider, then taller, than a buffer (kQuorinError_RegionExceedsSource),
+ * a rowBytes shorter than its row (kQuorinError_BadArgument; the 8-bit ARGB
+ * and XRGB interleaves do not test their destination's or alpha plane's),
+ * another flag bit (kQuorinError_UnsupportedFlags); the forms that split into
+ * four planes test the fourth plane's size and rowBytes only after the flags. */
 
 /* ---- Planes to interleaved, same depth ---------------------------------- */
 

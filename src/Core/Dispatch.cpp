@@ -64,7 +64,7 @@ void QuorinRunRowWork(const QuorinRowWork& work, Quorin_Flags flags) {
         std::unique_ptr<QuorinRowJob> job(work.makeJob(firstRow, count));
         job->run();
     };
-    if (!WantsBands(flags, processors, work.pixelCount(), rows)) {
+    if (!WantsBands(flags, processors, static_cast<uint32_t>(work.pixelCount()), rows)) {
         runBand(0, rows);
         return;
     }

@@ -82,7 +82,8 @@ inline BandPlan PlanBands(size_t processors, size_t rows) {
 // The band-splitting families split only with at least two processors, at
 // least one row per processor and more than 63999 pixels (written as the
 // pixel count shifted right by 9 exceeding 124), and never when single-threaded.
-inline bool WantsBands(Quorin_Flags flags, size_t processors, size_t pixels, size_t rows) {
+// The pixel count is an unsigned 32-bit product, as these families compute it.
+inline bool WantsBands(Quorin_Flags flags, size_t processors, uint32_t pixels, size_t rows) {
     if (flags & kQuorinFlag_SingleThreaded) return false;
     if (processors < 2 || rows < processors) return false;
     return (pixels >> 9) > 124;
@@ -95,7 +96,7 @@ inline bool WantsBands(Quorin_Flags flags, size_t processors, size_t pixels, siz
 template <class BandFn>
 Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
-    if (!WantsBands(flags, processors, width * height, height)) {
+    if (!WantsBands(flags, processors, static_cast<uint32_t>(width * height), height)) {
         bandFn(size_t{0}, height);
         return kQuorinSuccess;
     }
@@ -110,7 +111,7 @@ Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, Ba
 template <class BandFn>
 void RunBandsOnApply(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
-    if (!WantsBands(flags, processors, width * height, height)) {
+    if (!WantsBands(flags, processors, static_cast<uint32_t>(width * height), height)) {
         bandFn(size_t{0}, height);
         return;
     }

@@ -1,0 +1,433 @@
+// Vector twins of the blend rules in BlendRules.h, compiled once per
+// instruction set and chosen at run time. Each gives the bytes of its scalar
+// rule for every input; the last pixels that do not fill a vector go through
+// the scalar rule itself. Where a rule divides, the reason the vector method
+// reproduces the integer quotient is written beside it, and the tests check
+// it over every dividend and divisor that can occur.
+//
+// The one-lane fallback target lacks the block shuffles and widening
+// multiplies used here, so on it the scalar kernels serve.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Alpha/BlendKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
+#include "Alpha/BlendKernels.h"
+#include "Alpha/BlendRules.h"
+#include "Alpha/BlendVector-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::alpha::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET == HWY_SCALAR
+
+void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    StraightBlendInterleavedScalar(top, bottom, dest, pixels);
+}
+void StraightBlendARGBFFFF(const float* top, const float* bottom, float* dest, size_t pixels) {
+    StraightBlendInterleavedScalar(top, bottom, dest, pixels);
+}
+void StraightBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uint8_t* bottom,
+                          const uint8_t* bottomAlpha, uint8_t* dest, uint8_t* destAlpha, size_t count) {
+    StraightBlendPlanarScalar(top, topAlpha, bottom, bottomAlpha, dest, destAlpha, count);
+}
+void StraightBlendPlanarF(const float* top, const float* topAlpha, const float* bottom, const float* bottomAlpha,
+                          float* dest, float* destAlpha, size_t count) {
+    StraightBlendPlanarScalar(top, topAlpha, bottom, bottomAlpha, dest, destAlpha, count);
+}
+template <BlendMode kMode>
+void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    BlendModeScalar<kMode>(top, bottom, dest, pixels);
+}
+void ConstAlphaBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uint8_t* bottom, uint8_t* dest,
+                            size_t count, uint8_t constAlpha) {
+    ConstAlphaBlendScalar(top, topAlpha, bottom, dest, count, constAlpha);
+}
+void ConstAlphaBlendPlanarF(const float* top, const float* topAlpha, const float* bottom, float* dest, size_t count,
+                            float constAlpha) {
+    ConstAlphaBlendScalar(top, topAlpha, bottom, dest, count, constAlpha);
+}
+
+#else  // HWY_TARGET != HWY_SCALAR
+
+using D32 = hn::ScalableTag<uint32_t>;
+using V32 = hn::VFromD<D32>;
+using D16 = hn::Repartition<uint16_t, D32>;
+using V16 = hn::VFromD<D16>;
+using D8 = hn::Repartition<uint8_t, D32>;
+using V8 = hn::VFromD<D8>;
+using DF = hn::RebindToFloat<D32>;
+using VF = hn::VFromD<DF>;
+
+// floor(t / 255) for every 16-bit t: (t x 0x8081) >> 23, since
+// 0x8081 x 255 = 2^23 + 127 and the excess stays below the gap of 1/255 that
+// a remainder of 254 leaves.
+HWY_INLINE V16 Div255(V16 t) { return hn::ShiftRight<7>(hn::MulHigh(t, hn::Set(D16(), 0x8081))); }
+
+// ---- 8-bit straight blend: 16-bit slots, two per 32-bit lane -----------------
+//
+// Each 32-bit lane holds one pixel: both 16-bit slots carry its alphas, and
+// the slots of the colour vectors carry one or two of its channels, so every
+// 16-bit operation serves two channels.
+
+// floor(n / d) for 1 <= d <= 255 and n <= 255 d, given any integer r in
+// (65279 / d, 65536 / d]: then n r / 2^16 lies in (n/d - 1, n/d] (as
+// n <= 255 d), so q = (n r) >> 16 is the quotient or one less, and the
+// remainder n - q d (below 2 d) tells which.
+HWY_INLINE V16 DivideByAlpha(V16 n, V16 d, V16 r) {
+    const V16 q = hn::MulHigh(n, r);
+    const V16 remainder = hn::Sub(n, hn::Mul(q, d));
+    return hn::IfThenElse(hn::Lt(remainder, d), q, hn::Add(q, hn::Set(D16(), 1)));
+}
+
+struct StraightCover8 {
+    V16 aT, w, alpha, divisor, r;
+
+    // aT and aB in both slots of each lane.
+    StraightCover8(V16 topAlpha, V16 bottomAlpha, V8 lowSlotToBoth) : aT(topAlpha) {
+        const D16 d16;
+        // t = (255 - aT) aB + 127, w = t / 255, aR = aT + w.
+        w = Div255(hn::Add(hn::Mul(hn::Xor(aT, hn::Set(d16, 255)), bottomAlpha), hn::Set(d16, 127)));
+        alpha = hn::Add(aT, w);
+        // An alpha of 0 comes with dividends of 0: dividing them by 1 gives the rule's 0.
+        divisor = hn::Max(alpha, hn::Set(d16, 1));
+        // r = round(65407.5 / d), the middle of DivideByAlpha's range, whose
+        // half-width 128.5 / d exceeds the 1/2 of rounding and the float error.
+        // Read as a 32-bit integer the lane is d x 65537, exact in float; adding
+        // 1.5 x 2^23 rounds the quotient to an integer in the low slot.
+        const DF df;
+        const VF x = hn::Div(hn::Set(df, 65407.5f * 65537.0f),
+                             hn::ConvertTo(df, hn::BitCast(hn::RebindToSigned<D32>(), divisor)));
+        const V8 bits = hn::BitCast(D8(), hn::Add(x, hn::Set(df, 12582912.0f)));
+        r = hn::BitCast(d16, hn::TableLookupBytes(bits, lowSlotToBoth));
+    }
+
+    // (bottom w + top aT) / aR truncated, per slot.
+    V16 colour(V16 top, V16 bottom) const {
+        return DivideByAlpha(hn::Add(hn::Mul(bottom, w), hn::Mul(top, aT)), divisor, r);
+    }
+};
+
+// ARGB8888 (bytes A R G B): slots [A, A] for the alphas, [A, G] and [R, B] for
+// the colours (the A slot of [A, G] is discarded).
+class StraightARGB8888Steps {
+public:
+    StraightARGB8888Steps()
+        : alphas_(GroupBytes(D8(), 0, 0x80, 0, 0x80)),
+          evenChannels_(GroupBytes(D8(), 0, 0x80, 2, 0x80)),
+          oddChannels_(GroupBytes(D8(), 1, 0x80, 3, 0x80)),
+          lowSlotToBoth_(GroupBytes(D8(), 0, 1, 0, 1)) {}
+
+    // A block up to its division: its pixels, weights and reciprocals (the long chain).
+    struct Block {
+        V8 top, bottom;
+        StraightCover8 cover;
+    };
+
+    Block start(const uint8_t* top, const uint8_t* bottom) const {
+        const V8 vt = hn::LoadU(D8(), top), vb = hn::LoadU(D8(), bottom);
+        return {vt, vb, StraightCover8(slots(vt, alphas_), slots(vb, alphas_), lowSlotToBoth_)};
+    }
+
+    template <bool kStream>
+    void finish(const Block& b, uint8_t* dest) const {
+        const D32 d32;
+        const V32 ag = hn::BitCast(d32, b.cover.colour(slots(b.top, evenChannels_), slots(b.bottom, evenChannels_)));
+        const V32 rb = hn::BitCast(d32, b.cover.colour(slots(b.top, oddChannels_), slots(b.bottom, oddChannels_)));
+        // Quotients are below 256: R and B move up a byte, G stays, A is the result alpha.
+        const V32 out = hn::Or(hn::Or(hn::ShiftLeft<8>(rb), hn::And(ag, hn::Set(d32, 0x00FF0000u))),
+                               hn::And(hn::BitCast(d32, b.cover.alpha), hn::Set(d32, 0xFFu)));
+        if constexpr (kStream) hn::Stream(hn::BitCast(D8(), out), D8(), dest);
+        else hn::StoreU(hn::BitCast(D8(), out), D8(), dest);
+    }
+
+private:
+    static V16 slots(V8 pixels, V8 indices) { return hn::BitCast(D16(), hn::TableLookupBytesOr0(pixels, indices)); }
+    V8 alphas_, evenChannels_, oddChannels_, lowSlotToBoth_;
+};
+
+// Each block's division is started two blocks before its colours are needed,
+// so that its latency overlaps other blocks' arithmetic. (Every block is
+// loaded before an earlier one is stored: dest may alias a source.)
+template <bool kStream>
+void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t blocks) {
+    const size_t step = hn::Lanes(D32());
+    const StraightARGB8888Steps steps;
+    const auto start = [&](size_t b) { return steps.start(top + 4 * b * step, bottom + 4 * b * step); };
+    size_t b = 0;
+    if (blocks >= 2) {
+        auto first = start(0), second = start(1);
+        for (b = 2; b < blocks; ++b) {
+            const auto next = start(b);
+            steps.finish<kStream>(first, dest + 4 * (b - 2) * step);
+            first = second;
+            second = next;
+        }
+        steps.finish<kStream>(first, dest + 4 * (b - 2) * step);
+        steps.finish<kStream>(second, dest + 4 * (b - 1) * step);
+    }
+    for (; b < blocks; ++b) steps.finish<kStream>(start(b), dest + 4 * b * step);
+}
+
+// A run whose result is larger than this cannot stay cached for its reader:
+// it is written with streaming stores, which skip reading each destination
+// line before writing it (a quarter of the memory traffic of the blend).
+constexpr size_t kStreamingBytes = size_t{8} << 20;
+
+void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    const size_t step = hn::Lanes(D32()), blockBytes = 4 * step;
+    const uintptr_t address = reinterpret_cast<uintptr_t>(dest);
+    size_t head = 0;  // pixels before the first whole vector: the scalar rule's
+    if (4 * pixels >= kStreamingBytes && address % 4 == 0) {
+        head = (blockBytes - address % blockBytes) % blockBytes / 4;
+        StraightBlendInterleavedScalar(top, bottom, dest, head);
+        StraightBlendARGB8888Blocks<true>(top + 4 * head, bottom + 4 * head, dest + 4 * head, (pixels - head) / step);
+        hwy::FlushStream();
+    } else {
+        StraightBlendARGB8888Blocks<false>(top, bottom, dest, pixels / step);
+    }
+    const size_t done = head + (pixels - head) / step * step;
+    StraightBlendInterleavedScalar(top + 4 * done, bottom + 4 * done, dest + 4 * done, pixels - done);
+}
+
+// Planar8: one value per lane, in the low slot (both slots for the alphas).
+void StraightBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uint8_t* bottom,
+                          const uint8_t* bottomAlpha, uint8_t* dest, uint8_t* destAlpha, size_t count) {
+    const D32 d32;
+    const hn::Rebind<uint8_t, D32> d8;
+    const V8 lowSlotToBoth = GroupBytes(D8(), 0, 1, 0, 1);
+    const auto lowSlot = [&](const uint8_t* p) { return hn::BitCast(D16(), hn::PromoteTo(d32, hn::LoadU(d8, p))); };
+    const auto bothSlots = [&](const uint8_t* p) {
+        const V32 v = hn::PromoteTo(d32, hn::LoadU(d8, p));
+        return hn::BitCast(D16(), hn::Or(v, hn::ShiftLeft<16>(v)));
+    };
+    const size_t done = WholeSteps(count, hn::Lanes(d32), [&](size_t i) {
+        const StraightCover8 cover(bothSlots(topAlpha + i), bothSlots(bottomAlpha + i), lowSlotToBoth);
+        // The high slots hold zero dividends, hence zero quotients.
+        const V32 colour = hn::BitCast(d32, cover.colour(lowSlot(top + i), lowSlot(bottom + i)));
+        hn::StoreU(hn::U8FromU32(colour), d8, dest + i);
+        hn::StoreU(hn::U8FromU32(hn::And(hn::BitCast(d32, cover.alpha), hn::Set(d32, 0xFFu))), d8, destAlpha + i);
+    });
+    StraightBlendPlanarScalar(top + done, topAlpha + done, bottom + done, bottomAlpha + done, dest + done,
+                              destAlpha + done, count - done);
+}
+
+// ---- Float straight blend ------------------------------------------------------
+
+// The float rule on whole lanes: colour where the result alpha is positive,
+// else 0 (a NaN alpha compares false). Operation order as in the rule, no
+// fused multiply-add, a true division.
+struct StraightCoverFloatVec {
+    VF weight, alpha;
+    StraightCoverFloatVec(VF aT, VF aB) {
+        weight = hn::Mul(hn::Sub(hn::Set(DF(), 1.0f), aT), aB);
+        alpha = hn::Add(aT, weight);
+    }
+    VF colour(VF top, VF aT, VF bottom) const {
+        const VF c = hn::Div(hn::Add(hn::Mul(top, aT), hn::Mul(bottom, weight)), alpha);
+        return hn::IfThenElseZero(hn::Gt(alpha, hn::Zero(DF())), c);
+    }
+};
+
+// ARGBFFFF: one pixel per 128-bit block, so Broadcast<0> spreads each pixel's alpha.
+void StraightBlendARGBFFFF(const float* top, const float* bottom, float* dest, size_t pixels) {
+    const DF df;
+    const auto alphaLanes = ChannelLanes(df, kAlphaFirst);
+    const size_t done = WholeSteps(pixels, hn::Lanes(df) / 4, [&](size_t i) {
+        const VF vt = hn::LoadU(df, top + 4 * i), vb = hn::LoadU(df, bottom + 4 * i);
+        const VF aT = hn::Broadcast<0>(vt);
+        const StraightCoverFloatVec cover(aT, hn::Broadcast<0>(vb));
+        hn::StoreU(hn::IfThenElse(alphaLanes, cover.alpha, cover.colour(vt, aT, vb)), df, dest + 4 * i);
+    });
+    StraightBlendInterleavedScalar(top + 4 * done, bottom + 4 * done, dest + 4 * done, pixels - done);
+}
+
+void StraightBlendPlanarF(const float* top, const float* topAlpha, const float* bottom, const float* bottomAlpha,
+                          float* dest, float* destAlpha, size_t count) {
+    const DF df;
+    const size_t done = WholeSteps(count, hn::Lanes(df), [&](size_t i) {
+        const VF aT = hn::LoadU(df, topAlpha + i);
+        const StraightCoverFloatVec cover(aT, hn::LoadU(df, bottomAlpha + i));
+        const VF colour = cover.colour(hn::LoadU(df, top + i), aT, hn::LoadU(df, bottom + i));
+        hn::StoreU(colour, df, dest + i);
+        hn::StoreU(cover.alpha, df, destAlpha + i);
+    });
+    StraightBlendPlanarScalar(top + done, topAlpha + done, bottom + done, bottomAlpha + done, dest + done,
+                              destAlpha + done, count - done);
+}
+
+// ---- Blend modes: one 8-bit channel per 16-bit lane ---------------------------
+
+// One mode on S (top) and D (bottom) channels with each pixel's alphas spread
+// over its four lanes. The alpha lanes need no separate rule: every mode's
+// colour formula applied to the two alphas gives the alpha rule's
+// sA + ((255 - sA) dA + 127) / 255. Both Darken and Lighten terms reduce to
+// (255 sA + 255 dA - sA dA + 127) / 255; Screen's
+// sA + dA - (sA dA + 127) / 255 is the same value; and Multiply's
+// ((255 - sA) dA + 255 sA + 127) / 255 is the rule itself.
+template <BlendMode kMode>
+HWY_INLINE V16 ModeVec(V16 s, V16 sA, V16 d, V16 dA) {
+    const D16 d16;
+    const V16 k255 = hn::Set(d16, 255), k127 = hn::Set(d16, 127);
+    if constexpr (kMode == BlendMode::Darken || kMode == BlendMode::Lighten) {
+        const V16 bottomTerm = hn::Add(d, Div255(hn::Add(hn::Mul(hn::Xor(dA, k255), s), k127)));
+        const V16 topTerm = hn::Add(s, Div255(hn::Add(hn::Mul(hn::Xor(sA, k255), d), k127)));
+        if constexpr (kMode == BlendMode::Darken) return hn::Min(bottomTerm, topTerm);
+        else return hn::Max(bottomTerm, topTerm);
+    } else if constexpr (kMode == BlendMode::Screen) {
+        (void)sA, (void)dA;
+        return hn::Sub(hn::Add(s, d), Div255(hn::Add(hn::Mul(s, d), k127)));
+    } else {
+        // n = (255 - sA) d + (d + 255 - dA) s + 127 reaches 3 x 2^16 when colour
+        // exceeds alpha, so it is carried as (hi, s16): n = hi x 2^16 + s16.
+        // With H = n >> 8 and L = n & 255, n / 255 = H + (H + L) / 255, and
+        // H + L stays far below 2^16.
+        const V16 uncoveredTop = hn::Add(hn::Mul(hn::Xor(sA, k255), d), k127);  // (255 - sA) d + 127
+        const V16 u = hn::Add(d, hn::Xor(dA, k255));                               // d + 255 - dA <= 510
+        const V16 productLow = hn::Mul(u, s);
+        const V16 productHigh = hn::MulHigh(u, s);
+        const V16 sum = hn::Add(uncoveredTop, productLow);
+        // A carry out of the low word adds 1 (subtracting the all-ones mask).
+        const V16 high = hn::Sub(productHigh, hn::VecFromMask(d16, hn::Lt(sum, productLow)));
+        const V16 h = hn::Or(hn::ShiftLeft<8>(high), hn::ShiftRight<8>(sum));
+        return hn::Add(h, Div255(hn::Add(h, hn::And(sum, k255))));
+    }
+}
+
+template <BlendMode kMode>
+void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    const D16 d16;
+    const hn::Rebind<uint8_t, D16> d8;            // one byte per 16-bit lane
+    const hn::Repartition<uint8_t, D16> d8Bytes;  // the bytes of a 16-bit vector
+    const hn::RebindToSigned<D16> di16;
+    const V16 alphaIndices = hn::BitCast(d16, AlphaBytesOf16BitPixels(d8Bytes, kAlphaLast));
+    const V16 lowByte = hn::Set(d16, 0xFF);
+    const size_t done = WholeSteps(pixels, hn::Lanes(d16) / 4, [&](size_t i) {
+        const V16 s = hn::PromoteTo(d16, hn::LoadU(d8, top + 4 * i));
+        const V16 d = hn::PromoteTo(d16, hn::LoadU(d8, bottom + 4 * i));
+        const V16 sA = hn::TableLookupBytes(s, alphaIndices);
+        const V16 dA = hn::TableLookupBytes(d, alphaIndices);
+        // Results above 255 are stored as their low 8 bits.
+        const V16 r = hn::And(ModeVec<kMode>(s, sA, d, dA), lowByte);
+        hn::StoreU(hn::DemoteTo(d8, hn::BitCast(di16, r)), d8, dest + 4 * i);
+    });
+    BlendModeScalar<kMode>(top + 4 * done, bottom + 4 * done, dest + 4 * done, pixels - done);
+}
+
+// ---- Constant-alpha blend of premultiplied planes ----------------------------
+
+// The high 32 bits of a x m for every 32-bit lane, from the 64-bit products of
+// the even lanes and of the odd lanes shifted down.
+HWY_INLINE V32 MulHigh32(V32 a, uint32_t m) {
+    const D32 d;
+    const hn::Repartition<uint64_t, D32> d64;
+    const V32 mv = hn::Set(d, m);
+    const auto even = hn::MulEven(a, mv);
+    const auto odd = hn::MulEven(hn::BitCast(d, hn::ShiftRight<32>(hn::BitCast(d64, a))), mv);
+    return hn::OddEven(hn::BitCast(d, odd), hn::BitCast(d, hn::ShiftRight<32>(even)));
+}
+
+// floor(n / 65025) for every 32-bit n: the round-up multiplier of 2^48 / 65025
+// needs 33 bits, so its low 32 bits m' = 0x02030406 are used with the
+// add-back step t = mulhi(n, m'), q = (t + ((n - t) >> 1)) >> 15 (the
+// Granlund-Montgomery method for divisors whose multiplier exceeds a word).
+HWY_INLINE V32 DivideBy65025(V32 n) {
+    const V32 t = MulHigh32(n, 0x02030406u);
+    return hn::ShiftRight<15>(hn::Add(t, hn::ShiftRight<1>(hn::Sub(n, t))));
+}
+
+void ConstAlphaBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uint8_t* bottom, uint8_t* dest,
+                            size_t count, uint8_t constAlpha) {
+    const D32 d;
+    const hn::Rebind<uint8_t, D32> d8;
+    const V32 k = hn::Set(d, constAlpha);
+    const V32 topWeight = hn::Set(d, 255u * constAlpha);
+    const size_t done = WholeSteps(count, hn::Lanes(d), [&](size_t i) {
+        const V32 t = hn::PromoteTo(d, hn::LoadU(d8, top + i));
+        const V32 a = hn::PromoteTo(d, hn::LoadU(d8, topAlpha + i));
+        const V32 b = hn::PromoteTo(d, hn::LoadU(d8, bottom + i));
+        // A k fits 16 bits (one 16-bit multiply: the high slots are zero);
+        // 6375 - A k wraps modulo 2^32 like the rule, and so do the products and sums.
+        const V32 ak = hn::BitCast(d, hn::Mul(hn::BitCast(D16(), a), hn::BitCast(D16(), k)));
+        const V32 bottomWeight = hn::Sub(hn::Set(d, 6375u), ak);
+        const V32 n = hn::Add(hn::Add(hn::Mul(t, topWeight), hn::Mul(bottomWeight, b)), hn::Set(d, 32385u));
+        hn::StoreU(hn::U8FromU32(hn::And(DivideBy65025(n), hn::Set(d, 0xFFu))), d8, dest + i);
+    });
+    ConstAlphaBlendScalar(top + done, topAlpha + done, bottom + done, dest + done, count - done, constAlpha);
+}
+
+void ConstAlphaBlendPlanarF(const float* top, const float* topAlpha, const float* bottom, float* dest, size_t count,
+                            float constAlpha) {
+    const DF df;
+    const VF k = hn::Set(df, constAlpha), one = hn::Set(df, 1.0f);
+    const size_t done = WholeSteps(count, hn::Lanes(df), [&](size_t i) {
+        const VF bottomWeight = hn::Sub(one, hn::Mul(hn::LoadU(df, topAlpha + i), k));
+        const VF r = hn::Add(hn::Mul(hn::LoadU(df, top + i), k), hn::Mul(hn::LoadU(df, bottom + i), bottomWeight));
+        hn::StoreU(r, df, dest + i);
+    });
+    ConstAlphaBlendScalar(top + done, topAlpha + done, bottom + done, dest + done, count - done, constAlpha);
+}
+
+#endif  // HWY_TARGET != HWY_SCALAR
+
+void DarkenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    BlendModeRGBA8888<BlendMode::Darken>(top, bottom, dest, pixels);
+}
+void LightenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    BlendModeRGBA8888<BlendMode::Lighten>(top, bottom, dest, pixels);
+}
+void MultiplyRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    BlendModeRGBA8888<BlendMode::Multiply>(top, bottom, dest, pixels);
+}
+void ScreenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+    BlendModeRGBA8888<BlendMode::Screen>(top, bottom, dest, pixels);
+}
+
+}  // namespace quorin::alpha::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::alpha {
+
+// Defines NameVector(...), which runs Name for the instruction set chosen at run time.
+#define QUORIN_VECTOR_TWIN(Name) \
+    HWY_EXPORT(Name);            \
+    template <class... Args>     \
+    void Name##Vector(Args... args) { HWY_DYNAMIC_DISPATCH(Name)(args...); }
+
+QUORIN_VECTOR_TWIN(StraightBlendARGB8888)
+QUORIN_VECTOR_TWIN(StraightBlendARGBFFFF)
+QUORIN_VECTOR_TWIN(StraightBlendPlanar8)
+QUORIN_VECTOR_TWIN(StraightBlendPlanarF)
+QUORIN_VECTOR_TWIN(DarkenRGBA8888)
+QUORIN_VECTOR_TWIN(LightenRGBA8888)
+QUORIN_VECTOR_TWIN(MultiplyRGBA8888)
+QUORIN_VECTOR_TWIN(ScreenRGBA8888)
+QUORIN_VECTOR_TWIN(ConstAlphaBlendPlanar8)
+QUORIN_VECTOR_TWIN(ConstAlphaBlendPlanarF)
+
+const KernelPair<InterleavedBlendKernel<uint8_t>> kStraightBlendARGB8888{&StraightBlendInterleavedScalar<uint8_t>,
+                                                                         &StraightBlendARGB8888Vector};
+const KernelPair<InterleavedBlendKernel<float>> kStraightBlendARGBFFFF{&StraightBlendInterleavedScalar<float>,
+                                                                       &StraightBlendARGBFFFFVector};
+const KernelPair<PlanarStraightKernel<uint8_t>> kStraightBlendPlanar8{&StraightBlendPlanarScalar<uint8_t>,
+                                                                      &StraightBlendPlanar8Vector};
+const KernelPair<PlanarStraightKernel<float>> kStraightBlendPlanarF{&StraightBlendPlanarScalar<float>,
+                                                                    &StraightBlendPlanarFVector};
+const KernelPair<InterleavedBlendKernel<uint8_t>> kDarkenRGBA8888{&BlendModeScalar<BlendMode::Darken>,
+                                                                  &DarkenRGBA8888Vector};
+const KernelPair<InterleavedBlendKernel<uint8_t>> kLightenRGBA8888{&BlendModeScalar<BlendMode::Lighten>,
+                                                                   &LightenRGBA8888Vector};
+const KernelPair<InterleavedBlendKernel<uint8_t>> kMultiplyRGBA8888{&BlendModeScalar<BlendMode::Multiply>,
+                                                                    &MultiplyRGBA8888Vector};
+const KernelPair<InterleavedBlendKernel<uint8_t>> kScreenRGBA8888{&BlendModeScalar<BlendMode::Screen>,
+                                                                  &ScreenRGBA8888Vector};
+const KernelPair<PlanarConstKernel<uint8_t>> kConstAlphaBlendPlanar8{&ConstAlphaBlendScalar<uint8_t>,
+                                                                     &ConstAlphaBlendPlanar8Vector};
+const KernelPair<PlanarConstKernel<float>> kConstAlphaBlendPlanarF{&ConstAlphaBlendScalar<float>,
+                                                                   &ConstAlphaBlendPlanarFVector};
+
+}  // namespace quorin::alpha
+#endif  // HWY_ONCE

@@ -1,0 +1,69 @@
+// The kernel pairs of the blends and of clip to alpha: a scalar kernel (a loop
+// over the rule in BlendRules.h / ClipRules.h) and its vector twin (Highway,
+// chosen per instruction set at run time). Every kernel takes pointers to the
+// first pixel of each buffer and a pixel count, and never cares whether that
+// count spans one row or a whole contiguous image.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "Core/Features.h"
+
+namespace quorin::alpha {
+
+// top, bottom -> dest, four channels per pixel.
+template <class T>
+using InterleavedBlendKernel = void (*)(const T* top, const T* bottom, T* dest, size_t pixels);
+
+// Straight blend of separate colour and alpha planes: colour to dest, alpha to destAlpha.
+template <class T>
+using PlanarStraightKernel = void (*)(const T* top, const T* topAlpha, const T* bottom, const T* bottomAlpha, T* dest,
+                                      T* destAlpha, size_t count);
+
+// Premultiplied planes under one constant alpha.
+template <class T>
+using PlanarConstKernel = void (*)(const T* top, const T* topAlpha, const T* bottom, T* dest, size_t count,
+                                   T constAlpha);
+
+// src -> dest, four channels per pixel.
+template <class T>
+using InterleavedClipKernel = void (*)(const T* src, T* dest, size_t pixels);
+
+// Colour plane clipped to a separate alpha plane.
+template <class T>
+using PlanarClipKernel = void (*)(const T* src, const T* alpha, T* dest, size_t count);
+
+template <class Kernel>
+struct KernelPair {
+    Kernel scalar;
+    Kernel vector;
+    // The processor-feature test made at every call (Quorin_Decelerate selects scalar).
+    Kernel choose() const { return UseVectorKernels() ? vector : scalar; }
+};
+
+// Straight-alpha blend.
+extern const KernelPair<InterleavedBlendKernel<uint8_t>> kStraightBlendARGB8888;
+extern const KernelPair<InterleavedBlendKernel<float>> kStraightBlendARGBFFFF;
+extern const KernelPair<PlanarStraightKernel<uint8_t>> kStraightBlendPlanar8;
+extern const KernelPair<PlanarStraightKernel<float>> kStraightBlendPlanarF;
+
+// Premultiplied blend modes, RGBA8888.
+extern const KernelPair<InterleavedBlendKernel<uint8_t>> kDarkenRGBA8888;
+extern const KernelPair<InterleavedBlendKernel<uint8_t>> kLightenRGBA8888;
+extern const KernelPair<InterleavedBlendKernel<uint8_t>> kMultiplyRGBA8888;
+extern const KernelPair<InterleavedBlendKernel<uint8_t>> kScreenRGBA8888;
+
+// Constant-alpha blend of premultiplied planes.
+extern const KernelPair<PlanarConstKernel<uint8_t>> kConstAlphaBlendPlanar8;
+extern const KernelPair<PlanarConstKernel<float>> kConstAlphaBlendPlanarF;
+
+// Clip to alpha.
+extern const KernelPair<InterleavedClipKernel<uint8_t>> kClipARGB8888;
+extern const KernelPair<InterleavedClipKernel<uint8_t>> kClipRGBA8888;
+extern const KernelPair<InterleavedClipKernel<float>> kClipARGBFFFF;
+extern const KernelPair<InterleavedClipKernel<float>> kClipRGBAFFFF;
+extern const KernelPair<PlanarClipKernel<uint8_t>> kClipPlanar8;
+extern const KernelPair<PlanarClipKernel<float>> kClipPlanarF;
+
+}  // namespace quorin::alpha

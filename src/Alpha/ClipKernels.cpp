@@ -1,0 +1,107 @@
+// Vector twins of the clip-to-alpha rules in ClipRules.h, compiled once per
+// instruction set and chosen at run time; the pixels that do not fill a
+// vector go through the scalar rule. On the one-lane fallback target the
+// scalar kernels serve.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Alpha/ClipKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "Alpha/BlendKernels.h"
+#include "Alpha/BlendVector-inl.h"
+#include "Alpha/ClipRules.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::alpha::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET == HWY_SCALAR
+
+template <size_t kAlpha, class T>
+void ClipInterleaved(const T* src, T* dest, size_t pixels) {
+    ClipToAlphaInterleavedScalar<kAlpha>(src, dest, pixels);
+}
+template <class T>
+void ClipPlanar(const T* src, const T* alpha, T* dest, size_t count) {
+    ClipToAlphaPlanarScalar(src, alpha, dest, count);
+}
+
+#else
+
+// min(colour, alpha) per byte, or alpha where alpha < colour per float: the
+// alpha lane itself is left as it was by either form (min(a, a) = a, a < a is false).
+template <class V>
+HWY_INLINE V ClipVec(V colour, V alpha) {
+    if constexpr (sizeof(hn::TFromV<V>) == 1) return hn::Min(colour, alpha);
+    else return hn::IfThenElse(hn::Lt(alpha, colour), alpha, colour);
+}
+
+// Each pixel's alpha spread over its four lanes: bytes by a lookup inside each
+// 16-byte block (four pixels), floats by a broadcast inside each 128-bit
+// block (one pixel).
+template <size_t kAlpha, class T>
+void ClipInterleaved(const T* src, T* dest, size_t pixels) {
+    const hn::ScalableTag<T> d;
+    const hn::Repartition<uint8_t, decltype(d)> d8;
+    const auto alphaBytes = GroupBytes(d8, kAlpha, kAlpha, kAlpha, kAlpha);
+    const size_t done = WholeSteps(pixels, hn::Lanes(d) / 4, [&](size_t i) {
+        const auto v = hn::LoadU(d, src + 4 * i);
+        if constexpr (sizeof(T) == 1) hn::StoreU(ClipVec(v, hn::TableLookupBytes(v, alphaBytes)), d, dest + 4 * i);
+        else hn::StoreU(ClipVec(v, hn::Broadcast<kAlpha>(v)), d, dest + 4 * i);
+    });
+    ClipToAlphaInterleavedScalar<kAlpha>(src + 4 * done, dest + 4 * done, pixels - done);
+}
+
+template <class T>
+void ClipPlanar(const T* src, const T* alpha, T* dest, size_t count) {
+    const hn::ScalableTag<T> d;
+    const size_t done = WholeSteps(count, hn::Lanes(d), [&](size_t i) {
+        hn::StoreU(ClipVec(hn::LoadU(d, src + i), hn::LoadU(d, alpha + i)), d, dest + i);
+    });
+    ClipToAlphaPlanarScalar(src + done, alpha + done, dest + done, count - done);
+}
+
+#endif  // HWY_TARGET == HWY_SCALAR
+
+void ClipARGB8888(const uint8_t* src, uint8_t* dest, size_t pixels) { ClipInterleaved<kAlphaFirst>(src, dest, pixels); }
+void ClipRGBA8888(const uint8_t* src, uint8_t* dest, size_t pixels) { ClipInterleaved<kAlphaLast>(src, dest, pixels); }
+void ClipARGBFFFF(const float* src, float* dest, size_t pixels) { ClipInterleaved<kAlphaFirst>(src, dest, pixels); }
+void ClipRGBAFFFF(const float* src, float* dest, size_t pixels) { ClipInterleaved<kAlphaLast>(src, dest, pixels); }
+void ClipPlanar8(const uint8_t* src, const uint8_t* alpha, uint8_t* dest, size_t count) {
+    ClipPlanar(src, alpha, dest, count);
+}
+void ClipPlanarF(const float* src, const float* alpha, float* dest, size_t count) {
+    ClipPlanar(src, alpha, dest, count);
+}
+
+}  // namespace quorin::alpha::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::alpha {
+
+#define QUORIN_CLIP_VECTOR_TWIN(Name) \
+    HWY_EXPORT(Name);                 \
+    template <class... Args>          \
+    void Name##Vector(Args... args) { HWY_DYNAMIC_DISPATCH(Name)(args...); }
+
+QUORIN_CLIP_VECTOR_TWIN(ClipARGB8888)
+QUORIN_CLIP_VECTOR_TWIN(ClipRGBA8888)
+QUORIN_CLIP_VECTOR_TWIN(ClipARGBFFFF)
+QUORIN_CLIP_VECTOR_TWIN(ClipRGBAFFFF)
+QUORIN_CLIP_VECTOR_TWIN(ClipPlanar8)
+QUORIN_CLIP_VECTOR_TWIN(ClipPlanarF)
+
+const KernelPair<InterleavedClipKernel<uint8_t>> kClipARGB8888{&ClipToAlphaInterleavedScalar<kAlphaFirst, uint8_t>,
+                                                               &ClipARGB8888Vector};
+const KernelPair<InterleavedClipKernel<uint8_t>> kClipRGBA8888{&ClipToAlphaInterleavedScalar<kAlphaLast, uint8_t>,
+                                                               &ClipRGBA8888Vector};
+const KernelPair<InterleavedClipKernel<float>> kClipARGBFFFF{&ClipToAlphaInterleavedScalar<kAlphaFirst, float>,
+                                                             &ClipARGBFFFFVector};
+const KernelPair<InterleavedClipKernel<float>> kClipRGBAFFFF{&ClipToAlphaInterleavedScalar<kAlphaLast, float>,
+                                                             &ClipRGBAFFFFVector};
+const KernelPair<PlanarClipKernel<uint8_t>> kClipPlanar8{&ClipToAlphaPlanarScalar<uint8_t>, &ClipPlanar8Vector};
+const KernelPair<PlanarClipKernel<float>> kClipPlanarF{&ClipToAlphaPlanarScalar<float>, &ClipPlanarFVector};
+
+}  // namespace quorin::alpha
+#endif  // HWY_ONCE

@@ -1,0 +1,524 @@
+// Vector kernels of the premultiply and unpremultiply rules (PremultiplyRules.h),
+// compiled for every Highway target and chosen at run time. Each gives the
+// same bytes as its scalar rule for every input.
+//
+// Layouts. Interleaved pixels stay where they are in whole vectors; nothing
+// moves across 128-bit blocks:
+//  - 8-bit: one pixel per u32 lane. Its even bytes (channels 0, 2) and odd
+//    bytes (1, 3) become u16 lanes, multiplied there by the pixel's alpha,
+//    which is spread into both u16 halves of the lane.
+//  - 16-bit: one pixel per u64 lane; its even and odd channels become u32
+//    lanes beside a copy of the alpha in both u32 lanes of the pixel.
+//  - float: one pixel per 128-bit block; alpha is broadcast within the block.
+// The alpha channel is computed along with the colour and then replaced by
+// the alpha the rule writes. Every kernel handles one vector of bytes per
+// step from the first aligned source vector; the pixels before it and the
+// partial last step run on zero-padded copies, so any count costs at most two
+// extra steps, and dst may equal a source. Large destinations are written
+// with streaming stores.
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Alpha/PremultiplyKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
+#include "Alpha/PremultiplyKernels.h"
+#include "Alpha/PremultiplyMath-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#define QUORIN_USING_RULE(Rule) using premultiply::Rule;
+QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_USING_RULE)
+#undef QUORIN_USING_RULE
+
+namespace {
+
+using Bytes = hn::Vec<hn::ScalableTag<uint8_t>>;
+
+// Destinations at least this large bypass the caches: they would evict
+// everything else anyway, and the processor then need not read the lines it
+// is about to overwrite.
+constexpr size_t kStreamingBytes = size_t{16} << 20;
+
+// Runs `body` on zero-padded copies of the first `count` (fewer than a
+// vector's) elements of each source and stores that many results.
+template <class T, class Body, class... Sources, size_t... kIndex>
+HWY_NOINLINE void PartialVector(std::index_sequence<kIndex...>, T* dst, size_t count, const Body& body,
+                                const Sources*... sources) {
+    const hn::ScalableTag<uint8_t> d8;
+    alignas(HWY_MAX_BYTES) T in[sizeof...(Sources)][HWY_MAX_BYTES / sizeof(T)] = {};
+    (std::memcpy(in[kIndex], sources, count * sizeof(T)), ...);
+    alignas(HWY_MAX_BYTES) uint8_t out[HWY_MAX_BYTES];
+    hn::Store(body(in[kIndex]...), d8, out);
+    std::memcpy(dst, out, count * sizeof(T));
+}
+
+// Writes body(sources + i...) to dst + i for `count` elements (whole pixels of
+// `pixelElements`), one vector of bytes at a time. Unaligned full-width loads
+// cost a third of the memory-bound speed on some processors, so whole pixels
+// before the first source's vector boundary run apart, like the partial last
+// vector, on padded copies. dst may equal a source: each vector is read
+// before it is written.
+template <class T, class Body, class... Sources>
+HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, const Body& body,
+                              const T* first, const Sources*... others) {
+    const hn::ScalableTag<uint8_t> d8;
+    const size_t bytes = hn::Lanes(d8), step = bytes / sizeof(T);
+    const auto partial = [&](size_t i, size_t n) {
+        PartialVector(std::make_index_sequence<1 + sizeof...(Sources)>(), dst + i, n, body, first + i, (others + i)...);
+    };
+    const size_t headBytes = (0 - reinterpret_cast<uintptr_t>(first)) & (bytes - 1);
+    size_t i = headBytes % (pixelElements * sizeof(T)) == 0 ? std::min(headBytes / sizeof(T), count) : 0;
+    if (i != 0) partial(0, i);
+    auto* out = reinterpret_cast<uint8_t*>(dst);
+    if (count * sizeof(T) >= kStreamingBytes && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
+        for (; i + step <= count; i += step) hn::Stream(body(first + i, (others + i)...), d8, out + i * sizeof(T));
+        hwy::FlushStream();
+    } else {
+        for (; i + step <= count; i += step) hn::StoreU(body(first + i, (others + i)...), d8, out + i * sizeof(T));
+    }
+    if (i != count) partial(i, count - i);
+}
+
+// One body per rule: Rule##Body<kAlpha> for interleaved pixels (alpha in
+// channel 0 or 3), Rule##PlaneBody for planes. The one-lane HWY_SCALAR target
+// cannot hold a pixel: there the scalar rule serves and the bodies are only
+// declared.
+template <size_t kAlpha> struct Premultiply8Body;
+template <size_t kAlpha> struct Unpremultiply8Body;
+template <size_t kAlpha> struct Premultiply16UBody;
+template <size_t kAlpha> struct Unpremultiply16UBody;
+template <size_t kAlpha> struct Premultiply16Q12Body;
+template <size_t kAlpha> struct Unpremultiply16Q12Body;
+template <size_t kAlpha> struct PremultiplyFBody;
+template <size_t kAlpha> struct UnpremultiplyFBody;
+struct Premultiply8PlaneBody;
+struct Unpremultiply8PlaneBody;
+struct PremultiplyFPlaneBody;
+struct UnpremultiplyFPlaneBody;
+
+template <class Rule, template <size_t> class Body>
+void RunPixels(const typename Rule::Sample* src, typename Rule::Sample* dst, size_t pixels, size_t alpha) {
+#if HWY_TARGET == HWY_SCALAR
+    premultiply::ApplyToPixels<Rule>(src, dst, pixels, alpha);
+#else
+    if (alpha == 0) ForEachVector(dst, pixels * 4, 4, Body<0>(), src);
+    else ForEachVector(dst, pixels * 4, 4, Body<3>(), src);
+#endif
+}
+
+template <class Rule, class Body>
+void RunPlane(const typename Rule::Sample* src, const typename Rule::Sample* alpha, typename Rule::Sample* dst,
+              size_t count) {
+#if HWY_TARGET == HWY_SCALAR
+    premultiply::ApplyToPlane<Rule>(src, alpha, dst, count);
+#else
+    ForEachVector(dst, count, 1, Body(), src, alpha);
+#endif
+}
+
+#if HWY_TARGET != HWY_SCALAR
+
+using D8 = hn::ScalableTag<uint8_t>;
+using D16 = hn::ScalableTag<uint16_t>;
+using D32 = hn::ScalableTag<uint32_t>;
+using D64 = hn::ScalableTag<uint64_t>;
+using DI32 = hn::ScalableTag<int32_t>;
+using DF = hn::ScalableTag<float>;
+using V16 = hn::Vec<D16>;
+using V32 = hn::Vec<D32>;
+using V64 = hn::Vec<D64>;
+using VI32 = hn::Vec<DI32>;
+
+// Replaces the bits set in `keep` of `computed` by those of `original`.
+template <class V>
+HWY_INLINE V Keep(V keep, V original, V computed) {
+    return hn::Or(hn::And(original, keep), hn::AndNot(keep, computed));
+}
+
+// u32 value as float (exact below 2^24).
+HWY_INLINE hn::Vec<DF> ToFloat(V32 v) { return hn::ConvertTo(DF(), hn::BitCast(DI32(), v)); }
+
+// ---- 8-bit pixels: one per u32 lane -----------------------------------------
+
+// Byte shuffles within each 16-byte block (four pixels): alpha (byte kAlpha of
+// each pixel) zero-extended into both u16 halves of the pixel's lane, and the
+// low u16 of each u32 lane copied into its high half.
+template <size_t kAlpha>
+struct SpreadAlpha8 {
+    static_assert(kAlpha == 0 || kAlpha == 3);
+    static constexpr uint8_t k = kAlpha, z = 0x80;
+    alignas(16) static constexpr uint8_t kIndices[16] = {k,     z, k,     z, k + 4,  z, k + 4,  z,
+                                                         k + 8, z, k + 8, z, k + 12, z, k + 12, z};
+};
+alignas(16) constexpr uint8_t kLowHalfTwice[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+
+template <size_t kAlpha>
+HWY_INLINE V16 AlphaBothHalves(hn::Vec<D8> pixels) {
+    return hn::BitCast(D16(), hn::TableLookupBytesOr0(pixels, hn::LoadDup128(D8(), SpreadAlpha8<kAlpha>::kIndices)));
+}
+
+// Channels 0 and 2 (even) and 1 and 3 (odd) of each pixel as u16 lanes, and back.
+HWY_INLINE V16 EvenBytes(V32 pixels) { return hn::And(hn::BitCast(D16(), pixels), hn::Set(D16(), 0xFF)); }
+HWY_INLINE V16 OddBytes(V32 pixels) { return hn::ShiftRight<8>(hn::BitCast(D16(), pixels)); }
+HWY_INLINE V32 JoinBytes(V16 even, V16 odd) { return hn::BitCast(D32(), hn::Or(even, hn::ShiftLeft<8>(odd))); }
+
+template <size_t kAlpha>
+HWY_INLINE V32 AlphaByte() { return hn::Set(D32(), 0xFFu << (8 * kAlpha)); }
+
+template <size_t kAlpha>
+struct Premultiply8Body {
+    Bytes operator()(const uint8_t* src) const {
+        const D8 d8;
+        const auto bytes = hn::LoadU(d8, src);
+        const V32 pixels = hn::BitCast(D32(), bytes);
+        const V16 alpha = AlphaBothHalves<kAlpha>(bytes);
+        // 255 in alpha's own position: (a * 255 + 127) / 255 gives back a.
+        const V16 full = hn::BitCast(D16(), AlphaByte<kAlpha>());
+        const V16 evenFactor = hn::Or(alpha, hn::And(full, hn::Set(D16(), 0xFF)));
+        const V16 oddFactor = hn::Or(alpha, hn::ShiftRight<8>(full));
+        const V16 even = DivideBy255Rounded(hn::Mul(EvenBytes(pixels), evenFactor));
+        const V16 odd = DivideBy255Rounded(hn::Mul(OddBytes(pixels), oddFactor));
+        return hn::BitCast(D8(), JoinBytes(even, odd));
+    }
+};
+
+// floor(65536 / d) for u16 lanes d in 1..255 (the same d in both halves of
+// each u32 lane), 65535 for d = 1. As a u32, the pair is d * 65537, exact in
+// single precision like 65536 * 65537, so their correctly rounded quotient y
+// is that of 65536 / d: within 2^-9 of it, whose fraction is a multiple of
+// 1/d at least 1/510 away from 0 and from 1/2 (or is 0, with an even integer
+// part). Rounding y - 1/2 to an integer (to nearest, ties to even, by adding
+// 2^23) therefore floors it, into the low 16 bits of the sum's mantissa.
+HWY_INLINE V16 ReciprocalBelow(V16 divisor) {
+    const DF df;
+    const auto d = hn::ConvertTo(df, hn::BitCast(DI32(), divisor));
+    const auto y = hn::Min(hn::Div(hn::Set(df, 65536.0f * 65537.0f), d), hn::Set(df, 65535.5f));
+    const auto rounded = hn::Add(hn::Sub(y, hn::Set(df, 0.5f)), hn::Set(df, 8388608.0f));
+    return hn::BitCast(D16(), hn::TableLookupBytes(hn::BitCast(D8(), rounded), hn::LoadDup128(D8(), kLowHalfTwice)));
+}
+
+// v, hidden from the optimiser. GCC turns a multiplication by 255 into a
+// shift and a subtraction: one instruction more than the multiplication.
+template <class V>
+HWY_INLINE V Opaque(V v) {
+#if HWY_ARCH_X86 && (defined(__GNUC__) || defined(__clang__))
+    asm("" : "+v"(v.raw));
+#endif
+    return v;
+}
+
+// q + 1 in the lanes of `mask`: one masked addition with AVX-512, elsewhere
+// the subtraction of the mask's all-ones lanes.
+template <class M>
+HWY_INLINE V16 IncrementWhere(M mask, V16 q) {
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return V16{_mm512_mask_add_epi16(q.raw, mask.raw, q.raw, hn::Set(D16(), 1).raw)};
+#else
+    return hn::Sub(q, hn::VecFromMask(D16(), mask));
+#endif
+}
+
+// (min(c, a) * 255 + a / 2) / a for u16 lanes, given a, d = max(a, 1), d - 1
+// and floor(65536 / d) capped at 65535. The high half of the product with
+// that reciprocal is the quotient or one less (the reciprocal errs by less
+// than 1 / 65536 per unit of a numerator below 65536); one remainder test
+// fixes it. min(c, a) keeps the quotient within 255, which is also the rule's
+// result for a colour at or above its alpha; alpha 0 gives 0 through divisor 1.
+HWY_INLINE V16 Unpremultiply8Quotient(V16 colour, V16 alpha, V16 divisor, V16 belowDivisor, V16 reciprocal) {
+    const D16 d16;
+    const hn::RebindToSigned<D16> di16;
+    const V16 n = hn::Add(hn::Mul(hn::Min(colour, alpha), Opaque(hn::Set(d16, 255))), hn::ShiftRight<1>(alpha));
+    const V16 q = hn::MulHigh(n, reciprocal);
+    // Below 2 * divisor, so the comparison may be signed.
+    const V16 remainder = hn::Sub(n, hn::Mul(q, divisor));
+    return IncrementWhere(hn::RebindMask(d16, hn::Lt(hn::BitCast(di16, belowDivisor), hn::BitCast(di16, remainder))), q);
+}
+
+template <size_t kAlpha>
+struct Unpremultiply8Body {
+    Bytes operator()(const uint8_t* src) const {
+        const D8 d8;
+        const auto bytes = hn::LoadU(d8, src);
+        const V32 pixels = hn::BitCast(D32(), bytes);
+        const V16 alpha = AlphaBothHalves<kAlpha>(bytes);
+        const V16 divisor = hn::Max(alpha, hn::Set(D16(), 1));
+        const V16 below = hn::SaturatedSub(alpha, hn::Set(D16(), 1));
+        const V16 reciprocal = ReciprocalBelow(divisor);
+        const V16 even = Unpremultiply8Quotient(EvenBytes(pixels), alpha, divisor, below, reciprocal);
+        const V16 odd = Unpremultiply8Quotient(OddBytes(pixels), alpha, divisor, below, reciprocal);
+        return hn::BitCast(D8(), Keep(AlphaByte<kAlpha>(), pixels, JoinBytes(even, odd)));
+    }
+};
+
+struct Premultiply8PlaneBody {
+    Bytes operator()(const uint8_t* src, const uint8_t* alpha) const {
+        const D8 d8;
+        const V32 c = hn::BitCast(D32(), hn::LoadU(d8, src));
+        const V32 a = hn::BitCast(D32(), hn::LoadU(d8, alpha));
+        const V16 even = DivideBy255Rounded(hn::Mul(EvenBytes(c), EvenBytes(a)));
+        const V16 odd = DivideBy255Rounded(hn::Mul(OddBytes(c), OddBytes(a)));
+        return hn::BitCast(D8(), JoinBytes(even, odd));
+    }
+};
+
+// (min(c, a) * 255 + a / 2) / max(a, 1) for u32 lanes below 256, by a single-
+// precision division: numerator and divisor are exact, and the correctly
+// rounded quotient (below 256) is closer to the true one than 1 / a, so its
+// truncation is the integer quotient.
+HWY_INLINE V32 Unpremultiply8PlaneQuotient(V32 c, V32 a) {
+    const D32 d32;
+    const V32 m = hn::Min(c, a);
+    const V32 n = hn::Add(hn::Sub(hn::ShiftLeft<8>(m), m), hn::ShiftRight<1>(a));
+    const auto q = hn::Div(ToFloat(n), ToFloat(hn::Max(a, hn::Set(d32, 1u))));
+    return hn::BitCast(d32, hn::ConvertTo(DI32(), q));
+}
+
+struct Unpremultiply8PlaneBody {
+    Bytes operator()(const uint8_t* src, const uint8_t* alpha) const {
+        const D8 d8;
+        const D32 d32;
+        const V32 c = hn::BitCast(d32, hn::LoadU(d8, src));
+        const V32 a = hn::BitCast(d32, hn::LoadU(d8, alpha));
+        const V32 byte = hn::Set(d32, 0xFFu);
+        const V32 q0 = Unpremultiply8PlaneQuotient(hn::And(c, byte), hn::And(a, byte));
+        const V32 q1 = Unpremultiply8PlaneQuotient(hn::And(hn::ShiftRight<8>(c), byte),
+                                                   hn::And(hn::ShiftRight<8>(a), byte));
+        const V32 q2 = Unpremultiply8PlaneQuotient(hn::And(hn::ShiftRight<16>(c), byte),
+                                                   hn::And(hn::ShiftRight<16>(a), byte));
+        const V32 q3 = Unpremultiply8PlaneQuotient(hn::ShiftRight<24>(c), hn::ShiftRight<24>(a));
+        const V32 joined = hn::Or(hn::Or(q0, hn::ShiftLeft<8>(q1)), hn::Or(hn::ShiftLeft<16>(q2), hn::ShiftLeft<24>(q3)));
+        return hn::BitCast(D8(), joined);
+    }
+};
+
+// ---- 16-bit pixels: one per u64 lane ----------------------------------------
+
+// The alpha of each pixel, zero-extended, in both u32 lanes of the pixel.
+template <size_t kAlpha>
+HWY_INLINE V32 Alpha16(V64 pixels) {
+    static_assert(kAlpha == 0 || kAlpha == 3);
+    const V64 a = kAlpha == 0 ? hn::And(pixels, hn::Set(D64(), 0xFFFFu)) : hn::ShiftRight<48>(pixels);
+    return hn::BitCast(D32(), hn::Or(a, hn::ShiftLeft<32>(a)));
+}
+
+// The same, sign-extended.
+template <size_t kAlpha>
+HWY_INLINE VI32 AlphaQ12(V64 pixels) {
+    static_assert(kAlpha == 0 || kAlpha == 3);
+    const V64 high = kAlpha == 0 ? hn::ShiftLeft<48>(pixels) : hn::And(pixels, hn::Set(D64(), 0xFFFFull << 48));
+    return hn::ShiftRight<16>(hn::BitCast(DI32(), hn::Or(high, hn::ShiftRight<32>(high))));
+}
+
+// The bits of alpha's channel, as u32 lanes.
+template <size_t kAlpha>
+HWY_INLINE V32 AlphaChannel16() { return hn::BitCast(D32(), hn::Set(D64(), 0xFFFFull << (16 * kAlpha))); }
+
+// Channels 0 and 2 (even) and 1 and 3 (odd) of each pixel as u32 lanes, and back
+// (keeping the low 16 bits of each).
+HWY_INLINE V32 EvenHalves(V32 pixels) { return hn::And(pixels, hn::Set(D32(), 0xFFFFu)); }
+HWY_INLINE V32 OddHalves(V32 pixels) { return hn::ShiftRight<16>(pixels); }
+HWY_INLINE V32 JoinHalves(V32 even, V32 odd) { return hn::Or(EvenHalves(even), hn::ShiftLeft<16>(odd)); }
+
+template <size_t kAlpha>
+struct Premultiply16UBody {
+    Bytes operator()(const uint16_t* src) const {
+        const D16 d16;
+        const V32 pixels = hn::BitCast(D32(), hn::LoadU(d16, src));
+        const V32 alpha = Alpha16<kAlpha>(hn::BitCast(D64(), pixels));
+        // 65535 in alpha's own position gives back a.
+        const V32 full = AlphaChannel16<kAlpha>();
+        const V32 even = DivideBy65535Rounded(hn::Mul(EvenHalves(pixels), hn::Or(alpha, EvenHalves(full))));
+        const V32 odd = DivideBy65535Rounded(hn::Mul(OddHalves(pixels), hn::Or(alpha, OddHalves(full))));
+        return hn::BitCast(D8(), JoinHalves(even, odd));
+    }
+};
+
+// (min(c, a) * 65535 + a / 2) / max(a, 1) for u32 lanes below 65536, given
+// 1 / max(a, 1) in single precision. The float estimate carries four roundings
+// of at most 2^-24 each on a quotient below 65536, so it is within 1/64 of the
+// true quotient and truncates to it or a neighbour; the exact remainder picks
+// the right one.
+HWY_INLINE V32 Unpremultiply16UQuotient(V32 c, V32 a, V32 divisor, hn::Vec<DF> reciprocal) {
+    const DF df;
+    const DI32 di;
+    const V32 one = hn::Set(D32(), 1u);
+    const V32 m = hn::Min(c, a);
+    const V32 half = hn::ShiftRight<1>(a);
+    const V32 n = hn::Add(hn::Sub(hn::ShiftLeft<16>(m), m), half);
+    const auto estimate = hn::Mul(hn::Add(hn::Mul(ToFloat(m), hn::Set(df, 65535.0f)), ToFloat(half)), reciprocal);
+    V32 q = hn::BitCast(D32(), hn::ConvertTo(di, estimate));
+    const VI32 remainder = hn::BitCast(di, hn::Sub(n, hn::Mul(q, divisor)));
+    q = hn::IfThenElse(hn::RebindMask(D32(), hn::Lt(remainder, hn::Zero(di))), hn::Sub(q, one), q);
+    return hn::IfThenElse(hn::RebindMask(D32(), hn::Lt(remainder, hn::BitCast(di, divisor))), q, hn::Add(q, one));
+}
+
+template <size_t kAlpha>
+struct Unpremultiply16UBody {
+    Bytes operator()(const uint16_t* src) const {
+        const D16 d16;
+        const V32 pixels = hn::BitCast(D32(), hn::LoadU(d16, src));
+        const V32 alpha = Alpha16<kAlpha>(hn::BitCast(D64(), pixels));
+        const V32 divisor = hn::Max(alpha, hn::Set(D32(), 1u));
+        const auto reciprocal = hn::Div(hn::Set(DF(), 1.0f), ToFloat(divisor));
+        const V32 even = Unpremultiply16UQuotient(EvenHalves(pixels), alpha, divisor, reciprocal);
+        const V32 odd = Unpremultiply16UQuotient(OddHalves(pixels), alpha, divisor, reciprocal);
+        return hn::BitCast(D8(), Keep(AlphaChannel16<kAlpha>(), pixels, JoinHalves(even, odd)));
+    }
+};
+
+// Signed channels 0 and 2 (even) and 1 and 3 (odd) of each pixel as i32 lanes.
+HWY_INLINE VI32 EvenSigned(VI32 pixels) { return hn::ShiftRight<16>(hn::ShiftLeft<16>(pixels)); }
+HWY_INLINE VI32 OddSigned(VI32 pixels) { return hn::ShiftRight<16>(pixels); }
+HWY_INLINE V32 JoinSigned(VI32 even, VI32 odd) { return JoinHalves(hn::BitCast(D32(), even), hn::BitCast(D32(), odd)); }
+
+// (c * a + 2048) / 4096 truncating toward zero: negative sums get 4095 added
+// before the arithmetic shift. |c * a + 2048| / 4096 stays within 32767.5
+// for a in 0..4096, so the rule's saturation to int16 never acts here.
+HWY_INLINE VI32 PremultiplyQ12(VI32 c, VI32 a) {
+    const DI32 di;
+    const VI32 sum = hn::Add(hn::Mul(c, a), hn::Set(di, 2048));
+    return hn::ShiftRight<12>(hn::Add(sum, hn::And(hn::ShiftRight<31>(sum), hn::Set(di, 4095))));
+}
+
+template <size_t kAlpha>
+struct Premultiply16Q12Body {
+    Bytes operator()(const int16_t* src) const {
+        const hn::ScalableTag<int16_t> d16;
+        const DI32 di;
+        const VI32 pixels = hn::BitCast(di, hn::LoadU(d16, src));
+        const VI32 alpha = hn::Min(hn::Max(AlphaQ12<kAlpha>(hn::BitCast(D64(), pixels)), hn::Zero(di)), hn::Set(di, 4096));
+        const V32 colour = JoinSigned(PremultiplyQ12(EvenSigned(pixels), alpha), PremultiplyQ12(OddSigned(pixels), alpha));
+        // The clamped alpha (0..4096) moved into alpha's half of its u32 lane.
+        const V32 clamped = hn::ShiftLeft<16 * (kAlpha & 1)>(hn::BitCast(D32(), alpha));
+        return hn::BitCast(D8(), Keep(AlphaChannel16<kAlpha>(), clamped, colour));
+    }
+};
+
+// (min(c, a) * 4096 + a / 2) / a, both divisions truncating, for i32 lanes.
+HWY_INLINE VI32 UnpremultiplyQ12(VI32 c, VI32 a, VI32 half) {
+    return DivideTruncating(hn::Add(hn::ShiftLeft<12>(hn::Min(c, a)), half), a);
+}
+
+template <size_t kAlpha>
+struct Unpremultiply16Q12Body {
+    Bytes operator()(const int16_t* src) const {
+        const hn::ScalableTag<int16_t> d16;
+        const DI32 di;
+        const VI32 pixels = hn::BitCast(di, hn::LoadU(d16, src));
+        const VI32 alpha = AlphaQ12<kAlpha>(hn::BitCast(D64(), pixels));
+        // a / 2 toward zero: add the sign bit before the arithmetic shift.
+        const VI32 half = hn::ShiftRight<1>(hn::Add(alpha, hn::BitCast(di, hn::ShiftRight<31>(hn::BitCast(D32(), alpha)))));
+        // The quotients are stored modulo 2^16, as the scalar rule stores them;
+        // those of alpha 0 (unspecified) are replaced by 0.
+        const V32 colour = JoinSigned(UnpremultiplyQ12(EvenSigned(pixels), alpha, half),
+                                      UnpremultiplyQ12(OddSigned(pixels), alpha, half));
+        const V32 result = hn::IfThenZeroElse(hn::RebindMask(D32(), hn::Eq(alpha, hn::Zero(di))), colour);
+        return hn::BitCast(D8(), Keep(AlphaChannel16<kAlpha>(), hn::BitCast(D32(), pixels), result));
+    }
+};
+
+// ---- float pixels: one per 128-bit block ------------------------------------
+
+template <size_t kAlpha>
+HWY_INLINE auto AlphaLanes() {
+    const D32 d32;
+    return hn::RebindMask(DF(), hn::Eq(hn::And(hn::Iota(d32, 0), hn::Set(d32, 3u)), hn::Set(d32, uint32_t{kAlpha})));
+}
+
+// 1 / a, or 0 where a compares equal to 0 (either sign).
+HWY_INLINE hn::Vec<DF> ReciprocalOrZero(hn::Vec<DF> a) {
+    const DF df;
+    return hn::IfThenZeroElse(hn::Eq(a, hn::Zero(df)), hn::Div(hn::Set(df, 1.0f), a));
+}
+
+template <size_t kAlpha>
+struct PremultiplyFBody {
+    Bytes operator()(const float* src) const {
+        const DF df;
+        const auto pixels = hn::LoadU(df, src);
+        const auto colour = hn::Mul(pixels, hn::Broadcast<kAlpha>(pixels));
+        return hn::BitCast(D8(), hn::IfThenElse(AlphaLanes<kAlpha>(), pixels, colour));
+    }
+};
+
+template <size_t kAlpha>
+struct UnpremultiplyFBody {
+    Bytes operator()(const float* src) const {
+        const DF df;
+        const auto pixels = hn::LoadU(df, src);
+        const auto colour = hn::Mul(pixels, ReciprocalOrZero(hn::Broadcast<kAlpha>(pixels)));
+        return hn::BitCast(D8(), hn::IfThenElse(AlphaLanes<kAlpha>(), pixels, colour));
+    }
+};
+
+struct PremultiplyFPlaneBody {
+    Bytes operator()(const float* src, const float* alpha) const {
+        const DF df;
+        return hn::BitCast(D8(), hn::Mul(hn::LoadU(df, src), hn::LoadU(df, alpha)));
+    }
+};
+
+struct UnpremultiplyFPlaneBody {
+    Bytes operator()(const float* src, const float* alpha) const {
+        const DF df;
+        return hn::BitCast(D8(), hn::Mul(hn::LoadU(df, src), ReciprocalOrZero(hn::LoadU(df, alpha))));
+    }
+};
+
+#endif  // HWY_TARGET != HWY_SCALAR
+
+}  // namespace
+
+// The exported kernels: Rule##Pixels and Rule##Plane.
+#define QUORIN_DEFINE_PIXEL_KERNEL(Rule)                                                                 \
+    void Rule##Pixels(const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha) {          \
+        RunPixels<Rule, Rule##Body>(src, dst, pixels, alpha);                                            \
+    }
+#define QUORIN_DEFINE_PLANE_KERNEL(Rule)                                                                 \
+    void Rule##Plane(const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count) { \
+        RunPlane<Rule, Rule##PlaneBody>(src, alpha, dst, count);                                         \
+    }
+QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DEFINE_PIXEL_KERNEL)
+QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DEFINE_PLANE_KERNEL)
+#undef QUORIN_DEFINE_PIXEL_KERNEL
+#undef QUORIN_DEFINE_PLANE_KERNEL
+
+}  // namespace quorin::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin {
+
+#define QUORIN_EXPORT_KERNELS(Rule) HWY_EXPORT(Rule##Pixels);
+QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_EXPORT_KERNELS)
+#undef QUORIN_EXPORT_KERNELS
+#define QUORIN_EXPORT_KERNELS(Rule) HWY_EXPORT(Rule##Plane);
+QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_EXPORT_KERNELS)
+#undef QUORIN_EXPORT_KERNELS
+
+namespace premultiply {
+
+#define QUORIN_DISPATCH_PIXEL_KERNEL(Rule)                                                              \
+    void VectorPixels(Rule, const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha) { \
+        HWY_DYNAMIC_DISPATCH(Rule##Pixels)(src, dst, pixels, alpha);                                    \
+    }
+#define QUORIN_DISPATCH_PLANE_KERNEL(Rule)                                                                      \
+    void VectorPlane(Rule, const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count) { \
+        HWY_DYNAMIC_DISPATCH(Rule##Plane)(src, alpha, dst, count);                                              \
+    }
+QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DISPATCH_PIXEL_KERNEL)
+QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DISPATCH_PLANE_KERNEL)
+#undef QUORIN_DISPATCH_PIXEL_KERNEL
+#undef QUORIN_DISPATCH_PLANE_KERNEL
+
+}  // namespace premultiply
+}  // namespace quorin
+#endif  // HWY_ONCE

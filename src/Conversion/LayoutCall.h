@@ -1,0 +1,239 @@
+// Planar and interleaved layouts: the family's argument checks and its two
+// call shapes, planes into pixels (Merge) and pixels into planes (Split).
+// An entry point describes its buffers, constant and ranges; the shape checks
+// them in the family's order, chooses the kernel pair and the split, and walks
+// the rows.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "Conversion/LayoutRules.h"
+#include "Core/Checks.h"
+#include "Core/Dispatch.h"
+#include "Core/Features.h"
+#include "Core/Walk.h"
+#include "quorin/Types.h"
+
+namespace quorin::layout {
+
+// ---- Arguments -----------------------------------------------------------------
+
+// How a plane argument takes part in a call.
+enum class Role : uint8_t {
+    Required,  // a buffer like any other: tested for null and the rest
+    Optional,  // may be null, and then its channel takes the call's constant
+    Constant,  // no plane: the channel takes the call's constant (merges)
+    Skipped,   // no plane: the channel is not stored anywhere (splits)
+};
+
+struct PlaneArg {
+    const Quorin_Buffer* record;
+    Role role;
+    PlaneArg(const Quorin_Buffer* buffer) : record(buffer), role(Role::Required) {}  // NOLINT: the common case
+    constexpr PlaneArg(const Quorin_Buffer* buffer, Role r) : record(buffer), role(r) {}
+};
+inline PlaneArg OptionalPlane(const Quorin_Buffer* buffer) { return {buffer, Role::Optional}; }
+inline constexpr PlaneArg kConstantChannel{nullptr, Role::Constant};
+inline constexpr PlaneArg kSkippedChannel{nullptr, Role::Skipped};
+
+// The value of a merged channel without a plane: a pixel sample written as
+// is, or a plane value that goes through channel 0's rule like any pixel.
+template <class Transform>
+struct Constant {
+    typename Transform::To sample{};
+    std::optional<typename Transform::From> throughChannel0{};
+
+    typename Transform::To resolve(const Transform& transform) const {
+        return throughChannel0 ? transform(0, *throughChannel0) : sample;
+    }
+};
+
+// ---- Checks ----------------------------------------------------------------------
+
+// One buffer as the checks see it. A null record that is not required is
+// simply absent (an optional plane that was not given).
+struct Operand {
+    const Quorin_Buffer* record;
+    size_t pixelBytes;
+    bool required;
+    bool rowBytesTested;
+};
+
+// The family's checks, in order; the first failure decides:
+//  1. a required buffer, or a range array the call takes, is null: -21772
+//  2. a buffer has null data: -21773
+//  3. the region is wider than any buffer of the first group, then taller: -21766
+//  4. a tested rowBytes is shorter than its row: -21773
+//  5. a flag outside 0x10 | 0x80: -21775
+//  6. the second group (`later`, when there is one): -21766 for its size, then
+//     -21773 for its rowBytes
+// There is no zero-size test: an empty region converts nothing and succeeds.
+inline Quorin_Error CheckArguments(std::span<const Operand> first, const Operand* later, const Quorin_Buffer* region,
+                                   const Ranges* ranges, Quorin_Flags flags) {
+    const auto inFirst = [&](auto test) { return std::any_of(first.begin(), first.end(), test); };
+    const auto anywhere = [&](auto test) { return inFirst(test) || (later && test(*later)); };
+
+    if (anywhere([](const Operand& o) { return o.required && o.record == nullptr; }) ||
+        (ranges && AnyNull(ranges->max, ranges->min)))
+        return kQuorinError_NullPointer;
+    if (anywhere([](const Operand& o) { return o.record && o.record->data == nullptr; }))
+        return kQuorinError_BadArgument;
+    if (inFirst([&](const Operand& o) { return o.record && region->width > o.record->width; }) ||
+        inFirst([&](const Operand& o) { return o.record && region->height > o.record->height; }))
+        return kQuorinError_RegionExceedsSource;
+    if (inFirst([](const Operand& o) {
+            return o.record && o.rowBytesTested && RowBytesTooSmall(o.record, o.pixelBytes);
+        }))
+        return kQuorinError_BadArgument;
+    if (FlagsOutside(flags, kCommonFlags)) return kQuorinError_UnsupportedFlags;
+    if (later && ExceedsSources(region, later->record)) return kQuorinError_RegionExceedsSource;
+    if (later && RowBytesTooSmall(later->record, later->pixelBytes)) return kQuorinError_BadArgument;
+    return kQuorinSuccess;
+}
+
+// ---- Walking -----------------------------------------------------------------------
+
+// The planes of a call as one view for WalkRegion: at() gives the row pointer
+// of every channel (null where the channel has no plane).
+template <class T, size_t C>
+class PlaneRows {
+public:
+    explicit PlaneRows(const std::array<PlaneArg, C>& planes) {
+        for (size_t c = 0; c < C; ++c)
+            if (planes[c].record) {
+                data_[c] = static_cast<uint8_t*>(planes[c].record->data);
+                rowBytes_[c] = planes[c].record->rowBytes;
+            }
+    }
+    std::array<T*, C> at(size_t x, size_t y) const {
+        std::array<T*, C> rows{};
+        for (size_t c = 0; c < C; ++c)
+            if (data_[c]) rows[c] = reinterpret_cast<T*>(data_[c] + y * rowBytes_[c] + x * sizeof(T));
+        return rows;
+    }
+    bool contiguousFor(size_t width) const {
+        for (size_t c = 0; c < C; ++c)
+            if (data_[c] && rowBytes_[c] != width * sizeof(T)) return false;
+        return true;
+    }
+
+private:
+    std::array<uint8_t*, C> data_{};
+    std::array<size_t, C> rowBytes_{};
+};
+
+// ---- Large destinations -----------------------------------------------------------
+
+// A destination larger than half the last-level cache that this processor
+// uses will not be read back from it, so the vector path writes it with
+// streaming stores, which also spare the memory system reading every
+// destination line in first. (LayoutStreaming.cpp)
+bool WantsStreaming(size_t destinationBytes);
+
+// Test hook: stream destinations of at least `bytes` (0 restores the cache-based threshold).
+void SetStreamingThresholdForTest(size_t bytes);
+
+// Runs the rows of `region` on this thread or through the rows dispatcher,
+// walking each piece as one run or row by row. A piece that streamed fences
+// its stores before it ends.
+template <class Kernel, class... Views>
+void ConvertRows(Quorin_Flags flags, const Quorin_Buffer* region, bool streaming, Kernel&& kernel,
+                 const Views&... views) {
+    RunRows(flags, region->width, region->height, [&](size_t x, size_t y, size_t w, size_t h) {
+        WalkRegion(x, y, w, h, kernel, views...);
+        if (streaming) EndStreaming();
+    });
+}
+
+// ---- Planes into pixels --------------------------------------------------------------
+
+template <class Transform, size_t C>
+struct MergeCall {
+    std::array<PlaneArg, C> planes;  // in channel-position order
+    const Quorin_Buffer* dest;       // the region: its size is converted
+    Constant<Transform> constant{};  // for the channel without a plane
+    Ranges ranges{};                 // maxFloat, minFloat of the range transforms
+    // The 8-bit interleave worker tests only its required planes' rowBytes:
+    // neither an alpha plane's nor the destination's.
+    bool requiredPlanesRowBytesOnly = false;
+};
+
+template <class Transform, size_t C>
+Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
+    using From = typename Transform::From;
+    using To = typename Transform::To;
+    std::array<Operand, C + 1> operands;
+    operands[0] = {call.dest, C * sizeof(To), true, !call.requiredPlanesRowBytesOnly};
+    for (size_t c = 0; c < C; ++c) {
+        const bool required = call.planes[c].role == Role::Required;
+        operands[c + 1] = {call.planes[c].record, sizeof(From), required, required || !call.requiredPlanesRowBytesOnly};
+    }
+    if (const Quorin_Error error = CheckArguments(operands, nullptr, call.dest,
+                                                  Transform::kTakesRanges ? &call.ranges : nullptr, flags))
+        return error;
+    if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;  // no temporary buffer, nothing written
+
+    const Transform transform(call.ranges);
+    const To constant = call.constant.resolve(transform);
+    const bool vector = UseVectorKernels();
+    const MergeRowKernel<C, Transform> kernel = ChooseMergeKernel<C, Transform>(vector);
+    const bool streaming = vector && WantsStreaming(call.dest->width * call.dest->height * C * sizeof(To));
+    ConvertRows(
+        flags, call.dest, streaming,
+        [&](To* pixels, const std::array<const From*, C>& planes, size_t n) {
+            kernel(planes.data(), constant, transform, pixels, n, streaming);
+        },
+        Plane<To, C>(call.dest), PlaneRows<const From, C>(call.planes));
+    return kQuorinSuccess;
+}
+
+// ---- Pixels into planes --------------------------------------------------------------
+
+template <class Transform, size_t C>
+struct SplitCall {
+    const Quorin_Buffer* src;
+    std::array<PlaneArg, C> planes;  // in channel-position order; kSkippedChannel for a filler
+    Ranges ranges{};
+};
+
+// The region is the first destination plane. With four destination planes
+// the fourth forms a second group, tested after the flags.
+template <class Transform, size_t C>
+Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
+    using From = typename Transform::From;
+    using To = typename Transform::To;
+    std::array<Operand, C + 1> operands;
+    size_t count = 0;
+    operands[count++] = {call.src, C * sizeof(From), true, true};
+    const Quorin_Buffer* region = nullptr;
+    for (const PlaneArg& plane : call.planes) {
+        if (plane.role == Role::Skipped) continue;
+        if (count == 1) region = plane.record;
+        operands[count++] = {plane.record, sizeof(To), true, true};
+    }
+    const bool secondGroup = count == 5;
+    const std::span<const Operand> first(operands.data(), secondGroup ? 4 : count);
+    if (const Quorin_Error error = CheckArguments(first, secondGroup ? &operands[4] : nullptr, region,
+                                                  Transform::kTakesRanges ? &call.ranges : nullptr, flags))
+        return error;
+    if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;
+
+    const Transform transform(call.ranges);
+    const bool vector = UseVectorKernels();
+    const SplitRowKernel<C, Transform> kernel = ChooseSplitKernel<C, Transform>(vector);
+    const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
+    ConvertRows(
+        flags, region, streaming,
+        [&](const From* pixels, const std::array<To*, C>& planes, size_t n) {
+            kernel(pixels, planes.data(), transform, n, streaming);
+        },
+        Plane<const From, C>(call.src), PlaneRows<To, C>(call.planes));
+    return kQuorinSuccess;
+}
+
+}  // namespace quorin::layout

@@ -1,0 +1,564 @@
+// Vector twins of the layout row kernels, compiled once per instruction set
+// and chosen at run time. Each gives the bytes of the scalar kernel in
+// LayoutRules.h for every input: whole vectors here, the pixels before an
+// aligned start (when streaming) and the last pixels through the scalar
+// kernel, so no byte outside the row is read or written.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Conversion/LayoutKernels.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
+#include <hwy/cache_control.h>
+
+#include <cstdint>
+#include <type_traits>
+
+#include "Conversion/LayoutRules.h"
+
+#ifndef QUORIN_LAYOUT_KERNELS_ONCE
+#define QUORIN_LAYOUT_KERNELS_ONCE
+namespace quorin::layout {
+
+// The pixels to leave to the scalar kernel so that every destination (null
+// ones aside) starts on an `alignment`-byte boundary after them, when each
+// advances `step` bytes per pixel; n when no count below `alignment` does it.
+template <class T>
+size_t PixelsBeforeAlignment(T* const* destinations, size_t count, size_t step, size_t alignment, size_t n) {
+    for (size_t skip = 0; skip < alignment && skip < n; ++skip) {
+        bool aligned = true;
+        for (size_t k = 0; k < count; ++k)
+            if (destinations[k])
+                aligned = aligned && (reinterpret_cast<uintptr_t>(destinations[k]) + skip * step) % alignment == 0;
+        if (aligned) return skip;
+    }
+    return n;
+}
+
+// Byte c of a four-byte pixel read as one 32-bit word is at this shift.
+constexpr int ByteShift(size_t c) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    return static_cast<int>(8 * (3 - c));
+#else
+    return static_cast<int>(8 * c);
+#endif
+}
+
+}  // namespace quorin::layout
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::layout::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// ---- Vector rules -----------------------------------------------------------------
+// Each applies a transform to vectors. `Lanes` sets a kernel's lane count:
+// full vectors of the widest type the rule computes in, so every narrower
+// type is a whole-vector Rebind and no halves are split or combined.
+// operator()(d, c, v) converts channel c of `Lanes` pixels into a vector for
+// descriptor d; Flat(d, v) converts interleaved samples, lane l holding
+// channel l mod 4 (lane counts are multiples of 4 wherever it is used).
+
+// Four per-channel values repeated across the lanes, for the flat forms.
+template <class T>
+struct Pattern {
+    HWY_ALIGN T lane[HWY_MAX_BYTES / sizeof(T) < 4 ? 4 : HWY_MAX_BYTES / sizeof(T)];
+    explicit Pattern(const float (&values)[4]) {
+        for (size_t l = 0; l < sizeof(lane) / sizeof(T); ++l) lane[l] = static_cast<T>(values[l % 4]);
+    }
+};
+
+template <class T>
+struct CopyRule {
+    using Lanes = hn::ScalableTag<T>;
+    template <class D, class V>
+    V operator()(D, size_t, V v) const { return v; }
+};
+
+// 8-bit to float in the rule's own steps: the single-precision product, then
+// the division by 255 and the addition of min in double precision, one
+// rounding to float.
+struct ByteToFloatInDouble {
+    using Lanes = hn::ScalableTag<double>;
+    const ByteToFloat& rule;
+    Pattern<float> range{rule.range};
+    Pattern<double> min{rule.min};
+
+    template <class D>
+    static hn::VFromD<D> Values(D d, hn::VFromD<hn::Rebind<uint32_t, D>> bytes, hn::VFromD<D> range,
+                                hn::VFromD<hn::Rebind<double, D>> min) {
+        const hn::Rebind<double, D> dd;
+        const auto value = hn::ConvertTo(d, hn::BitCast(hn::RebindToSigned<D>(), bytes));  // exact
+        const auto quotient = hn::Div(hn::PromoteTo(dd, hn::Mul(value, range)), hn::Set(dd, 255.0));
+        return hn::DemoteTo(d, hn::Add(min, quotient));
+    }
+    template <class D>
+    hn::VFromD<D> operator()(D d, size_t c, hn::VFromD<hn::Rebind<uint32_t, D>> bytes) const {
+        return Values(d, bytes, hn::Set(d, rule.range[c]), hn::Set(hn::Rebind<double, D>(), rule.min[c]));
+    }
+    template <class D>
+    hn::VFromD<D> operator()(D d, size_t c, hn::VFromD<hn::Rebind<uint8_t, D>> bytes) const {
+        return (*this)(d, c, hn::PromoteTo(hn::Rebind<uint32_t, D>(), bytes));
+    }
+    template <class D>
+    hn::VFromD<D> Flat(D d, hn::VFromD<hn::Rebind<uint8_t, D>> bytes) const {
+        const hn::Rebind<double, D> dd;
+        return Values(d, hn::PromoteTo(hn::Rebind<uint32_t, D>(), bytes), hn::Load(d, range.lane),
+                      hn::Load(dd, min.lane));
+    }
+};
+
+// 8-bit to float with the division in single precision: taken only when the
+// per-call check found these steps exact for all 256 bytes of every channel.
+struct ByteToFloatInSingle {
+    using Lanes = hn::ScalableTag<float>;
+    const ByteToFloat& rule;
+    Pattern<float> range{rule.range}, min{rule.min};
+
+    template <class D>
+    static hn::VFromD<D> Values(D d, hn::VFromD<hn::Rebind<uint32_t, D>> bytes, hn::VFromD<D> range,
+                                hn::VFromD<D> min) {
+        const auto value = hn::ConvertTo(d, hn::BitCast(hn::RebindToSigned<D>(), bytes));  // exact
+        return hn::Add(min, hn::Div(hn::Mul(value, range), hn::Set(d, 255.0f)));
+    }
+    template <class D>
+    hn::VFromD<D> operator()(D d, size_t c, hn::VFromD<hn::Rebind<uint32_t, D>> bytes) const {
+        return Values(d, bytes, hn::Set(d, rule.range[c]), hn::Set(d, rule.min[c]));
+    }
+    template <class D>
+    hn::VFromD<D> operator()(D d, size_t c, hn::VFromD<hn::Rebind<uint8_t, D>> bytes) const {
+        return (*this)(d, c, hn::PromoteTo(hn::Rebind<uint32_t, D>(), bytes));
+    }
+    template <class D>
+    hn::VFromD<D> Flat(D d, hn::VFromD<hn::Rebind<uint8_t, D>> bytes) const {
+        return Values(d, hn::PromoteTo(hn::Rebind<uint32_t, D>(), bytes), hn::Load(d, range.lane),
+                      hn::Load(d, min.lane));
+    }
+};
+
+// Float to 8-bit in the rule's order, each step an IEEE single-precision
+// operation (a true division, or the multiplication by an exact reciprocal
+// that rounds the same value; no fused multiply-add). Negative and NaN
+// results are zeroed before Min, so Min never sees a NaN and its per-target
+// NaN behaviour does not matter; the conversion truncates.
+template <bool kMultiply>
+struct FloatToByteRule {
+    using Lanes = hn::ScalableTag<float>;
+    const FloatToByte& rule;
+    Pattern<float> min{rule.min}, scale{kMultiply ? rule.reciprocal : rule.range};
+
+    template <class D, class V>
+    static hn::VFromD<D> Bytes(D d, V f, V min, V scale) {
+        const hn::DFromV<V> df;
+        const V shifted = hn::Mul(hn::Sub(f, min), hn::Set(df, 255.0f));
+        const V scaled = kMultiply ? hn::Mul(shifted, scale) : hn::Div(shifted, scale);
+        const V t = hn::Add(scaled, hn::Set(df, 0.5f));
+        const V inRange = hn::IfThenElseZero(t >= hn::Zero(df), t);
+        const V clamped = hn::Min(inRange, hn::Set(df, 255.0f));
+        return hn::DemoteTo(d, hn::ConvertTo(hn::RebindToSigned<decltype(df)>(), clamped));
+    }
+    template <class D, class V>
+    hn::VFromD<D> operator()(D d, size_t c, V f) const {
+        const hn::DFromV<V> df;
+        return Bytes(d, f, hn::Set(df, rule.min[c]), hn::Set(df, kMultiply ? rule.reciprocal[c] : rule.range[c]));
+    }
+    template <class D, class V>
+    hn::VFromD<D> Flat(D d, V f) const {
+        const hn::DFromV<V> df;
+        return Bytes(d, f, hn::Load(df, min.lane), hn::Load(df, scale.lane));
+    }
+};
+
+// Calls body(rule) with the vector rule this call's transform asks for.
+template <class T, class Body>
+void WithVectorRule(const Copy<T>&, Body&& body) { body(CopyRule<T>{}); }
+template <class Body>
+void WithVectorRule(const ByteToFloat& transform, Body&& body) {
+    if (transform.singlePrecisionExact) body(ByteToFloatInSingle{transform});
+    else body(ByteToFloatInDouble{transform});
+}
+template <class Body>
+void WithVectorRule(const FloatToByte& transform, Body&& body) {
+    if (transform.multiplies()) body(FloatToByteRule<true>{transform});
+    else body(FloatToByteRule<false>{transform});
+}
+
+// ---- Four channels on 64-byte vectors -----------------------------------------------
+// A 64-byte vector holds 16 / s pixels of four s-byte samples, and one
+// 16-byte block holds one channel of as many pixels. Going between the two
+// takes at most one byte shuffle within blocks and one lane permutation,
+// where the general interleaving needs two-source block shuffles, which are
+// slow on some of these processors.
+#undef QUORIN_LAYOUT_FOUR_CHANNELS  // set anew for each target
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#define QUORIN_LAYOUT_FOUR_CHANNELS 1
+
+template <class T>
+class FourChannels {
+public:
+    using D = hn::Full512<T>;
+    using Q = hn::Full128<T>;
+    using V = hn::VFromD<D>;
+    using VQ = hn::VFromD<Q>;
+    static constexpr size_t kPixels = 16 / sizeof(T);
+
+    FourChannels()
+        : lanes_(hn::SetTableIndices(Words(), kLaneTranspose)),
+          toPixels_(hn::LoadDup128(Bytes(), kToPixels[sizeof(T) == 1 ? 0 : 1])),  // (unused for 4-byte samples)
+          toChannels_(hn::LoadDup128(Bytes(), kToChannels[sizeof(T) == 1 ? 0 : 1])) {}
+
+    // Four blocks, the first lowest.
+    static V Join(VQ b0, VQ b1, VQ b2, VQ b3) {
+        const hn::Half<D> h;
+        return hn::Combine(D(), hn::Combine(h, b3, b2), hn::Combine(h, b1, b0));
+    }
+    // One channel per block -> whole pixels.
+    V Pixels(VQ c0, VQ c1, VQ c2, VQ c3) const {
+        const V v = TransposeLanes(Join(c0, c1, c2, c3));
+        return sizeof(T) == 4 ? v : Shuffle(v, toPixels_);
+    }
+    // Whole pixels -> one channel per block.
+    void Channels(V pixels, VQ (&channels)[4]) const {
+        const V v = TransposeLanes(sizeof(T) == 4 ? pixels : Shuffle(pixels, toChannels_));
+        const hn::Half<D> h;
+        channels[0] = hn::LowerHalf(Q(), hn::LowerHalf(h, v));
+        channels[1] = hn::UpperHalf(Q(), hn::LowerHalf(h, v));
+        channels[2] = hn::LowerHalf(Q(), hn::UpperHalf(h, v));
+        channels[3] = hn::UpperHalf(Q(), hn::UpperHalf(h, v));
+    }
+
+private:
+    using Bytes = hn::Full512<uint8_t>;
+    using Words = hn::Full512<uint32_t>;
+    // 32-bit lane 4j + c <-> 4c + j: its own inverse.
+    static constexpr int32_t kLaneTranspose[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
+    // Within a block, for 1- and 2-byte samples: the samples of each channel
+    // together (one 32-bit lane per channel) <-> pixel by pixel.
+    static constexpr uint8_t kToPixels[2][16] = {{0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15},
+                                                 {0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15}};
+    static constexpr uint8_t kToChannels[2][16] = {{0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15},
+                                                   {0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15}};
+
+    static V Shuffle(V v, hn::VFromD<Bytes> table) {
+        return hn::BitCast(D(), hn::TableLookupBytes(hn::BitCast(Bytes(), v), table));
+    }
+    V TransposeLanes(V v) const { return hn::BitCast(D(), hn::TableLookupLanes(hn::BitCast(Words(), v), lanes_)); }
+
+    hn::Indices512<uint32_t> lanes_;
+    hn::VFromD<Bytes> toPixels_, toChannels_;
+};
+
+// Merges FourChannels<P>::kPixels pixels at a time; returns the pixels done.
+// P is the sample type the channels are interleaved in: the pixels' own, or
+// bytes for the 8-bit to float rule, which then converts the interleaved
+// bytes in place (lane l holding channel l mod 4) with no wide shuffles.
+template <class Rule, class Transform>
+size_t MergeFourChannels(const Rule& apply, const typename Transform::From* const* planes,
+                         typename Transform::To fill, typename Transform::To* pixels, size_t i, size_t n,
+                         bool stream) {
+    using From = typename Transform::From;
+    using To = typename Transform::To;
+    using P = std::conditional_t<(sizeof(From) < sizeof(To)), From, To>;
+    using Four = FourChannels<P>;
+    const Four four;
+    const typename Four::Q q;
+    const hn::Rebind<From, typename Four::Q> dFrom;  // one channel's samples
+    const From* source[4] = {planes[0], planes[1], planes[2], planes[3]};
+    // A float constant goes into the pixels as it is, not through the rule:
+    // that case stays with the general kernel.
+    if (!std::is_same_v<P, To> && !(source[0] && source[1] && source[2] && source[3])) return i;
+    const auto channel = [&](size_t c, size_t at) {
+        if constexpr (std::is_same_v<P, To>) {
+            return source[c] ? apply(q, c, hn::LoadU(dFrom, source[c] + at)) : hn::Set(q, fill);
+        } else {
+            return hn::LoadU(q, source[c] + at);
+        }
+    };
+    const auto run = [&](auto store) {
+        for (; i + Four::kPixels <= n; i += Four::kPixels) {
+            const auto interleaved = four.Pixels(channel(0, i), channel(1, i), channel(2, i), channel(3, i));
+            if constexpr (std::is_same_v<P, To>) {
+                store(interleaved, typename Four::D(), pixels + i * 4);
+            } else {
+                const typename Rule::Lanes dw;
+                const hn::Rebind<To, decltype(dw)> dTo;
+                const hn::Rebind<P, decltype(dw)> dP;
+                HWY_ALIGN P bytes[4 * Four::kPixels];
+                hn::Store(interleaved, typename Four::D(), bytes);
+                for (size_t k = 0; k < 4 * Four::kPixels; k += hn::Lanes(dw))
+                    store(apply.Flat(dTo, hn::Load(dP, bytes + k)), dTo, pixels + i * 4 + k);
+            }
+        }
+    };
+    if (stream) run([](auto v, auto d, auto* to) { hn::Stream(v, d, to); });
+    else run([](auto v, auto d, auto* to) { hn::StoreU(v, d, to); });
+    return i;
+}
+
+// Splits FourChannels<To>::kPixels pixels at a time (float pixels becoming
+// bytes are converted in place first); returns the pixels done.
+template <class Rule, class Transform>
+size_t SplitFourChannels(const Rule& apply, const typename Transform::From* pixels,
+                         typename Transform::To* const* planes, size_t i, size_t n, bool stream) {
+    using From = typename Transform::From;
+    using To = typename Transform::To;
+    using Four = FourChannels<To>;
+    const Four four;
+    const typename Four::Q q;
+    To* out[4] = {planes[0], planes[1], planes[2], planes[3]};
+    const auto channelsAt = [&](size_t at, typename Four::VQ (&channels)[4]) {
+        if constexpr (std::is_same_v<From, To>) {
+            four.Channels(hn::LoadU(typename Four::D(), pixels + at * 4), channels);
+        } else {
+            const hn::Full512<From> df;
+            const auto part = [&](size_t k) { return apply.Flat(q, hn::LoadU(df, pixels + at * 4 + k * 16)); };
+            four.Channels(Four::Join(part(0), part(1), part(2), part(3)), channels);
+        }
+    };
+    const auto run = [&](auto store) {
+        // Four steps at a time, so each plane gets 64 consecutive bytes:
+        // whole cache lines leave together.
+        constexpr size_t kGroup = 4 * Four::kPixels;
+        for (; i + kGroup <= n; i += kGroup) {
+            typename Four::VQ channels[4][4];
+            for (size_t k = 0; k < 4; ++k) channelsAt(i + k * Four::kPixels, channels[k]);
+            for (size_t c = 0; c < 4; ++c)
+                if (out[c])
+                    for (size_t k = 0; k < 4; ++k) store(channels[k][c], out[c] + i + k * Four::kPixels);
+        }
+        for (; i + Four::kPixels <= n; i += Four::kPixels) {
+            typename Four::VQ channels[4];
+            channelsAt(i, channels);
+            for (size_t c = 0; c < 4; ++c)
+                if (out[c]) store(channels[c], out[c] + i);
+        }
+    };
+    if (stream) run([&](typename Four::VQ v, To* to) { hn::Stream(v, q, to); });
+    else run([&](typename Four::VQ v, To* to) { hn::StoreU(v, q, to); });
+    return i;
+}
+#endif  // 64-byte vectors
+
+// ---- Kernels ----------------------------------------------------------------------
+
+template <size_t C, class Transform>
+void MergeRow(const typename Transform::From* const* planes, typename Transform::To fill, const Transform& transform,
+              typename Transform::To* pixels, size_t n, bool stream) {
+    using From = typename Transform::From;
+    size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR  // one lane gains nothing over the scalar kernel
+    WithVectorRule(transform, [&](const auto& apply) {
+        using Rule = std::remove_cvref_t<decltype(apply)>;
+        using To = typename Transform::To;
+        const typename Rule::Lanes dw;
+        const hn::Rebind<From, decltype(dw)> dFrom;
+        const hn::Rebind<To, decltype(dw)> dTo;
+        const hn::ScalableTag<uint8_t> dBytes;
+        const size_t lanes = hn::Lanes(dw), vectorBytes = hn::Lanes(dBytes), blockBytes = lanes * C * sizeof(To);
+
+        // Streaming stores want whole, aligned vectors: the pixels before
+        // the destination's first vector boundary go to the scalar kernel.
+        const size_t head = stream && blockBytes % vectorBytes == 0
+                                ? PixelsBeforeAlignment(&pixels, 1, C * sizeof(To), vectorBytes, n)
+                                : n;
+        const bool streaming = head < n;
+        if (streaming) {
+            MergeRowScalar<C>(planes, fill, transform, pixels, head);
+            i = head;
+        }
+#ifdef QUORIN_LAYOUT_FOUR_CHANNELS
+        if constexpr (C == 4) i = MergeFourChannels<Rule, Transform>(apply, planes, fill, pixels, i, n, streaming);
+#endif
+        // Local copies: stores through `pixels` may not alias them, so they stay in registers.
+        const From* source[C];
+        for (size_t c = 0; c < C; ++c) source[c] = planes[c];
+        const auto channel = [&](size_t c, size_t at) {
+            return source[c] ? apply(dTo, c, hn::LoadU(dFrom, source[c] + at)) : hn::Set(dTo, fill);
+        };
+        const auto interleave = [&](size_t at, To* to) {
+            if constexpr (C == 4) {
+                hn::StoreInterleaved4(channel(0, at), channel(1, at), channel(2, at), channel(3, at), dTo, to);
+            } else {
+                static_assert(C == 3);
+                hn::StoreInterleaved3(channel(0, at), channel(1, at), channel(2, at), dTo, to);
+            }
+        };
+        if (streaming) {
+            // Interleave into a bounce buffer in the first-level cache, then
+            // stream it out in aligned whole vectors.
+            HWY_ALIGN uint8_t bounce[4 * HWY_MAX_BYTES];
+            static_assert(C * sizeof(To) <= 4 * sizeof(hn::TFromD<decltype(dw)>));
+            for (; i + lanes <= n; i += lanes) {
+                interleave(i, reinterpret_cast<To*>(bounce));
+                uint8_t* to = reinterpret_cast<uint8_t*>(pixels + i * C);
+                for (size_t b = 0; b < blockBytes; b += vectorBytes)
+                    hn::Stream(hn::Load(dBytes, bounce + b), dBytes, to + b);
+            }
+        } else {
+            for (; i + lanes <= n; i += lanes) interleave(i, pixels + i * C);
+        }
+    });
+#else
+    (void)stream;
+#endif
+    const From* rest[C];
+    for (size_t c = 0; c < C; ++c) rest[c] = planes[c] ? planes[c] + i : nullptr;
+    MergeRowScalar<C>(rest, fill, transform, pixels + i * C, n - i);
+}
+
+template <size_t C, class Transform>
+void SplitRow(const typename Transform::From* pixels, typename Transform::To* const* planes, const Transform& transform,
+              size_t n, bool stream) {
+    using To = typename Transform::To;
+    size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    WithVectorRule(transform, [&](const auto& apply) {
+        using Rule = std::remove_cvref_t<decltype(apply)>;
+        using From = typename Transform::From;
+        const typename Rule::Lanes dw;
+        const hn::Rebind<From, decltype(dw)> dFrom;
+        const hn::Rebind<To, decltype(dw)> dTo;
+        const size_t lanes = hn::Lanes(dw);
+        // Four channels on 64-byte vectors, except 8-bit pixels into float
+        // planes, which the general loop below does better.
+        constexpr bool kFourChannels =
+#ifdef QUORIN_LAYOUT_FOUR_CHANNELS
+            C == 4 && sizeof(To) <= sizeof(From);
+#else
+            false;
+#endif
+        // Streaming stores take whole, aligned vectors of at least 16 bytes;
+        // the planes must reach alignment after the same number of pixels.
+        const size_t planeBytes = kFourChannels ? 16 : lanes * sizeof(To);
+        const size_t head = stream && planeBytes >= 16 && (planeBytes & (planeBytes - 1)) == 0
+                                ? PixelsBeforeAlignment(planes, C, sizeof(To), planeBytes, n)
+                                : n;
+        const bool streaming = head < n;
+        if (streaming) {
+            SplitRowScalar<C>(pixels, planes, transform, head);
+            i = head;
+        }
+#ifdef QUORIN_LAYOUT_FOUR_CHANNELS
+        if constexpr (kFourChannels) i = SplitFourChannels<Rule, Transform>(apply, pixels, planes, i, n, streaming);
+#endif
+        // Local copies: stores through the planes may not alias them, so they stay in registers.
+        To* out[C];
+        for (size_t c = 0; c < C; ++c) out[c] = planes[c];
+        // Hands channel c of the `lanes` pixels from `at` on, through the
+        // transform, to store(c, vector).
+        const auto split = [&](size_t at, auto store) {
+            if constexpr (C == 4 && sizeof(From) == 1 && sizeof(To) == 4) {
+                // Whole pixels as 32-bit words, each channel shifted down: the
+                // rule widens the bytes to 32 bits anyway.
+                const hn::Rebind<uint32_t, decltype(dw)> dWords;
+                const auto words = hn::LoadU(dWords, reinterpret_cast<const uint32_t*>(pixels + at * C));
+                for (size_t c = 0; c < C; ++c) {
+                    if (!out[c]) continue;
+                    const auto bytes = hn::And(hn::ShiftRightSame(words, ByteShift(c)), hn::Set(dWords, 0xFFu));
+                    store(c, apply(dTo, c, bytes));
+                }
+            } else if constexpr (C == 4) {
+                hn::VFromD<decltype(dFrom)> v0, v1, v2, v3;
+                hn::LoadInterleaved4(dFrom, pixels + at * C, v0, v1, v2, v3);
+                if (out[0]) store(0, apply(dTo, 0, v0));
+                if (out[1]) store(1, apply(dTo, 1, v1));
+                if (out[2]) store(2, apply(dTo, 2, v2));
+                if (out[3]) store(3, apply(dTo, 3, v3));
+            } else {
+                static_assert(C == 3);
+                hn::VFromD<decltype(dFrom)> v0, v1, v2;
+                hn::LoadInterleaved3(dFrom, pixels + at * C, v0, v1, v2);
+                if (out[0]) store(0, apply(dTo, 0, v0));
+                if (out[1]) store(1, apply(dTo, 1, v1));
+                if (out[2]) store(2, apply(dTo, 2, v2));
+            }
+        };
+        if (streaming) {
+            for (; i + lanes <= n; i += lanes) split(i, [&](size_t c, auto v) { hn::Stream(v, dTo, out[c] + i); });
+        } else {
+            for (; i + lanes <= n; i += lanes) split(i, [&](size_t c, auto v) { hn::StoreU(v, dTo, out[c] + i); });
+        }
+    });
+#else
+    (void)stream;
+#endif
+    To* rest[C];
+    for (size_t c = 0; c < C; ++c) rest[c] = planes[c] ? planes[c] + i : nullptr;
+    SplitRowScalar<C>(pixels + i * C, rest, transform, n - i);
+}
+
+// The shapes the family uses, as plain functions the dispatch tables can name.
+#define QUORIN_LAYOUT_SHAPES(X)          \
+    X(U8x4, 4, Copy<uint8_t>)            \
+    X(U8x3, 3, Copy<uint8_t>)            \
+    X(U16x4, 4, Copy<uint16_t>)          \
+    X(U16x3, 3, Copy<uint16_t>)          \
+    X(U32x4, 4, Copy<uint32_t>)          \
+    X(U32x3, 3, Copy<uint32_t>)          \
+    X(ByteToFloatx4, 4, ByteToFloat)     \
+    X(FloatToBytex4, 4, FloatToByte)
+
+#define QUORIN_LAYOUT_DEFINE(Name, C, Transform)                                                          \
+    void Merge##Name(const Transform::From* const* planes, Transform::To fill, const Transform& transform, \
+                     Transform::To* pixels, size_t n, bool stream) {                                      \
+        MergeRow<C, Transform>(planes, fill, transform, pixels, n, stream);                               \
+    }                                                                                                     \
+    void Split##Name(const Transform::From* pixels, Transform::To* const* planes, const Transform& transform, \
+                     size_t n, bool stream) {                                                             \
+        SplitRow<C, Transform>(pixels, planes, transform, n, stream);                                     \
+    }
+QUORIN_LAYOUT_SHAPES(QUORIN_LAYOUT_DEFINE)
+#undef QUORIN_LAYOUT_DEFINE
+
+}  // namespace quorin::layout::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::layout {
+namespace {
+
+// The dispatch table entry of the best compiled target this processor
+// supports (or the one a test limited us to). Resolving it here, on the
+// calling thread, means parallel pieces never race to initialise the choice.
+template <class Table>
+auto Resolve(const Table& table) {
+    hwy::ChosenTarget& chosen = hwy::GetChosenTarget();
+    if (!chosen.IsInitialized()) chosen.Update(hwy::SupportedTargets());
+    return table[chosen.GetIndex()];
+}
+
+template <size_t C, class Transform>
+struct Exported;
+
+#define QUORIN_LAYOUT_EXPORT(Name, C, Transform)                                                         \
+    HWY_EXPORT(Merge##Name);                                                                             \
+    HWY_EXPORT(Split##Name);                                                                             \
+    template <>                                                                                          \
+    struct Exported<C, Transform> {                                                                      \
+        static MergeRowKernel<C, Transform> Merge() { return Resolve(HWY_DISPATCH_TABLE(Merge##Name)); } \
+        static SplitRowKernel<C, Transform> Split() { return Resolve(HWY_DISPATCH_TABLE(Split##Name)); } \
+    };
+QUORIN_LAYOUT_SHAPES(QUORIN_LAYOUT_EXPORT)
+#undef QUORIN_LAYOUT_EXPORT
+
+}  // namespace
+
+template <size_t C, class Transform>
+MergeRowKernel<C, Transform> ChooseMergeKernel(bool vector) {
+    return vector ? Exported<C, Transform>::Merge() : &MergeRowScalar<C, Transform>;
+}
+
+template <size_t C, class Transform>
+SplitRowKernel<C, Transform> ChooseSplitKernel(bool vector) {
+    return vector ? Exported<C, Transform>::Split() : &SplitRowScalar<C, Transform>;
+}
+
+#define QUORIN_LAYOUT_INSTANTIATE(Name, C, Transform)                            \
+    template MergeRowKernel<C, Transform> ChooseMergeKernel<C, Transform>(bool); \
+    template SplitRowKernel<C, Transform> ChooseSplitKernel<C, Transform>(bool);
+QUORIN_LAYOUT_SHAPES(QUORIN_LAYOUT_INSTANTIATE)
+#undef QUORIN_LAYOUT_INSTANTIATE
+
+void EndStreaming() { hwy::FlushStream(); }
+
+}  // namespace quorin::layout
+#endif  // HWY_ONCE
