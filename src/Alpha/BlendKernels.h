@@ -34,14 +34,6 @@ using InterleavedClipKernel = void (*)(const T* src, T* dest, size_t pixels);
 template <class T>
 using PlanarClipKernel = void (*)(const T* src, const T* alpha, T* dest, size_t count);
 
-template <class Kernel>
-struct KernelPair {
-    Kernel scalar;
-    Kernel vector;
-    // The processor-feature test made at every call (Quorin_Decelerate selects scalar).
-    Kernel choose() const { return UseVectorKernels() ? vector : scalar; }
-};
-
 // Straight-alpha blend.
 extern const KernelPair<InterleavedBlendKernel<uint8_t>> kStraightBlendARGB8888;
 extern const KernelPair<InterleavedBlendKernel<float>> kStraightBlendARGBFFFF;

@@ -144,6 +144,31 @@ public:
     virtual QuorinRowJob* makeJob(size_t firstRow, size_t rows) const = 0;
 };
 
+// A row-range job whose bands run a band function.
+template <class BandFn>
+class BandWork final : public QuorinRowWork {
+public:
+    BandWork(size_t width, size_t height, BandFn band) : width_(width), height_(height), band_(std::move(band)) {}
+
+    size_t pixelCount() const override { return width_ * height_; }
+    size_t rowCount() const override { return height_; }
+    QuorinRowJob* makeJob(size_t firstRow, size_t rows) const override { return new Job(band_, firstRow, rows); }
+
+private:
+    class Job final : public QuorinRowJob {
+    public:
+        Job(const BandFn& band, size_t firstRow, size_t rows) : band_(band), firstRow_(firstRow), rows_(rows) {}
+        void run() override { band_(firstRow_, rows_); }
+
+    private:
+        const BandFn& band_;
+        size_t firstRow_, rows_;
+    };
+
+    size_t width_, height_;
+    BandFn band_;
+};
+
 // Runs `work` serially (one job over all rows) with fewer than two
 // processors, fewer rows than processors, fewer than 64000 pixels or the
 // single-threaded flag; otherwise P jobs through a parallel apply, cut by the

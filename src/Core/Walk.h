@@ -43,4 +43,17 @@ void WalkRegion(size_t x, size_t y, size_t width, size_t rows, Kernel&& kernel, 
     for (size_t r = y; r < y + rows; ++r) kernel(planes.at(x, r)..., width);
 }
 
+// A band function (firstRow, rows) that runs `kernel` over those rows of
+// every plane, as one run when all planes are contiguous, else row by row.
+template <class Kernel, class... Planes>
+auto OverRows(size_t width, Kernel kernel, const Planes&... planes) {
+    return [=](size_t firstRow, size_t rows) { WalkRegion(0, firstRow, width, rows, kernel, planes...); };
+}
+
+// The same as a piece routine (x, y, w, h) for the rows dispatcher.
+template <class Kernel, class... Planes>
+auto OverPieces(Kernel kernel, const Planes&... planes) {
+    return [=](size_t x, size_t y, size_t w, size_t h) { WalkRegion(x, y, w, h, kernel, planes...); };
+}
+
 }  // namespace quorin
