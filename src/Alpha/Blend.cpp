@@ -1,7 +1,9 @@
 // Top over bottom for straight (non-premultiplied) colour with its own alpha:
 // the result alpha is aT + (1 - aT) aB and the colour is renormalised by it.
 // Bands of rows go to a dispatch group from 64000 pixels up.
-#include "Alpha/BlendDriver.h"
+#include "Core/Checks.h"
+#include "Core/Dispatch.h"
+#include "Core/Walk.h"
 #include "Alpha/BlendKernels.h"
 #include "quorin/Alpha.h"
 

@@ -3,7 +3,9 @@
 // alpha over a bottom plane. Darken and Lighten split their rows through a
 // parallel apply, Multiply and Screen through the row-work dispatcher, and
 // the constant-alpha blends through the rows dispatcher.
-#include "Alpha/BlendDriver.h"
+#include "Core/Checks.h"
+#include "Core/Dispatch.h"
+#include "Core/Walk.h"
 #include "Alpha/BlendKernels.h"
 #include "quorin/Alpha.h"
 

@@ -1,6 +1,8 @@
 // Clip to alpha: premultiplied colour limited to its pixel's alpha, alpha
 // copied. Rows split through a parallel apply from 64000 pixels up.
-#include "Alpha/BlendDriver.h"
+#include "Core/Checks.h"
+#include "Core/Dispatch.h"
+#include "Core/Walk.h"
 #include "Alpha/BlendKernels.h"
 #include "quorin/Alpha.h"
 

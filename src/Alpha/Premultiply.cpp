@@ -39,38 +39,36 @@ Quorin_Error RunBands(Quorin_Flags flags, size_t width, size_t height, BandFn&& 
 // Four-channel pixels, alpha in channel kAlpha.
 template <class Rule, size_t kAlpha, Split kSplit = Split::Group>
 Quorin_Error Pixels(const Quorin_Buffer* src, const Quorin_Buffer* dest, Quorin_Flags flags) {
-    if (AnyNull(src, dest) || AnyNullData(src, dest)) return kQuorinError_NullPointer;
+    if (AnyMissing(src, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, dest)) return kQuorinError_BadArgument;
 
     using Sample = typename Rule::Sample;
     const bool vector = UseVectorKernels();
     const Plane<Sample, 4> from(src), to(dest);
     const size_t width = src->width;
-    return RunBands<kSplit>(flags, width, src->height, [&](size_t firstRow, size_t rows) {
-        WalkRegion(0, firstRow, width, rows, [vector](const Sample* s, Sample* d, size_t pixels) {
-            if (vector) VectorPixels(Rule{}, s, d, pixels, kAlpha);
-            else ApplyToPixels<Rule, kAlpha>(s, d, pixels);
-        }, from, to);
-    });
+    return RunBands<kSplit>(flags, width, src->height,
+                            OverRows(width, [vector](const Sample* s, Sample* d, size_t pixels) {
+                                if (vector) VectorPixels(Rule{}, s, d, pixels, kAlpha);
+                                else ApplyToPixels<Rule, kAlpha>(s, d, pixels);
+                            }, from, to));
 }
 
 // A colour plane with its alpha plane.
 template <class Rule>
 Quorin_Error Planes(const Quorin_Buffer* src, const Quorin_Buffer* alpha, const Quorin_Buffer* dest,
                     Quorin_Flags flags) {
-    if (AnyNull(src, alpha, dest) || AnyNullData(src, alpha, dest)) return kQuorinError_NullPointer;
+    if (AnyMissing(src, alpha, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, alpha, dest)) return kQuorinError_BadArgument;
 
     using Sample = typename Rule::Sample;
     const bool vector = UseVectorKernels();
     const Plane<Sample> from(src), by(alpha), to(dest);
     const size_t width = src->width;
-    return RunBands<Split::Group>(flags, width, src->height, [&](size_t firstRow, size_t rows) {
-        WalkRegion(0, firstRow, width, rows, [vector](const Sample* s, const Sample* a, Sample* d, size_t count) {
-            if (vector) VectorPlane(Rule{}, s, a, d, count);
-            else ApplyToPlane<Rule>(s, a, d, count);
-        }, from, by, to);
-    });
+    return RunBands<Split::Group>(flags, width, src->height,
+                                  OverRows(width, [vector](const Sample* s, const Sample* a, Sample* d, size_t count) {
+                                      if (vector) VectorPlane(Rule{}, s, a, d, count);
+                                      else ApplyToPlane<Rule>(s, a, d, count);
+                                  }, from, by, to));
 }
 
 }  // namespace

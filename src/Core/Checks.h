@@ -21,6 +21,13 @@ constexpr bool AnyNullData(const Records*... records) {
     return ((records->data == nullptr) || ...);
 }
 
+// A record that is missing or has no pixels (families that report both as a
+// null buffer, such as the alpha family).
+template <class... Records>
+constexpr bool AnyMissing(const Records*... records) {
+    return AnyNull(records...) || AnyNullData(records...);
+}
+
 // A flag bit outside `accepted` is set.
 constexpr bool FlagsOutside(Quorin_Flags flags, Quorin_Flags accepted) { return (flags & ~accepted) != 0; }
 
