@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+
 #include <map>
 #include <memory>
 #include <set>
@@ -33,7 +34,7 @@ public:
     }
     void Finalize() override {
         ConsoleReporter::Finalize();
-        std::printf("\n%-52s %10s %8s %9s %9s\n", "row", "MP/s", "GB/s", "x memcpy", "x peer");
+        std::printf("\n%-52s %10s %8s %9s %9s %9s\n", "row", "MP/s", "GB/s", "x memcpy", "x peer", "x st");
         for (const auto& [name, info] : Rows()) {
             const auto found = seconds_.find(name);
             if (found == seconds_.end()) continue;
@@ -45,6 +46,13 @@ public:
                 RowShape peer = info.shape;
                 peer.operation = info.peer;
                 printRatio(RowName(peer), t);
+            } else {
+                std::printf(" %9s", "");
+            }
+            if (info.shape.split == Split::Default) {
+                RowShape single = info.shape;
+                single.split = Split::Single;
+                printRatio(RowName(single), t);
             }
             std::printf("\n");
         }

@@ -1,6 +1,17 @@
-// What the parallel frame itself costs: one rows dispatch with empty pieces,
-// and how a compute-bound piece scales from one processor to all of them.
+// What the parallel frame and the machine allow: one rows dispatch with empty
+// pieces (back to back, and after the workers have gone idle), how a
+// compute-bound piece scales from one processor to all of them, and the
+// memory ceiling: a streaming copy on one thread and on all of them, the
+// fastest any memory-bound row of the same size can go.
+#include <chrono>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <thread>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "BenchSupport.h"
 #include "Core/Dispatch.h"
@@ -18,11 +29,63 @@ void BusyPiece(void* context, size_t, size_t, size_t, size_t, size_t h) {
     (void)context;
 }
 
+// Copies with stores that bypass the caches, as our large-destination kernels
+// write; `bytes` is a multiple of 64 and both pointers are 64-byte aligned.
+void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes) {
+#if defined(__SSE2__)
+    for (size_t i = 0; i < bytes; i += 16)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), _mm_load_si128(reinterpret_cast<const __m128i*>(from + i)));
+    _mm_sfence();
+#else
+    std::memcpy(to, from, bytes);
+#endif
+}
+
+struct AlignedFree {
+    void operator()(uint8_t* p) const { std::free(p); }
+};
+
+// Eight bytes read and eight written per pixel, in one piece per processor.
+void RegisterCeiling(size_t size, Split split) {
+    const size_t half = size * size * 8;
+    const auto from = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+    const auto to = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+    RegisterRow(
+        {"ceiling.stream-copy", size, size, split, 2 * half},
+        [from, to, half, split] {
+            const size_t pieces = split == Split::Single ? 1 : ActiveProcessorCount();
+            const size_t piece = half / pieces / 64 * 64;
+            ParallelApply(pieces, [&](size_t i) {
+                const size_t bytes = i + 1 == pieces ? half - i * piece : piece;
+                StreamCopy(from->get() + i * piece, to->get() + i * piece, bytes);
+            });
+        },
+        {},
+        [from, to, half] {
+            if (*from) return;
+            from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, half)));
+            to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, half)));
+            std::memset(from->get(), 1, half);
+            std::memset(to->get(), 2, half);
+        });
+}
+
 const RegisterFamily kDispatch([] {
     benchmark::RegisterBenchmark("dispatch/rows-empty-pieces", [](benchmark::State& state) {
         const Quorin_PieceClosure closure{&EmptyPiece, nullptr};
         for (auto _ : state) _QuorinDispatchApplyOnRows(4096, 4096, &closure);
     })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    // The same call when the workers have slept: what a split costs an
+    // application that calls us now and then rather than in a loop.
+    benchmark::RegisterBenchmark("dispatch/rows-empty-pieces-after-idle", [](benchmark::State& state) {
+        const Quorin_PieceClosure closure{&EmptyPiece, nullptr};
+        for (auto _ : state) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            const auto start = std::chrono::steady_clock::now();
+            _QuorinDispatchApplyOnRows(4096, 4096, &closure);
+            state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+        }
+    })->UseManualTime()->Iterations(50)->Unit(benchmark::kMicrosecond);
     for (unsigned processors : {1u, 0u}) {
         const std::string name = processors == 1 ? "dispatch/compute-bound-1-processor" : "dispatch/compute-bound-all-processors";
         benchmark::RegisterBenchmark(name.c_str(), [processors](benchmark::State& state) {
@@ -32,6 +95,8 @@ const RegisterFamily kDispatch([] {
             SetProcessorCountForTest(0);
         })->UseRealTime()->Unit(benchmark::kMillisecond);
     }
+    for (size_t size : StandardSizes())
+        for (Split split : {Split::Single, Split::Default}) RegisterCeiling(size, split);
 });
 
 }  // namespace
