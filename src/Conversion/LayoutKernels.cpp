@@ -216,14 +216,36 @@ public:
         const V v = TransposeLanes(Join(c0, c1, c2, c3));
         return sizeof(T) == 4 ? v : Shuffle(v, toPixels_);
     }
-    // Whole pixels -> one channel per block.
-    void Channels(V pixels, VQ (&channels)[4]) const {
-        const V v = TransposeLanes(sizeof(T) == 4 ? pixels : Shuffle(pixels, toChannels_));
+    // Whole pixels -> one channel per block (block c holds channel c).
+    V ChannelBlocks(V pixels) const {
+        return TransposeLanes(sizeof(T) == 4 ? pixels : Shuffle(pixels, toChannels_));
+    }
+    // Block c of ChannelBlocks as its own vector.
+    static VQ Block(V v, size_t c) {
         const hn::Half<D> h;
-        channels[0] = hn::LowerHalf(Q(), hn::LowerHalf(h, v));
-        channels[1] = hn::UpperHalf(Q(), hn::LowerHalf(h, v));
-        channels[2] = hn::LowerHalf(Q(), hn::UpperHalf(h, v));
-        channels[3] = hn::UpperHalf(Q(), hn::UpperHalf(h, v));
+        const auto half = c < 2 ? hn::LowerHalf(h, v) : hn::UpperHalf(h, v);
+        return c % 2 == 0 ? hn::LowerHalf(Q(), half) : hn::UpperHalf(Q(), half);
+    }
+    // Four vectors of four blocks each, transposed as a 4 x 4 matrix of
+    // blocks: afterwards v[c] holds block c of every input, in order. Eight
+    // two-source block shuffles, where taking the blocks apart and joining
+    // them again costs three times as many operations.
+    static void TransposeBlocks(V (&v)[4]) {
+        const auto shuffle = [](V a, V b, auto imm) {
+            return hn::BitCast(D(), hn::Vec512<uint64_t>{_mm512_shuffle_i64x2(
+                                        hn::BitCast(hn::Full512<uint64_t>(), a).raw,
+                                        hn::BitCast(hn::Full512<uint64_t>(), b).raw, decltype(imm)::value)});
+        };
+        using Low = std::integral_constant<int, 0x44>;    // blocks 0, 1 of a, then 0, 1 of b
+        using High = std::integral_constant<int, 0xEE>;   // blocks 2, 3 of a, then 2, 3 of b
+        using Even = std::integral_constant<int, 0x88>;   // blocks 0, 2 of a, then 0, 2 of b
+        using Odd = std::integral_constant<int, 0xDD>;    // blocks 1, 3 of a, then 1, 3 of b
+        const V ab01 = shuffle(v[0], v[1], Low{}), ab23 = shuffle(v[0], v[1], High{});
+        const V cd01 = shuffle(v[2], v[3], Low{}), cd23 = shuffle(v[2], v[3], High{});
+        v[0] = shuffle(ab01, cd01, Even{});
+        v[1] = shuffle(ab01, cd01, Odd{});
+        v[2] = shuffle(ab23, cd23, Even{});
+        v[3] = shuffle(ab23, cd23, Odd{});
     }
 
 private:
@@ -305,35 +327,35 @@ size_t SplitFourChannels(const Rule& apply, const typename Transform::From* pixe
     const Four four;
     const typename Four::Q q;
     To* out[4] = {planes[0], planes[1], planes[2], planes[3]};
-    const auto channelsAt = [&](size_t at, typename Four::VQ (&channels)[4]) {
+    // The kPixels pixels from `at` on, one channel per block.
+    const auto channelBlocksAt = [&](size_t at) {
         if constexpr (std::is_same_v<From, To>) {
-            four.Channels(hn::LoadU(typename Four::D(), pixels + at * 4), channels);
+            return four.ChannelBlocks(hn::LoadU(typename Four::D(), pixels + at * 4));
         } else {
             const hn::Full512<From> df;
             const auto part = [&](size_t k) { return apply.Flat(q, hn::LoadU(df, pixels + at * 4 + k * 16)); };
-            four.Channels(Four::Join(part(0), part(1), part(2), part(3)), channels);
+            return four.ChannelBlocks(Four::Join(part(0), part(1), part(2), part(3)));
         }
     };
     const auto run = [&](auto store) {
-        // Four steps at a time, so each plane gets 64 consecutive bytes:
-        // whole cache lines leave together.
+        // Four steps at a time, transposed so that each plane gets one whole
+        // 64-byte vector: a full cache line in one store.
         constexpr size_t kGroup = 4 * Four::kPixels;
         for (; i + kGroup <= n; i += kGroup) {
-            typename Four::VQ channels[4][4];
-            for (size_t k = 0; k < 4; ++k) channelsAt(i + k * Four::kPixels, channels[k]);
+            typename Four::V group[4];
+            for (size_t k = 0; k < 4; ++k) group[k] = channelBlocksAt(i + k * Four::kPixels);
+            Four::TransposeBlocks(group);
             for (size_t c = 0; c < 4; ++c)
-                if (out[c])
-                    for (size_t k = 0; k < 4; ++k) store(channels[k][c], out[c] + i + k * Four::kPixels);
+                if (out[c]) store(group[c], typename Four::D(), out[c] + i);
         }
         for (; i + Four::kPixels <= n; i += Four::kPixels) {
-            typename Four::VQ channels[4];
-            channelsAt(i, channels);
+            const auto blocks = channelBlocksAt(i);
             for (size_t c = 0; c < 4; ++c)
-                if (out[c]) store(channels[c], out[c] + i);
+                if (out[c]) store(Four::Block(blocks, c), q, out[c] + i);
         }
     };
-    if (stream) run([&](typename Four::VQ v, To* to) { hn::Stream(v, q, to); });
-    else run([&](typename Four::VQ v, To* to) { hn::StoreU(v, q, to); });
+    if (stream) run([](auto v, auto d, To* to) { hn::Stream(v, d, to); });
+    else run([](auto v, auto d, To* to) { hn::StoreU(v, d, to); });
     return i;
 }
 #endif  // 64-byte vectors
@@ -426,9 +448,10 @@ void SplitRow(const typename Transform::From* pixels, typename Transform::To* co
 #else
             false;
 #endif
-        // Streaming stores take whole, aligned vectors of at least 16 bytes;
-        // the planes must reach alignment after the same number of pixels.
-        const size_t planeBytes = kFourChannels ? 16 : lanes * sizeof(To);
+        // Streaming stores take whole, aligned vectors of at least 16 bytes
+        // (64 for the four-channel kernel's joined stores); the planes must
+        // reach alignment after the same number of pixels.
+        const size_t planeBytes = kFourChannels ? 64 : lanes * sizeof(To);
         const size_t head = stream && planeBytes >= 16 && (planeBytes & (planeBytes - 1)) == 0
                                 ? PixelsBeforeAlignment(planes, C, sizeof(To), planeBytes, n)
                                 : n;
