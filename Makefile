@@ -5,6 +5,10 @@
 .PHONY: demo test test-release test-sanitize bench deps clean
 
 JOBS ?= $(shell nproc)
+# Medians of three runs of every row, the rows interleaved in random order so
+# that a slow spell of this shared machine does not fall on one row alone.
+BENCH_ARGS ?= --benchmark_repetitions=3 --benchmark_enable_random_interleaving=true \
+              --benchmark_report_aggregates_only=true
 
 deps-%:
 	@bash scripts/install-deps.sh $*

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <new>
 #include <string>
@@ -28,13 +29,13 @@ enum class Content { Unknown, Bytes, UnitFloats };
 // is filled when a row's prepare step needs it as input with other contents.
 class Workspace {
 public:
+    // One per size, kept for the whole run: with interleaved repetitions the
+    // sizes alternate, and refilling on every switch would dominate the run.
     static Workspace& For(size_t width, size_t height) {
-        static std::unique_ptr<Workspace> current;
-        if (!current || current->width_ != width || current->height_ != height) {
-            current.reset();  // free the previous size first
-            current.reset(new Workspace(width, height));
-        }
-        return *current;
+        static std::map<std::pair<size_t, size_t>, std::unique_ptr<Workspace>> bySize;
+        std::unique_ptr<Workspace>& w = bySize[{width, height}];
+        if (!w) w.reset(new Workspace(width, height));
+        return *w;
     }
 
     // The interleaved image (k = 4) or plane k, as a tight record.
