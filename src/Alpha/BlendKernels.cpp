@@ -171,24 +171,18 @@ void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint
     for (; b < blocks; ++b) steps.finish<kStream>(start(b), dest + 4 * b * step);
 }
 
-// A run whose result is larger than this cannot stay cached for its reader:
-// it is written with streaming stores, which skip reading each destination
-// line before writing it (a quarter of the memory traffic of the blend).
-constexpr size_t kStreamingBytes = size_t{8} << 20;
-
 void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
-    const size_t step = hn::Lanes(D32()), blockBytes = 4 * step;
-    const uintptr_t address = reinterpret_cast<uintptr_t>(dest);
-    size_t head = 0;  // pixels before the first whole vector: the scalar rule's
-    if (4 * pixels >= kStreamingBytes && address % 4 == 0) {
-        head = (blockBytes - address % blockBytes) % blockBytes / 4;
+    const size_t step = hn::Lanes(D32());
+    const size_t head = StreamingHead(dest, pixels, 4 * step);  // pixels before the first whole vector
+    if (head != kNoStreaming) {
         StraightBlendInterleavedScalar(top, bottom, dest, head);
         StraightBlendARGB8888Blocks<true>(top + 4 * head, bottom + 4 * head, dest + 4 * head, (pixels - head) / step);
         hwy::FlushStream();
     } else {
         StraightBlendARGB8888Blocks<false>(top, bottom, dest, pixels / step);
     }
-    const size_t done = head + (pixels - head) / step * step;
+    const size_t start = head == kNoStreaming ? 0 : head;
+    const size_t done = start + (pixels - start) / step * step;
     StraightBlendInterleavedScalar(top + 4 * done, bottom + 4 * done, dest + 4 * done, pixels - done);
 }
 
@@ -304,15 +298,30 @@ void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest,
     const hn::RebindToSigned<D16> di16;
     const V16 alphaIndices = hn::BitCast(d16, AlphaBytesOf16BitPixels(d8Bytes, kAlphaLast));
     const V16 lowByte = hn::Set(d16, 0xFF);
-    const size_t done = WholeSteps(pixels, hn::Lanes(d16) / 4, [&](size_t i) {
-        const V16 s = hn::PromoteTo(d16, hn::LoadU(d8, top + 4 * i));
-        const V16 d = hn::PromoteTo(d16, hn::LoadU(d8, bottom + 4 * i));
-        const V16 sA = hn::TableLookupBytes(s, alphaIndices);
-        const V16 dA = hn::TableLookupBytes(d, alphaIndices);
-        // Results above 255 are stored as their low 8 bits.
-        const V16 r = hn::And(ModeVec<kMode>(s, sA, d, dA), lowByte);
-        hn::StoreU(hn::DemoteTo(d8, hn::BitCast(di16, r)), d8, dest + 4 * i);
-    });
+    const size_t step = hn::Lanes(d16) / 4;
+    const size_t head = StreamingHead(dest, pixels, hn::Lanes(d8));
+    const bool stream = head != kNoStreaming;
+    const size_t start = stream ? head : 0;
+    BlendModeScalar<kMode>(top, bottom, dest, start);
+    const auto steps = [&](auto store) {
+        return start + WholeSteps(pixels - start, step, [&](size_t k) {
+                   const size_t i = start + k;
+                   const V16 s = hn::PromoteTo(d16, hn::LoadU(d8, top + 4 * i));
+                   const V16 d = hn::PromoteTo(d16, hn::LoadU(d8, bottom + 4 * i));
+                   const V16 sA = hn::TableLookupBytes(s, alphaIndices);
+                   const V16 dA = hn::TableLookupBytes(d, alphaIndices);
+                   // Results above 255 are stored as their low 8 bits.
+                   const V16 r = hn::And(ModeVec<kMode>(s, sA, d, dA), lowByte);
+                   store(hn::DemoteTo(d8, hn::BitCast(di16, r)), dest + 4 * i);
+               });
+    };
+    size_t done;
+    if (stream) {
+        done = steps([&](auto v, uint8_t* to) { hn::Stream(v, d8, to); });
+        hwy::FlushStream();
+    } else {
+        done = steps([&](auto v, uint8_t* to) { hn::StoreU(v, d8, to); });
+    }
     BlendModeScalar<kMode>(top + 4 * done, bottom + 4 * done, dest + 4 * done, pixels - done);
 }
 

@@ -25,6 +25,23 @@ HWY_INLINE size_t WholeSteps(size_t count, size_t step, const Body& body) {
     return i;
 }
 
+// A run of 4-byte pixels whose result is larger than this cannot stay cached
+// for its reader: it is written with streaming stores, which skip reading each
+// destination line before writing it (a quarter of a blend's memory traffic).
+inline constexpr size_t kStreamingBytes = size_t{8} << 20;
+inline constexpr size_t kNoStreaming = ~size_t{0};
+
+// For a run of `pixels` 4-byte pixels at `dest` stored `vectorBytes` at a
+// time: the pixels to leave to the scalar rule before the stores are aligned
+// for streaming, or kNoStreaming when the run should not stream (small, or
+// with pixels that never reach a vector boundary). Vectors under 16 bytes
+// never stream: a streaming store writes a whole 16-byte register.
+HWY_INLINE size_t StreamingHead(const uint8_t* dest, size_t pixels, size_t vectorBytes) {
+    const uintptr_t address = reinterpret_cast<uintptr_t>(dest);
+    if (4 * pixels < kStreamingBytes || address % 4 != 0 || vectorBytes < 16) return kNoStreaming;
+    return (vectorBytes - address % vectorBytes) % vectorBytes / 4;
+}
+
 #if HWY_TARGET != HWY_SCALAR
 
 // Byte indices for TableLookupBytes(Or0) that move byte b[k] of every
