@@ -173,7 +173,7 @@ void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint
 
 void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
     const size_t step = hn::Lanes(D32());
-    const size_t head = StreamingHead(dest, pixels, 4 * step);  // pixels before the first whole vector
+    const size_t head = StreamingHead(dest, pixels, 4, 4 * step);  // pixels before the first whole vector
     if (head != kNoStreaming) {
         StraightBlendInterleavedScalar(top, bottom, dest, head);
         StraightBlendARGB8888Blocks<true>(top + 4 * head, bottom + 4 * head, dest + 4 * head, (pixels - head) / step);
@@ -298,31 +298,20 @@ void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest,
     const hn::RebindToSigned<D16> di16;
     const V16 alphaIndices = hn::BitCast(d16, AlphaBytesOf16BitPixels(d8Bytes, kAlphaLast));
     const V16 lowByte = hn::Set(d16, 0xFF);
-    const size_t step = hn::Lanes(d16) / 4;
-    const size_t head = StreamingHead(dest, pixels, hn::Lanes(d8));
-    const bool stream = head != kNoStreaming;
-    const size_t start = stream ? head : 0;
-    BlendModeScalar<kMode>(top, bottom, dest, start);
-    const auto steps = [&](auto store) {
-        return start + WholeSteps(pixels - start, step, [&](size_t k) {
-                   const size_t i = start + k;
-                   const V16 s = hn::PromoteTo(d16, hn::LoadU(d8, top + 4 * i));
-                   const V16 d = hn::PromoteTo(d16, hn::LoadU(d8, bottom + 4 * i));
-                   const V16 sA = hn::TableLookupBytes(s, alphaIndices);
-                   const V16 dA = hn::TableLookupBytes(d, alphaIndices);
-                   // Results above 255 are stored as their low 8 bits.
-                   const V16 r = hn::And(ModeVec<kMode>(s, sA, d, dA), lowByte);
-                   store(hn::DemoteTo(d8, hn::BitCast(di16, r)), dest + 4 * i);
-               });
-    };
-    size_t done;
-    if (stream) {
-        done = steps([&](auto v, uint8_t* to) { hn::Stream(v, d8, to); });
-        hwy::FlushStream();
-    } else {
-        done = steps([&](auto v, uint8_t* to) { hn::StoreU(v, d8, to); });
-    }
-    BlendModeScalar<kMode>(top + 4 * done, bottom + 4 * done, dest + 4 * done, pixels - done);
+    StoreRun(
+        d8, dest, pixels, 4, hn::Lanes(d16) / 4,
+        [&](size_t i, auto store) {
+            const V16 s = hn::PromoteTo(d16, hn::LoadU(d8, top + 4 * i));
+            const V16 d = hn::PromoteTo(d16, hn::LoadU(d8, bottom + 4 * i));
+            const V16 sA = hn::TableLookupBytes(s, alphaIndices);
+            const V16 dA = hn::TableLookupBytes(d, alphaIndices);
+            // Results above 255 are stored as their low 8 bits.
+            const V16 r = hn::And(ModeVec<kMode>(s, sA, d, dA), lowByte);
+            store(hn::DemoteTo(d8, hn::BitCast(di16, r)), dest + 4 * i);
+        },
+        [&](size_t first, size_t count) {
+            BlendModeScalar<kMode>(top + 4 * first, bottom + 4 * first, dest + 4 * first, count);
+        });
 }
 
 // ---- Constant-alpha blend of premultiplied planes ----------------------------

@@ -7,7 +7,10 @@
 #define QUORIN_ALPHA_BLEND_VECTOR_INL_H_
 #endif
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
+
+#include "Core/Streaming.h"
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
               "the 8-bit kernels address channels inside 32-bit lanes by shifts");
@@ -25,21 +28,44 @@ HWY_INLINE size_t WholeSteps(size_t count, size_t step, const Body& body) {
     return i;
 }
 
-// A run of 4-byte pixels whose result is larger than this cannot stay cached
-// for its reader: it is written with streaming stores, which skip reading each
-// destination line before writing it (a quarter of a blend's memory traffic).
-inline constexpr size_t kStreamingBytes = size_t{8} << 20;
 inline constexpr size_t kNoStreaming = ~size_t{0};
 
-// For a run of `pixels` 4-byte pixels at `dest` stored `vectorBytes` at a
-// time: the pixels to leave to the scalar rule before the stores are aligned
-// for streaming, or kNoStreaming when the run should not stream (small, or
-// with pixels that never reach a vector boundary). Vectors under 16 bytes
-// never stream: a streaming store writes a whole 16-byte register.
-HWY_INLINE size_t StreamingHead(const uint8_t* dest, size_t pixels, size_t vectorBytes) {
+// For a run of `pixels` pixels of `pixelBytes` bytes at `dest`, stored
+// `vectorBytes` at a time: the pixels to leave to the scalar rule before the
+// stores are aligned for streaming, or kNoStreaming when the run should not
+// stream (too small by the common policy, or with pixels that never reach a
+// vector boundary). Vectors
+// under 16 bytes never stream: a streaming store writes a whole 16-byte register.
+HWY_INLINE size_t StreamingHead(const void* dest, size_t pixels, size_t pixelBytes, size_t vectorBytes) {
     const uintptr_t address = reinterpret_cast<uintptr_t>(dest);
-    if (4 * pixels < kStreamingBytes || address % 4 != 0 || vectorBytes < 16) return kNoStreaming;
-    return (vectorBytes - address % vectorBytes) % vectorBytes / 4;
+    if (!WantsStreaming(pixels * pixelBytes) || address % pixelBytes != 0 || vectorBytes < 16) return kNoStreaming;
+    const size_t head = (vectorBytes - address % vectorBytes) % vectorBytes / pixelBytes;
+    return head < pixels ? head : pixels;
+}
+
+// Runs a kernel over `pixels` pixels of `pixelBytes` bytes written at `dest`
+// as vectors of descriptor d, `step` pixels each: body(i, store) computes
+// the step from pixel i on and hands its vector to store(v, to);
+// scalar(first, count) takes the pixels no whole step covers. Large runs are
+// written with streaming stores.
+template <class D, class Body, class Scalar>
+HWY_INLINE void StoreRun(D d, const void* dest, size_t pixels, size_t pixelBytes, size_t step, const Body& body,
+                         const Scalar& scalar) {
+    const size_t head = StreamingHead(dest, pixels, pixelBytes, hn::Lanes(d) * sizeof(hn::TFromD<D>));
+    const bool stream = head != kNoStreaming;
+    const size_t start = stream ? head : 0;
+    scalar(size_t{0}, start);
+    const auto run = [&](auto store) {
+        return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, store); });
+    };
+    size_t done;
+    if (stream) {
+        done = run([d](auto v, auto* to) { hn::Stream(v, d, to); });
+        hwy::FlushStream();
+    } else {
+        done = run([d](auto v, auto* to) { hn::StoreU(v, d, to); });
+    }
+    scalar(done, pixels - done);
 }
 
 #if HWY_TARGET != HWY_SCALAR

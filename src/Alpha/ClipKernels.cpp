@@ -44,12 +44,16 @@ void ClipInterleaved(const T* src, T* dest, size_t pixels) {
     const hn::ScalableTag<T> d;
     const hn::Repartition<uint8_t, decltype(d)> d8;
     const auto alphaBytes = GroupBytes(d8, kAlpha, kAlpha, kAlpha, kAlpha);
-    const size_t done = WholeSteps(pixels, hn::Lanes(d) / 4, [&](size_t i) {
-        const auto v = hn::LoadU(d, src + 4 * i);
-        if constexpr (sizeof(T) == 1) hn::StoreU(ClipVec(v, hn::TableLookupBytes(v, alphaBytes)), d, dest + 4 * i);
-        else hn::StoreU(ClipVec(v, hn::Broadcast<kAlpha>(v)), d, dest + 4 * i);
-    });
-    ClipToAlphaInterleavedScalar<kAlpha>(src + 4 * done, dest + 4 * done, pixels - done);
+    StoreRun(
+        d, dest, pixels, 4 * sizeof(T), hn::Lanes(d) / 4,
+        [&](size_t i, auto store) {
+            const auto v = hn::LoadU(d, src + 4 * i);
+            if constexpr (sizeof(T) == 1) store(ClipVec(v, hn::TableLookupBytes(v, alphaBytes)), dest + 4 * i);
+            else store(ClipVec(v, hn::Broadcast<kAlpha>(v)), dest + 4 * i);
+        },
+        [&](size_t first, size_t count) {
+            ClipToAlphaInterleavedScalar<kAlpha>(src + 4 * first, dest + 4 * first, count);
+        });
 }
 
 template <class T>

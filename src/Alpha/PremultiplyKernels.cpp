@@ -29,6 +29,7 @@
 
 #include "Alpha/PremultiplyKernels.h"
 #include "Alpha/PremultiplyMath-inl.h"
+#include "Core/Streaming.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
@@ -41,11 +42,6 @@ QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_USING_RULE)
 namespace {
 
 using Bytes = hn::Vec<hn::ScalableTag<uint8_t>>;
-
-// Destinations at least this large bypass the caches: they would evict
-// everything else anyway, and the processor then need not read the lines it
-// is about to overwrite.
-constexpr size_t kStreamingBytes = size_t{16} << 20;
 
 // Runs `body` on zero-padded copies of the first `count` (fewer than a
 // vector's) elements of each source and stores that many results.
@@ -78,7 +74,7 @@ HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, const 
     size_t i = headBytes % (pixelElements * sizeof(T)) == 0 ? std::min(headBytes / sizeof(T), count) : 0;
     if (i != 0) partial(0, i);
     auto* out = reinterpret_cast<uint8_t*>(dst);
-    if (count * sizeof(T) >= kStreamingBytes && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
+    if (WantsStreaming(count * sizeof(T)) && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
         for (; i + step <= count; i += step) hn::Stream(body(first + i, (others + i)...), d8, out + i * sizeof(T));
         hwy::FlushStream();
     } else {

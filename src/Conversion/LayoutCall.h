@@ -16,6 +16,7 @@
 #include "Core/Checks.h"
 #include "Core/Dispatch.h"
 #include "Core/Features.h"
+#include "Core/Streaming.h"
 #include "Core/Walk.h"
 #include "quorin/Types.h"
 
@@ -126,17 +127,6 @@ private:
     std::array<uint8_t*, C> data_{};
     std::array<size_t, C> rowBytes_{};
 };
-
-// ---- Large destinations -----------------------------------------------------------
-
-// A destination larger than half the last-level cache that this processor
-// uses will not be read back from it, so the vector path writes it with
-// streaming stores, which also spare the memory system reading every
-// destination line in first. (LayoutStreaming.cpp)
-bool WantsStreaming(size_t destinationBytes);
-
-// Test hook: stream destinations of at least `bytes` (0 restores the cache-based threshold).
-void SetStreamingThresholdForTest(size_t bytes);
 
 // Runs the rows of `region` on this thread or through the rows dispatcher,
 // walking each piece as one run or row by row. A piece that streamed fences

@@ -212,10 +212,7 @@ TEST(Layout, EveryMemberFollowsItsRulesUnderEveryKernelAndSplit) {
 // Large destinations go through staging chunks and streaming stores; force
 // that path on small ones (chunk boundaries included).
 TEST(Layout, StreamedDestinationsFollowTheRulesToo) {
-    struct Forced {
-        Forced() { layout::SetStreamingThresholdForTest(1); }
-        ~Forced() { layout::SetStreamingThresholdForTest(0); }
-    } forced;
+    const StreamingForced forced;
     const std::vector<Shape> shapes{{1, 1},
                                     {7, 3, 0, 0, 0, 1},
                                     {1031, 3, 2, 1, 3, 1},

@@ -4,9 +4,13 @@
 #include <hwy/targets.h>
 
 #include "Core/Dispatch.h"
+#include "Core/Streaming.h"
 #include "quorin/Utilities.h"
 
 namespace quorin::test {
+
+StreamingForced::StreamingForced() { SetStreamingThresholdForTest(1); }
+StreamingForced::~StreamingForced() { SetStreamingThresholdForTest(0); }
 
 std::vector<Variant> KernelVariants() {
     std::vector<Variant> variants{{"scalar", true, 0, kQuorinFlag_SingleThreaded, 0}};

@@ -32,6 +32,16 @@ public:
     VariantScope& operator=(const VariantScope&) = delete;
 };
 
+// Makes every vector kernel write with streaming stores, whatever the
+// destination's size, for the lifetime of the object.
+class StreamingForced {
+public:
+    StreamingForced();
+    ~StreamingForced();
+    StreamingForced(const StreamingForced&) = delete;
+    StreamingForced& operator=(const StreamingForced&) = delete;
+};
+
 // Only the kernel choice: scalar, then each vector instruction set.
 std::vector<Variant> KernelVariants();
 

@@ -1,14 +1,14 @@
-// When the layout conversions write with streaming stores: destinations of
-// more than half the last-level cache that one processor uses.
+// When kernels write with streaming stores: destinations of more than half
+// the last-level cache that one processor uses.
+#include "Core/Streaming.h"
+
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
 
-#include "Conversion/LayoutCall.h"
-
-namespace quorin::layout {
+namespace quorin {
 namespace {
 
 std::atomic<size_t> gThresholdForTest{0};
@@ -42,4 +42,4 @@ bool WantsStreaming(size_t destinationBytes) {
 
 void SetStreamingThresholdForTest(size_t bytes) { gThresholdForTest.store(bytes, std::memory_order_relaxed); }
 
-}  // namespace quorin::layout
+}  // namespace quorin
