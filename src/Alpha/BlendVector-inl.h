@@ -34,8 +34,8 @@ inline constexpr size_t kNoStreaming = ~size_t{0};
 // `vectorBytes` at a time: the pixels to leave to the scalar rule before the
 // stores are aligned for streaming, or kNoStreaming when the run should not
 // stream (too small by the common policy, or with pixels that never reach a
-// vector boundary). Vectors
-// under 16 bytes never stream: a streaming store writes a whole 16-byte register.
+// vector boundary). Vectors under 16 bytes never stream: a streaming store
+// writes a whole 16-byte register.
 HWY_INLINE size_t StreamingHead(const void* dest, size_t pixels, size_t pixelBytes, size_t vectorBytes) {
     const uintptr_t address = reinterpret_cast<uintptr_t>(dest);
     if (!WantsStreaming(pixels * pixelBytes) || address % pixelBytes != 0 || vectorBytes < 16) return kNoStreaming;

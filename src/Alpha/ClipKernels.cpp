@@ -59,10 +59,10 @@ void ClipInterleaved(const T* src, T* dest, size_t pixels) {
 template <class T>
 void ClipPlanar(const T* src, const T* alpha, T* dest, size_t count) {
     const hn::ScalableTag<T> d;
-    const size_t done = WholeSteps(count, hn::Lanes(d), [&](size_t i) {
-        hn::StoreU(ClipVec(hn::LoadU(d, src + i), hn::LoadU(d, alpha + i)), d, dest + i);
-    });
-    ClipToAlphaPlanarScalar(src + done, alpha + done, dest + done, count - done);
+    StoreRun(
+        d, dest, count, sizeof(T), hn::Lanes(d),
+        [&](size_t i, auto store) { store(ClipVec(hn::LoadU(d, src + i), hn::LoadU(d, alpha + i)), dest + i); },
+        [&](size_t first, size_t n) { ClipToAlphaPlanarScalar(src + first, alpha + first, dest + first, n); });
 }
 
 #endif  // HWY_TARGET == HWY_SCALAR
