@@ -12,6 +12,7 @@
 #include "Core/Checks.h"
 #include "Core/Dispatch.h"
 #include "Core/Features.h"
+#include "Core/Streaming.h"
 #include "Core/Walk.h"
 #include "quorin/Alpha.h"
 
@@ -44,11 +45,12 @@ Quorin_Error Pixels(const Quorin_Buffer* src, const Quorin_Buffer* dest, Quorin_
 
     using Sample = typename Rule::Sample;
     const bool vector = UseVectorKernels();
+    const bool stream = WantsStreaming(dest->height * dest->width * 4 * sizeof(Sample));
     const Plane<Sample, 4> from(src), to(dest);
     const size_t width = src->width;
     return RunBands<kSplit>(flags, width, src->height,
-                            OverRows(width, [vector](const Sample* s, Sample* d, size_t pixels) {
-                                if (vector) VectorPixels(Rule{}, s, d, pixels, kAlpha);
+                            OverRows(width, [vector, stream](const Sample* s, Sample* d, size_t pixels) {
+                                if (vector) VectorPixels(Rule{}, s, d, pixels, kAlpha, stream);
                                 else ApplyToPixels<Rule, kAlpha>(s, d, pixels);
                             }, from, to));
 }
@@ -62,11 +64,13 @@ Quorin_Error Planes(const Quorin_Buffer* src, const Quorin_Buffer* alpha, const 
 
     using Sample = typename Rule::Sample;
     const bool vector = UseVectorKernels();
+    const bool stream = WantsStreaming(dest->height * dest->width * sizeof(Sample));
     const Plane<Sample> from(src), by(alpha), to(dest);
     const size_t width = src->width;
     return RunBands<Split::Group>(flags, width, src->height,
-                                  OverRows(width, [vector](const Sample* s, const Sample* a, Sample* d, size_t count) {
-                                      if (vector) VectorPlane(Rule{}, s, a, d, count);
+                                  OverRows(width, [vector, stream](const Sample* s, const Sample* a, Sample* d,
+                                                                   size_t count) {
+                                      if (vector) VectorPlane(Rule{}, s, a, d, count, stream);
                                       else ApplyToPlane<Rule>(s, a, d, count);
                                   }, from, by, to));
 }

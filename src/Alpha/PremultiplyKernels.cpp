@@ -29,7 +29,6 @@
 
 #include "Alpha/PremultiplyKernels.h"
 #include "Alpha/PremultiplyMath-inl.h"
-#include "Core/Streaming.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
@@ -63,7 +62,7 @@ HWY_NOINLINE void PartialVector(std::index_sequence<kIndex...>, T* dst, size_t c
 // vector, on padded copies. dst may equal a source: each vector is read
 // before it is written.
 template <class T, class Body, class... Sources>
-HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, const Body& body,
+HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, bool stream, const Body& body,
                               const T* first, const Sources*... others) {
     const hn::ScalableTag<uint8_t> d8;
     const size_t bytes = hn::Lanes(d8), step = bytes / sizeof(T);
@@ -74,7 +73,7 @@ HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, const 
     size_t i = headBytes % (pixelElements * sizeof(T)) == 0 ? std::min(headBytes / sizeof(T), count) : 0;
     if (i != 0) partial(0, i);
     auto* out = reinterpret_cast<uint8_t*>(dst);
-    if (WantsStreaming(count * sizeof(T)) && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
+    if (stream && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
         for (; i + step <= count; i += step) hn::Stream(body(first + i, (others + i)...), d8, out + i * sizeof(T));
         hwy::FlushStream();
     } else {
@@ -101,22 +100,23 @@ struct PremultiplyFPlaneBody;
 struct UnpremultiplyFPlaneBody;
 
 template <class Rule, template <size_t> class Body>
-void RunPixels(const typename Rule::Sample* src, typename Rule::Sample* dst, size_t pixels, size_t alpha) {
+void RunPixels(const typename Rule::Sample* src, typename Rule::Sample* dst, size_t pixels, size_t alpha,
+               bool stream) {
 #if HWY_TARGET == HWY_SCALAR
     premultiply::ApplyToPixels<Rule>(src, dst, pixels, alpha);
 #else
-    if (alpha == 0) ForEachVector(dst, pixels * 4, 4, Body<0>(), src);
-    else ForEachVector(dst, pixels * 4, 4, Body<3>(), src);
+    if (alpha == 0) ForEachVector(dst, pixels * 4, 4, stream, Body<0>(), src);
+    else ForEachVector(dst, pixels * 4, 4, stream, Body<3>(), src);
 #endif
 }
 
 template <class Rule, class Body>
 void RunPlane(const typename Rule::Sample* src, const typename Rule::Sample* alpha, typename Rule::Sample* dst,
-              size_t count) {
+              size_t count, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
     premultiply::ApplyToPlane<Rule>(src, alpha, dst, count);
 #else
-    ForEachVector(dst, count, 1, Body(), src, alpha);
+    ForEachVector(dst, count, 1, stream, Body(), src, alpha);
 #endif
 }
 
@@ -475,12 +475,13 @@ struct UnpremultiplyFPlaneBody {
 
 // The exported kernels: Rule##Pixels and Rule##Plane.
 #define QUORIN_DEFINE_PIXEL_KERNEL(Rule)                                                                 \
-    void Rule##Pixels(const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha) {          \
-        RunPixels<Rule, Rule##Body>(src, dst, pixels, alpha);                                            \
+    void Rule##Pixels(const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha, bool stream) { \
+        RunPixels<Rule, Rule##Body>(src, dst, pixels, alpha, stream);                                            \
     }
 #define QUORIN_DEFINE_PLANE_KERNEL(Rule)                                                                 \
-    void Rule##Plane(const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count) { \
-        RunPlane<Rule, Rule##PlaneBody>(src, alpha, dst, count);                                         \
+    void Rule##Plane(const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count,     \
+                     bool stream) {                                                                        \
+        RunPlane<Rule, Rule##PlaneBody>(src, alpha, dst, count, stream);                                   \
     }
 QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DEFINE_PIXEL_KERNEL)
 QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DEFINE_PLANE_KERNEL)
@@ -503,12 +504,14 @@ QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_EXPORT_KERNELS)
 namespace premultiply {
 
 #define QUORIN_DISPATCH_PIXEL_KERNEL(Rule)                                                              \
-    void VectorPixels(Rule, const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha) { \
-        HWY_DYNAMIC_DISPATCH(Rule##Pixels)(src, dst, pixels, alpha);                                    \
+    void VectorPixels(Rule, const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha,    \
+                      bool stream) {                                                                   \
+        HWY_DYNAMIC_DISPATCH(Rule##Pixels)(src, dst, pixels, alpha, stream);                            \
     }
 #define QUORIN_DISPATCH_PLANE_KERNEL(Rule)                                                                      \
-    void VectorPlane(Rule, const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count) { \
-        HWY_DYNAMIC_DISPATCH(Rule##Plane)(src, alpha, dst, count);                                              \
+    void VectorPlane(Rule, const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count, \
+                     bool stream) {                                                                            \
+        HWY_DYNAMIC_DISPATCH(Rule##Plane)(src, alpha, dst, count, stream);                                     \
     }
 QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DISPATCH_PIXEL_KERNEL)
 QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DISPATCH_PLANE_KERNEL)

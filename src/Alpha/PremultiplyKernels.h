@@ -26,14 +26,16 @@
 
 namespace quorin::premultiply {
 
-// VectorPixels(Rule{}, src, dst, pixels, alpha): four-channel pixels, alpha in
-// channel `alpha` (0 or 3). VectorPlane(Rule{}, src, alpha, dst, count).
+// VectorPixels(Rule{}, src, dst, pixels, alpha, stream): four-channel pixels,
+// alpha in channel `alpha` (0 or 3). VectorPlane(Rule{}, src, alpha, dst,
+// count, stream). `stream` (decided once per call, by the whole destination)
+// asks for streaming stores where dst reaches vector alignment.
 #define QUORIN_DECLARE_PIXEL_KERNEL(Rule)                                                    \
     void VectorPixels(Rule, const Rule::Sample* src, Rule::Sample* dst, size_t pixels, \
-                      size_t alpha);
+                      size_t alpha, bool stream);
 #define QUORIN_DECLARE_PLANE_KERNEL(Rule)                                                \
     void VectorPlane(Rule, const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, \
-                     size_t count);
+                     size_t count, bool stream);
 QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DECLARE_PIXEL_KERNEL)
 QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DECLARE_PLANE_KERNEL)
 #undef QUORIN_DECLARE_PIXEL_KERNEL
