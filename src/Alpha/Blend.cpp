@@ -18,8 +18,8 @@ Quorin_Error StraightBlendInterleaved(const Quorin_Buffer* top, const Quorin_Buf
     if (SizesDiffer(top, bottom, dest)) return kQuorinError_BadArgument;
     const size_t width = dest->width;
     const Plane<T, 4> topPlane(top), bottomPlane(bottom), destPlane(dest);
-    return RunBandsOnGroup(flags, width, dest->height,
-                           OverRows(width, kernels.choose(), topPlane, bottomPlane, destPlane));
+    const auto kernel = ChooseStreaming(kernels, width * dest->height * 4 * sizeof(T));
+    return RunBandsOnGroup(flags, width, dest->height, OverRows(width, kernel, topPlane, bottomPlane, destPlane));
 }
 
 // Only the top colour, the bottom colour and the result-alpha plane are

@@ -23,10 +23,10 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_SCALAR
 
-void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool) {
     StraightBlendInterleavedScalar(top, bottom, dest, pixels);
 }
-void StraightBlendARGBFFFF(const float* top, const float* bottom, float* dest, size_t pixels) {
+void StraightBlendARGBFFFF(const float* top, const float* bottom, float* dest, size_t pixels, bool) {
     StraightBlendInterleavedScalar(top, bottom, dest, pixels);
 }
 void StraightBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uint8_t* bottom,
@@ -38,7 +38,7 @@ void StraightBlendPlanarF(const float* top, const float* topAlpha, const float* 
     StraightBlendPlanarScalar(top, topAlpha, bottom, bottomAlpha, dest, destAlpha, count);
 }
 template <BlendMode kMode>
-void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool) {
     BlendModeScalar<kMode>(top, bottom, dest, pixels);
 }
 void ConstAlphaBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uint8_t* bottom, uint8_t* dest,
@@ -171,9 +171,9 @@ void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint
     for (; b < blocks; ++b) steps.finish<kStream>(start(b), dest + 4 * b * step);
 }
 
-void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool stream) {
     const size_t step = hn::Lanes(D32());
-    const size_t head = StreamingHead(dest, pixels, 4, 4 * step);  // pixels before the first whole vector
+    const size_t head = StreamingHead(stream, dest, pixels, 4, 4 * step);  // pixels before the first whole vector
     if (head != kNoStreaming) {
         StraightBlendInterleavedScalar(top, bottom, dest, head);
         StraightBlendARGB8888Blocks<true>(top + 4 * head, bottom + 4 * head, dest + 4 * head, (pixels - head) / step);
@@ -226,7 +226,7 @@ struct StraightCoverFloatVec {
 };
 
 // ARGBFFFF: one pixel per 128-bit block, so Broadcast<0> spreads each pixel's alpha.
-void StraightBlendARGBFFFF(const float* top, const float* bottom, float* dest, size_t pixels) {
+void StraightBlendARGBFFFF(const float* top, const float* bottom, float* dest, size_t pixels, bool) {
     const DF df;
     const auto alphaLanes = ChannelLanes(df, kAlphaFirst);
     const size_t done = WholeSteps(pixels, hn::Lanes(df) / 4, [&](size_t i) {
@@ -291,7 +291,7 @@ HWY_INLINE V16 ModeVec(V16 s, V16 sA, V16 d, V16 dA) {
 }
 
 template <BlendMode kMode>
-void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool stream) {
     const D16 d16;
     const hn::Rebind<uint8_t, D16> d8;            // one byte per 16-bit lane
     const hn::Repartition<uint8_t, D16> d8Bytes;  // the bytes of a 16-bit vector
@@ -299,7 +299,7 @@ void BlendModeRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest,
     const V16 alphaIndices = hn::BitCast(d16, AlphaBytesOf16BitPixels(d8Bytes, kAlphaLast));
     const V16 lowByte = hn::Set(d16, 0xFF);
     StoreRun(
-        d8, dest, pixels, 4, hn::Lanes(d16) / 4,
+        d8, stream, dest, pixels, 4, hn::Lanes(d16) / 4,
         [&](size_t i, auto store) {
             const V16 s = hn::PromoteTo(d16, hn::LoadU(d8, top + 4 * i));
             const V16 d = hn::PromoteTo(d16, hn::LoadU(d8, bottom + 4 * i));
@@ -370,17 +370,17 @@ void ConstAlphaBlendPlanarF(const float* top, const float* topAlpha, const float
 
 #endif  // HWY_TARGET != HWY_SCALAR
 
-void DarkenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
-    BlendModeRGBA8888<BlendMode::Darken>(top, bottom, dest, pixels);
+void DarkenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool stream) {
+    BlendModeRGBA8888<BlendMode::Darken>(top, bottom, dest, pixels, stream);
 }
-void LightenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
-    BlendModeRGBA8888<BlendMode::Lighten>(top, bottom, dest, pixels);
+void LightenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool stream) {
+    BlendModeRGBA8888<BlendMode::Lighten>(top, bottom, dest, pixels, stream);
 }
-void MultiplyRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
-    BlendModeRGBA8888<BlendMode::Multiply>(top, bottom, dest, pixels);
+void MultiplyRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool stream) {
+    BlendModeRGBA8888<BlendMode::Multiply>(top, bottom, dest, pixels, stream);
 }
-void ScreenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
-    BlendModeRGBA8888<BlendMode::Screen>(top, bottom, dest, pixels);
+void ScreenRGBA8888(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool stream) {
+    BlendModeRGBA8888<BlendMode::Screen>(top, bottom, dest, pixels, stream);
 }
 
 }  // namespace quorin::alpha::HWY_NAMESPACE

@@ -2,19 +2,22 @@
 // over the rule in BlendRules.h / ClipRules.h) and its vector twin (Highway,
 // chosen per instruction set at run time). Every kernel takes pointers to the
 // first pixel of each buffer and a pixel count, and never cares whether that
-// count spans one row or a whole contiguous image.
+// count spans one row or a whole contiguous image. Kernels that take `stream`
+// write with streaming stores when it is set: the caller decides once per
+// call, from the whole destination (WantsStreaming).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #include "Core/Features.h"
+#include "Core/Streaming.h"
 
 namespace quorin::alpha {
 
 // top, bottom -> dest, four channels per pixel.
 template <class T>
-using InterleavedBlendKernel = void (*)(const T* top, const T* bottom, T* dest, size_t pixels);
+using InterleavedBlendKernel = void (*)(const T* top, const T* bottom, T* dest, size_t pixels, bool stream);
 
 // Straight blend of separate colour and alpha planes: colour to dest, alpha to destAlpha.
 template <class T>
@@ -28,11 +31,20 @@ using PlanarConstKernel = void (*)(const T* top, const T* topAlpha, const T* bot
 
 // src -> dest, four channels per pixel.
 template <class T>
-using InterleavedClipKernel = void (*)(const T* src, T* dest, size_t pixels);
+using InterleavedClipKernel = void (*)(const T* src, T* dest, size_t pixels, bool stream);
 
 // Colour plane clipped to a separate alpha plane.
 template <class T>
-using PlanarClipKernel = void (*)(const T* src, const T* alpha, T* dest, size_t count);
+using PlanarClipKernel = void (*)(const T* src, const T* alpha, T* dest, size_t count, bool stream);
+
+// The kernel `kernels` chooses, with the call's streaming decision for a
+// destination of `destinationBytes` bound as its last argument.
+template <class... Params>
+auto ChooseStreaming(const KernelPair<void (*)(Params...)>& kernels, size_t destinationBytes) {
+    return [kernel = kernels.choose(), stream = WantsStreaming(destinationBytes)](auto... args) {
+        kernel(args..., stream);
+    };
+}
 
 // Straight-alpha blend.
 extern const KernelPair<InterleavedBlendKernel<uint8_t>> kStraightBlendARGB8888;

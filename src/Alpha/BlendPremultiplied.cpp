@@ -21,7 +21,7 @@ Quorin_Error BlendModeRGBA8888(const Quorin_Buffer* top, const Quorin_Buffer* bo
     if (SizesDiffer(top, bottom, dest)) return kQuorinError_BadArgument;
     const size_t width = top->width, height = top->height;
     const Plane<uint8_t, 4> topPlane(top), bottomPlane(bottom), destPlane(dest);
-    auto band = OverRows(width, kernels.choose(), topPlane, bottomPlane, destPlane);
+    auto band = OverRows(width, ChooseStreaming(kernels, width * height * 4), topPlane, bottomPlane, destPlane);
     if (split == Split::RowWork) {
         QuorinRunRowWork(BandWork(width, height, band), flags);
     } else {

@@ -70,7 +70,7 @@ inline void StraightBlendPixel(const T* top, const T* bottom, T* dest) {
 }
 
 template <class T>
-inline void StraightBlendInterleavedScalar(const T* top, const T* bottom, T* dest, size_t pixels) {
+inline void StraightBlendInterleavedScalar(const T* top, const T* bottom, T* dest, size_t pixels, bool = false) {
     for (size_t i = 0; i < pixels; ++i) StraightBlendPixel<kAlphaFirst>(top + 4 * i, bottom + 4 * i, dest + 4 * i);
 }
 
@@ -113,7 +113,7 @@ inline uint32_t ModeColour(uint32_t s, uint32_t sA, uint32_t d, uint32_t dA) {
 }
 
 template <BlendMode kMode>
-inline void BlendModeScalar(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels) {
+inline void BlendModeScalar(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t pixels, bool = false) {
     for (size_t i = 0; i < pixels; ++i, top += 4, bottom += 4, dest += 4) {
         const uint32_t sA = top[kAlphaLast], dA = bottom[kAlphaLast];
         uint8_t out[4];

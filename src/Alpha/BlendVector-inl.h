@@ -10,8 +10,6 @@
 #include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
-#include "Core/Streaming.h"
-
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
               "the 8-bit kernels address channels inside 32-bit lanes by shifts");
 
@@ -31,14 +29,14 @@ HWY_INLINE size_t WholeSteps(size_t count, size_t step, const Body& body) {
 inline constexpr size_t kNoStreaming = ~size_t{0};
 
 // For a run of `pixels` pixels of `pixelBytes` bytes at `dest`, stored
-// `vectorBytes` at a time: the pixels to leave to the scalar rule before the
-// stores are aligned for streaming, or kNoStreaming when the run should not
-// stream (too small by the common policy, or with pixels that never reach a
-// vector boundary). Vectors under 16 bytes never stream: a streaming store
-// writes a whole 16-byte register.
-HWY_INLINE size_t StreamingHead(const void* dest, size_t pixels, size_t pixelBytes, size_t vectorBytes) {
+// `vectorBytes` at a time, in a call that asked to `stream`: the pixels to
+// leave to the scalar rule before the stores are aligned for streaming, or
+// kNoStreaming when the run should not stream (not asked, or with pixels that
+// never reach a vector boundary). Vectors under 16 bytes never stream: a
+// streaming store writes a whole 16-byte register.
+HWY_INLINE size_t StreamingHead(bool stream, const void* dest, size_t pixels, size_t pixelBytes, size_t vectorBytes) {
     const uintptr_t address = reinterpret_cast<uintptr_t>(dest);
-    if (!WantsStreaming(pixels * pixelBytes) || address % pixelBytes != 0 || vectorBytes < 16) return kNoStreaming;
+    if (!stream || address % pixelBytes != 0 || vectorBytes < 16) return kNoStreaming;
     const size_t head = (vectorBytes - address % vectorBytes) % vectorBytes / pixelBytes;
     return head < pixels ? head : pixels;
 }
@@ -46,20 +44,20 @@ HWY_INLINE size_t StreamingHead(const void* dest, size_t pixels, size_t pixelByt
 // Runs a kernel over `pixels` pixels of `pixelBytes` bytes written at `dest`
 // as vectors of descriptor d, `step` pixels each: body(i, store) computes
 // the step from pixel i on and hands its vector to store(v, to);
-// scalar(first, count) takes the pixels no whole step covers. Large runs are
-// written with streaming stores.
+// scalar(first, count) takes the pixels no whole step covers. With `stream`
+// the aligned steps are written with streaming stores.
 template <class D, class Body, class Scalar>
-HWY_INLINE void StoreRun(D d, const void* dest, size_t pixels, size_t pixelBytes, size_t step, const Body& body,
-                         const Scalar& scalar) {
-    const size_t head = StreamingHead(dest, pixels, pixelBytes, hn::Lanes(d) * sizeof(hn::TFromD<D>));
-    const bool stream = head != kNoStreaming;
-    const size_t start = stream ? head : 0;
+HWY_INLINE void StoreRun(D d, bool stream, const void* dest, size_t pixels, size_t pixelBytes, size_t step,
+                         const Body& body, const Scalar& scalar) {
+    const size_t head = StreamingHead(stream, dest, pixels, pixelBytes, hn::Lanes(d) * sizeof(hn::TFromD<D>));
+    const bool streaming = head != kNoStreaming;
+    const size_t start = streaming ? head : 0;
     scalar(size_t{0}, start);
     const auto run = [&](auto store) {
         return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, store); });
     };
     size_t done;
-    if (stream) {
+    if (streaming) {
         done = run([d](auto v, auto* to) { hn::Stream(v, d, to); });
         hwy::FlushStream();
     } else {

@@ -18,11 +18,11 @@ namespace hn = hwy::HWY_NAMESPACE;
 #if HWY_TARGET == HWY_SCALAR
 
 template <size_t kAlpha, class T>
-void ClipInterleaved(const T* src, T* dest, size_t pixels) {
+void ClipInterleaved(const T* src, T* dest, size_t pixels, bool) {
     ClipToAlphaInterleavedScalar<kAlpha>(src, dest, pixels);
 }
 template <class T>
-void ClipPlanar(const T* src, const T* alpha, T* dest, size_t count) {
+void ClipPlanar(const T* src, const T* alpha, T* dest, size_t count, bool) {
     ClipToAlphaPlanarScalar(src, alpha, dest, count);
 }
 
@@ -40,12 +40,12 @@ HWY_INLINE V ClipVec(V colour, V alpha) {
 // 16-byte block (four pixels), floats by a broadcast inside each 128-bit
 // block (one pixel).
 template <size_t kAlpha, class T>
-void ClipInterleaved(const T* src, T* dest, size_t pixels) {
+void ClipInterleaved(const T* src, T* dest, size_t pixels, bool stream) {
     const hn::ScalableTag<T> d;
     const hn::Repartition<uint8_t, decltype(d)> d8;
     const auto alphaBytes = GroupBytes(d8, kAlpha, kAlpha, kAlpha, kAlpha);
     StoreRun(
-        d, dest, pixels, 4 * sizeof(T), hn::Lanes(d) / 4,
+        d, stream, dest, pixels, 4 * sizeof(T), hn::Lanes(d) / 4,
         [&](size_t i, auto store) {
             const auto v = hn::LoadU(d, src + 4 * i);
             if constexpr (sizeof(T) == 1) store(ClipVec(v, hn::TableLookupBytes(v, alphaBytes)), dest + 4 * i);
@@ -57,25 +57,33 @@ void ClipInterleaved(const T* src, T* dest, size_t pixels) {
 }
 
 template <class T>
-void ClipPlanar(const T* src, const T* alpha, T* dest, size_t count) {
+void ClipPlanar(const T* src, const T* alpha, T* dest, size_t count, bool stream) {
     const hn::ScalableTag<T> d;
     StoreRun(
-        d, dest, count, sizeof(T), hn::Lanes(d),
+        d, stream, dest, count, sizeof(T), hn::Lanes(d),
         [&](size_t i, auto store) { store(ClipVec(hn::LoadU(d, src + i), hn::LoadU(d, alpha + i)), dest + i); },
         [&](size_t first, size_t n) { ClipToAlphaPlanarScalar(src + first, alpha + first, dest + first, n); });
 }
 
 #endif  // HWY_TARGET == HWY_SCALAR
 
-void ClipARGB8888(const uint8_t* src, uint8_t* dest, size_t pixels) { ClipInterleaved<kAlphaFirst>(src, dest, pixels); }
-void ClipRGBA8888(const uint8_t* src, uint8_t* dest, size_t pixels) { ClipInterleaved<kAlphaLast>(src, dest, pixels); }
-void ClipARGBFFFF(const float* src, float* dest, size_t pixels) { ClipInterleaved<kAlphaFirst>(src, dest, pixels); }
-void ClipRGBAFFFF(const float* src, float* dest, size_t pixels) { ClipInterleaved<kAlphaLast>(src, dest, pixels); }
-void ClipPlanar8(const uint8_t* src, const uint8_t* alpha, uint8_t* dest, size_t count) {
-    ClipPlanar(src, alpha, dest, count);
+void ClipARGB8888(const uint8_t* src, uint8_t* dest, size_t pixels, bool stream) {
+    ClipInterleaved<kAlphaFirst>(src, dest, pixels, stream);
 }
-void ClipPlanarF(const float* src, const float* alpha, float* dest, size_t count) {
-    ClipPlanar(src, alpha, dest, count);
+void ClipRGBA8888(const uint8_t* src, uint8_t* dest, size_t pixels, bool stream) {
+    ClipInterleaved<kAlphaLast>(src, dest, pixels, stream);
+}
+void ClipARGBFFFF(const float* src, float* dest, size_t pixels, bool stream) {
+    ClipInterleaved<kAlphaFirst>(src, dest, pixels, stream);
+}
+void ClipRGBAFFFF(const float* src, float* dest, size_t pixels, bool stream) {
+    ClipInterleaved<kAlphaLast>(src, dest, pixels, stream);
+}
+void ClipPlanar8(const uint8_t* src, const uint8_t* alpha, uint8_t* dest, size_t count, bool stream) {
+    ClipPlanar(src, alpha, dest, count, stream);
+}
+void ClipPlanarF(const float* src, const float* alpha, float* dest, size_t count, bool stream) {
+    ClipPlanar(src, alpha, dest, count, stream);
 }
 
 }  // namespace quorin::alpha::HWY_NAMESPACE

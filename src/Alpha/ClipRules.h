@@ -21,7 +21,7 @@ inline T ClipToAlpha(T colour, T alpha) {
 }
 
 template <size_t kAlpha, class T>
-inline void ClipToAlphaInterleavedScalar(const T* src, T* dest, size_t pixels) {
+inline void ClipToAlphaInterleavedScalar(const T* src, T* dest, size_t pixels, bool = false) {
     for (size_t i = 0; i < pixels; ++i, src += 4, dest += 4) {
         const T a = src[kAlpha];
         for (size_t c = 0; c < 4; ++c) dest[c] = c == kAlpha ? a : ClipToAlpha(src[c], a);
@@ -29,7 +29,7 @@ inline void ClipToAlphaInterleavedScalar(const T* src, T* dest, size_t pixels) {
 }
 
 template <class T>
-inline void ClipToAlphaPlanarScalar(const T* src, const T* alpha, T* dest, size_t count) {
+inline void ClipToAlphaPlanarScalar(const T* src, const T* alpha, T* dest, size_t count, bool = false) {
     for (size_t i = 0; i < count; ++i) dest[i] = ClipToAlpha(src[i], alpha[i]);
 }
 

@@ -15,7 +15,8 @@ Quorin_Error ClipInterleaved(const Quorin_Buffer* src, const Quorin_Buffer* dest
     if (AnyMissing(src, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, dest)) return kQuorinError_BadArgument;
     const Plane<T, 4> srcPlane(src), destPlane(dest);
-    RunBandsOnApply(flags, src->width, src->height, OverRows(src->width, kernels.choose(), srcPlane, destPlane));
+    const auto kernel = ChooseStreaming(kernels, src->width * src->height * 4 * sizeof(T));
+    RunBandsOnApply(flags, src->width, src->height, OverRows(src->width, kernel, srcPlane, destPlane));
     return kQuorinSuccess;
 }
 
@@ -25,8 +26,8 @@ Quorin_Error ClipPlanar(const Quorin_Buffer* src, const Quorin_Buffer* alpha, co
     if (AnyMissing(src, alpha, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, alpha, dest)) return kQuorinError_BadArgument;
     const Plane<T> srcPlane(src), alphaPlane(alpha), destPlane(dest);
-    RunBandsOnApply(flags, src->width, src->height,
-                    OverRows(src->width, kernels.choose(), srcPlane, alphaPlane, destPlane));
+    const auto kernel = ChooseStreaming(kernels, src->width * src->height * sizeof(T));
+    RunBandsOnApply(flags, src->width, src->height, OverRows(src->width, kernel, srcPlane, alphaPlane, destPlane));
     return kQuorinSuccess;
 }
 
