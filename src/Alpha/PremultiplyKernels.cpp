@@ -103,6 +103,7 @@ template <class Rule, template <size_t> class Body>
 void RunPixels(const typename Rule::Sample* src, typename Rule::Sample* dst, size_t pixels, size_t alpha,
                bool stream) {
 #if HWY_TARGET == HWY_SCALAR
+    (void)stream;  // the scalar rule stores plainly
     premultiply::ApplyToPixels<Rule>(src, dst, pixels, alpha);
 #else
     if (alpha == 0) ForEachVector(dst, pixels * 4, 4, stream, Body<0>(), src);
@@ -114,6 +115,7 @@ template <class Rule, class Body>
 void RunPlane(const typename Rule::Sample* src, const typename Rule::Sample* alpha, typename Rule::Sample* dst,
               size_t count, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
+    (void)stream;  // the scalar rule stores plainly
     premultiply::ApplyToPlane<Rule>(src, alpha, dst, count);
 #else
     ForEachVector(dst, count, 1, stream, Body(), src, alpha);

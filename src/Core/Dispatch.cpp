@@ -16,10 +16,21 @@ std::atomic<unsigned> gProcessorCountOverride{0};
 
 dispatch_queue_t GlobalQueue() { return dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0); }
 
-struct GroupTask {
+// The tasks of one group, taken in order by whichever thread comes first: the
+// group's workers, and the caller, which would otherwise only wait. A caller
+// that sleeps right after waking the workers lets Linux queue them both on its
+// own processor while the other one idles, for milliseconds (up to a
+// scheduler tick); a caller that keeps working keeps them apart, and picks up
+// any task whose worker is late.
+struct GroupTasks {
     void* context;
     detail::ApplyFunction function;
-    size_t index;
+    size_t count;
+    std::atomic<size_t> next{0};
+
+    void runUntilNoneLeft() {
+        for (size_t i = next.fetch_add(1); i < count; i = next.fetch_add(1)) function(context, i);
+    }
 };
 
 }  // namespace
@@ -41,15 +52,13 @@ void ApplyOnGlobalQueue(size_t iterations, void* context, ApplyFunction function
 bool RunOnGroup(size_t tasks, void* context, ApplyFunction function) {
     dispatch_group_t group = dispatch_group_create();
     if (group == nullptr) return false;
-    // Task records live on the heap only as long as the group is awaited.
-    std::unique_ptr<GroupTask[]> records(new GroupTask[tasks]);
+    // Lives until the group has been awaited, so every submitted task finds it.
+    GroupTasks shared{context, function, tasks};
     for (size_t i = 0; i < tasks; ++i) {
-        records[i] = GroupTask{context, function, i};
-        dispatch_group_async_f(group, GlobalQueue(), &records[i], [](void* task) {
-            const auto* t = static_cast<const GroupTask*>(task);
-            t->function(t->context, t->index);
-        });
+        dispatch_group_async_f(group, GlobalQueue(), &shared,
+                               [](void* all) { static_cast<GroupTasks*>(all)->runUntilNoneLeft(); });
     }
+    shared.runUntilNoneLeft();
     dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
     dispatch_release(group);
     return true;

@@ -23,8 +23,9 @@ void SetProcessorCountForTest(unsigned count);
 namespace detail {
 using ApplyFunction = void (*)(void* context, size_t iteration);
 void ApplyOnGlobalQueue(size_t iterations, void* context, ApplyFunction function);
-// Submits `tasks` closures to a fresh dispatch group on the global queue and
-// waits for them; false when the group cannot be created.
+// Submits `tasks` tasks to a fresh dispatch group on the global queue, runs
+// any of them not yet started on the calling thread, and waits for the group;
+// each index runs exactly once. False when the group cannot be created.
 bool RunOnGroup(size_t tasks, void* context, ApplyFunction function);
 }  // namespace detail
 
@@ -38,7 +39,8 @@ void ParallelApply(size_t iterations, Fn&& fn) {
 }
 
 // As ParallelApply, but each iteration is its own task on a dispatch group
-// that is awaited and released; false when the group cannot be created.
+// that is awaited and released (the caller, like dispatch_apply's, takes
+// part); false when the group cannot be created.
 template <class Fn>
 [[nodiscard]] bool GroupApply(size_t tasks, Fn&& fn) {
     return detail::RunOnGroup(tasks, &fn, [](void* context, size_t i) {

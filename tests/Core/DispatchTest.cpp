@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <thread>
 #include <tuple>
@@ -203,6 +204,19 @@ TEST(Dispatch, GroupBandsCoverEveryRowOnceAndUseTheCallersThreadWhenSmall) {
               }),
               kQuorinSuccess);
     EXPECT_EQ(calls, 1u);
+}
+
+// The caller takes tasks too: each must still run once, and the call must not
+// return while a slow task (on a worker or on the caller) is still running.
+TEST(Dispatch, GroupTasksRunOnceEachAndTheCallReturnsAfterTheLast) {
+    for (size_t tasks : {1u, 2u, 5u, 33u}) {
+        std::vector<std::atomic<int>> runs(tasks);
+        ASSERT_TRUE(GroupApply(tasks, [&](size_t i) {
+            std::this_thread::sleep_for(std::chrono::microseconds(300 * (i % 3)));
+            runs[i].fetch_add(1);
+        }));
+        for (size_t i = 0; i < tasks; ++i) EXPECT_EQ(runs[i].load(), 1) << "task " << i << " of " << tasks;
+    }
 }
 
 }  // namespace
