@@ -140,32 +140,50 @@ struct ByteToFloatInSingle {
 // that rounds the same value; no fused multiply-add). Negative and NaN
 // results are zeroed before Min, so Min never sees a NaN and its per-target
 // NaN behaviour does not matter; the conversion truncates.
-template <bool kMultiply>
+enum class RangeStep {
+    Divide,                // by the range
+    MultiplyByReciprocal,  // exact: every range is a power of two with a normal reciprocal
+    None,                  // every range is 1, and x / 1 is x for every x
+};
+
+template <RangeStep kStep>
 struct FloatToByteRule {
+    static constexpr bool kMultiply = kStep == RangeStep::MultiplyByReciprocal;
     using Lanes = hn::ScalableTag<float>;
     const FloatToByte& rule;
     Pattern<float> min{rule.min}, scale{kMultiply ? rule.reciprocal : rule.range};
 
-    template <class D, class V>
-    static hn::VFromD<D> Bytes(D d, V f, V min, V scale) {
+    // The rule's t, before its range test and truncation.
+    template <class V>
+    static V Scaled(V f, V min, V scale) {
         const hn::DFromV<V> df;
         const V shifted = hn::Mul(hn::Sub(f, min), hn::Set(df, 255.0f));
+        if constexpr (kStep == RangeStep::None) return hn::Add(shifted, hn::Set(df, 0.5f));
         const V scaled = kMultiply ? hn::Mul(shifted, scale) : hn::Div(shifted, scale);
-        const V t = hn::Add(scaled, hn::Set(df, 0.5f));
+        return hn::Add(scaled, hn::Set(df, 0.5f));
+    }
+    template <class D, class V>
+    static hn::VFromD<D> Bytes(D d, V t) {
+        const hn::DFromV<V> df;
         const V inRange = hn::IfThenElseZero(t >= hn::Zero(df), t);
         const V clamped = hn::Min(inRange, hn::Set(df, 255.0f));
         return hn::DemoteTo(d, hn::ConvertTo(hn::RebindToSigned<decltype(df)>(), clamped));
     }
-    template <class D, class V>
-    hn::VFromD<D> operator()(D d, size_t c, V f) const {
+    // t for channel c in every lane, or for lane l's channel l mod 4.
+    template <class V>
+    V ChannelScaled(size_t c, V f) const {
         const hn::DFromV<V> df;
-        return Bytes(d, f, hn::Set(df, rule.min[c]), hn::Set(df, kMultiply ? rule.reciprocal[c] : rule.range[c]));
+        return Scaled(f, hn::Set(df, rule.min[c]), hn::Set(df, kMultiply ? rule.reciprocal[c] : rule.range[c]));
+    }
+    template <class V>
+    V FlatScaled(V f) const {
+        const hn::DFromV<V> df;
+        return Scaled(f, hn::Load(df, min.lane), hn::Load(df, scale.lane));
     }
     template <class D, class V>
-    hn::VFromD<D> Flat(D d, V f) const {
-        const hn::DFromV<V> df;
-        return Bytes(d, f, hn::Load(df, min.lane), hn::Load(df, scale.lane));
-    }
+    hn::VFromD<D> operator()(D d, size_t c, V f) const { return Bytes(d, ChannelScaled(c, f)); }
+    template <class D, class V>
+    hn::VFromD<D> Flat(D d, V f) const { return Bytes(d, FlatScaled(f)); }
 };
 
 // Calls body(rule) with the vector rule this call's transform asks for.
@@ -178,8 +196,9 @@ void WithVectorRule(const ByteToFloat& transform, Body&& body) {
 }
 template <class Body>
 void WithVectorRule(const FloatToByte& transform, Body&& body) {
-    if (transform.multiplies()) body(FloatToByteRule<true>{transform});
-    else body(FloatToByteRule<false>{transform});
+    if (transform.unitRanges()) body(FloatToByteRule<RangeStep::None>{transform});
+    else if (transform.multiplies()) body(FloatToByteRule<RangeStep::MultiplyByReciprocal>{transform});
+    else body(FloatToByteRule<RangeStep::Divide>{transform});
 }
 
 // ---- Four channels on 64-byte vectors -----------------------------------------------
@@ -219,6 +238,27 @@ public:
     // Whole pixels -> one channel per block (block c holds channel c).
     V ChannelBlocks(V pixels) const {
         return TransposeLanes(sizeof(T) == 4 ? pixels : Shuffle(pixels, toChannels_));
+    }
+    // Bytes of the float-to-byte rule from four vectors of its t, lane l of
+    // vector j for sample l of part j: t clamped to 255, truncated, and packed
+    // twice with unsigned saturation. 255 goes first into the minimum, since
+    // x86 returns the second operand when either is NaN: a NaN t stays NaN,
+    // the conversion turns it (and any t <= -1) into a negative integer, and
+    // saturation makes that 0, as the rule does. Block k then holds samples
+    // 4k..4k+3 of each vector in turn, in 32-bit lanes 4k..4k+3.
+    static V PackScaled(hn::Vec512<float> t0, hn::Vec512<float> t1, hn::Vec512<float> t2, hn::Vec512<float> t3) {
+        static_assert(sizeof(T) == 1);
+        const __m512 top = _mm512_set1_ps(255.0f);
+        const auto whole = [top](hn::Vec512<float> t) { return _mm512_cvttps_epi32(_mm512_min_ps(top, t.raw)); };
+        return V{_mm512_packus_epi16(_mm512_packus_epi32(whole(t0), whole(t1)),
+                                     _mm512_packus_epi32(whole(t2), whole(t3)))};
+    }
+    // PackScaled of four channels' samples (one vector per channel) -> whole pixels.
+    V PixelsOfPacked(V packed) const { return Shuffle(packed, toPixels_); }
+    // PackScaled of four parts of whole pixels, where lane j of block k holds
+    // pixel 4j + k -> one channel per block, as ChannelBlocks gives.
+    V ChannelBlocksOfPacked(V packed) const {
+        return Shuffle(TransposeLanes(Shuffle(packed, toChannels_)), toChannels_);
     }
     // Block c of ChannelBlocks as its own vector.
     static VQ Block(V v, size_t c) {
@@ -295,9 +335,22 @@ size_t MergeFourChannels(const Rule& apply, const typename Transform::From* cons
             return hn::LoadU(q, source[c] + at);
         }
     };
+    // Float planes into bytes: the rule's t for each channel, packed at once.
+    const auto pixelsAt = [&](size_t at) {
+        if constexpr (std::is_same_v<From, float> && std::is_same_v<To, uint8_t>) {
+            const hn::Full512<float> df;
+            const auto t = [&](size_t c) {
+                return source[c] ? apply.ChannelScaled(c, hn::LoadU(df, source[c] + at))
+                                 : hn::Set(df, static_cast<float>(fill));  // a byte passes through exactly
+            };
+            return four.PixelsOfPacked(Four::PackScaled(t(0), t(1), t(2), t(3)));
+        } else {
+            return four.Pixels(channel(0, at), channel(1, at), channel(2, at), channel(3, at));
+        }
+    };
     const auto run = [&](auto store) {
         for (; i + Four::kPixels <= n; i += Four::kPixels) {
-            const auto interleaved = four.Pixels(channel(0, i), channel(1, i), channel(2, i), channel(3, i));
+            const auto interleaved = pixelsAt(i);
             if constexpr (std::is_same_v<P, To>) {
                 store(interleaved, typename Four::D(), pixels + i * 4);
             } else {
@@ -333,8 +386,8 @@ size_t SplitFourChannels(const Rule& apply, const typename Transform::From* pixe
             return four.ChannelBlocks(hn::LoadU(typename Four::D(), pixels + at * 4));
         } else {
             const hn::Full512<From> df;
-            const auto part = [&](size_t k) { return apply.Flat(q, hn::LoadU(df, pixels + at * 4 + k * 16)); };
-            return four.ChannelBlocks(Four::Join(part(0), part(1), part(2), part(3)));
+            const auto t = [&](size_t k) { return apply.FlatScaled(hn::LoadU(df, pixels + at * 4 + k * 16)); };
+            return four.ChannelBlocksOfPacked(Four::PackScaled(t(0), t(1), t(2), t(3)));
         }
     };
     const auto run = [&](auto store) {
