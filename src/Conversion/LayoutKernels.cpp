@@ -136,10 +136,11 @@ struct ByteToFloatInSingle {
 };
 
 // Float to 8-bit in the rule's order, each step an IEEE single-precision
-// operation (a true division, or the multiplication by an exact reciprocal
-// that rounds the same value; no fused multiply-add). Negative and NaN
-// results are zeroed before Min, so Min never sees a NaN and its per-target
-// NaN behaviour does not matter; the conversion truncates.
+// operation (a true division, the multiplication by an exact reciprocal
+// that rounds the same value, or nothing for a range of 1; no fused
+// multiply-add). Negative and NaN results are zeroed before Min, so Min never
+// sees a NaN and its per-target NaN behaviour does not matter; the
+// conversion truncates.
 enum class RangeStep {
     Divide,                // by the range
     MultiplyByReciprocal,  // exact: every range is a power of two with a normal reciprocal
