@@ -1,8 +1,9 @@
 // What the parallel frame and the machine allow: one rows dispatch with empty
 // pieces (back to back, and after the workers have gone idle), how a
 // compute-bound piece scales from one processor to all of them, and the
-// memory ceiling: a streaming copy on one thread and on all of them, about
-// the fastest a memory-bound row of the same size can go.
+// memory's rate for one source and one destination: a streaming copy on one
+// thread and on all of them. Rows with more streams (planes) can pass it, so
+// it is a reference for memory-bound rows, not a hard ceiling.
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
