@@ -3,6 +3,7 @@
 // through here.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -91,10 +92,41 @@ inline bool WantsBands(Quorin_Flags flags, size_t processors, uint32_t pixels, s
     return (pixels >> 9) > 124;
 }
 
+// The rows of a band plan cut into pieces, each band into up to
+// kPiecesPerBand runs of consecutive rows, handed out in order to whichever
+// of the split's threads asks next. A worker that starts late (waking an idle
+// processor of a virtual machine takes from tens of microseconds to more than
+// a band's time) then leaves the others its share of what is left rather than
+// its whole band to run after them.
+class BandPieces {
+public:
+    static constexpr size_t kPiecesPerBand = 16;
+
+    explicit BandPieces(const BandPlan& plan)
+        : plan_(plan), count_((plan.bands + (plan.remainder != 0 ? 1 : 0)) * kPiecesPerBand) {}
+
+    // Runs bandFn(firstRow, rows) for pieces nobody has taken until none is
+    // left; any number of threads may call it at once.
+    template <class BandFn>
+    void takeUntilNoneLeft(BandFn& bandFn) {
+        for (size_t p = next_.fetch_add(1); p < count_; p = next_.fetch_add(1)) {
+            const size_t band = p / kPiecesPerBand, part = p % kPiecesPerBand, rows = plan_.rowsOf(band);
+            const size_t begin = rows * part / kPiecesPerBand, end = rows * (part + 1) / kPiecesPerBand;
+            if (end > begin) bandFn(plan_.firstRowOf(band) + begin, end - begin);
+        }
+    }
+
+private:
+    BandPlan plan_;
+    size_t count_;
+    std::atomic<size_t> next_{0};
+};
+
 // Runs bandFn(firstRow, rows) over `height` rows. Serial (one call over all
-// rows) unless WantsBands; otherwise the n bands and the remainder band go to a
-// dispatch group that is awaited. Returns kQuorinError_OutOfMemory when the
-// group cannot be created, else 0.
+// rows) unless WantsBands; otherwise a dispatch group that is awaited gets one
+// task for each of the n bands and the remainder band, and those tasks (the
+// caller taking part) share out the bands' pieces, at most one thread per task.
+// Returns kQuorinError_OutOfMemory when the group cannot be created, else 0.
 template <class BandFn>
 Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
@@ -104,12 +136,14 @@ Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, Ba
     }
     const BandPlan plan = PlanBands(processors, height);
     const size_t tasks = plan.bands + (plan.remainder != 0 ? 1 : 0);
-    const bool ran = GroupApply(tasks, [&](size_t i) { bandFn(plan.firstRowOf(i), plan.rowsOf(i)); });
+    BandPieces pieces(plan);
+    const bool ran = GroupApply(tasks, [&](size_t) { pieces.takeUntilNoneLeft(bandFn); });
     return ran ? kQuorinSuccess : kQuorinError_OutOfMemory;
 }
 
-// Same bands through a parallel apply of P iterations: iteration i < n runs
-// chunk rows, iteration n the remainder (possibly 0 rows, still called).
+// Same bands through a parallel apply of P iterations; as many iterations as
+// there are bands with rows (n, or n + 1 with a remainder) share out their
+// pieces, the others (an empty remainder band) have nothing to do.
 template <class BandFn>
 void RunBandsOnApply(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
@@ -118,7 +152,11 @@ void RunBandsOnApply(Quorin_Flags flags, size_t width, size_t height, BandFn&& b
         return;
     }
     const BandPlan plan = PlanBands(processors, height);
-    ParallelApply(processors, [&](size_t i) { bandFn(plan.firstRowOf(i), plan.rowsOf(i)); });
+    const size_t bandsWithRows = plan.bands + (plan.remainder != 0 ? 1 : 0);
+    BandPieces pieces(plan);
+    ParallelApply(processors, [&](size_t i) {
+        if (i < bandsWithRows) pieces.takeUntilNoneLeft(bandFn);
+    });
 }
 
 // Runs pieceFn(x, y, w, h) once over the whole destination on this thread,

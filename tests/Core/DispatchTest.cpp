@@ -185,17 +185,26 @@ TEST(Dispatch, RowsDecisionUsesA32BitPixelCount) {
     EXPECT_FALSE(WantsRowsOrGrid(0, 65536, 65536));
 }
 
-TEST(Dispatch, GroupBandsCoverEveryRowOnceAndUseTheCallersThreadWhenSmall) {
-    ForcedProcessors forced(4);
-    for (size_t height : {4u, 7u, 10u, 101u}) {
-        std::mutex mutex;
-        std::vector<size_t> hits(height, 0);
-        const Quorin_Error result = RunBandsOnGroup(0, 64000, height, [&](size_t first, size_t rows) {
-            std::lock_guard<std::mutex> lock(mutex);
-            for (size_t r = first; r < first + rows; ++r) ++hits[r];
-        });
-        EXPECT_EQ(result, kQuorinSuccess);
-        EXPECT_EQ(std::count(hits.begin(), hits.end(), 1u), static_cast<std::ptrdiff_t>(height)) << height;
+// Both band splitters deal their bands out in pieces: every row must still
+// be run exactly once, whatever the height (fewer rows than pieces included),
+// and a small image must stay one call on the caller's thread.
+TEST(Dispatch, BandPiecesCoverEveryRowOnceOnGroupAndApply) {
+    for (unsigned processors : {2u, 3u, 4u}) {
+        ForcedProcessors forced(processors);
+        for (size_t height : {4u, 7u, 10u, 17u, 101u, 4097u}) {
+            for (bool group : {true, false}) {
+                std::mutex mutex;
+                std::vector<size_t> hits(height, 0);
+                const auto band = [&](size_t first, size_t rows) {
+                    std::lock_guard<std::mutex> lock(mutex);
+                    for (size_t r = first; r < first + rows; ++r) ++hits[r];
+                };
+                if (group) EXPECT_EQ(RunBandsOnGroup(0, 64000, height, band), kQuorinSuccess);
+                else RunBandsOnApply(0, 64000, height, band);
+                EXPECT_EQ(std::count(hits.begin(), hits.end(), 1u), static_cast<std::ptrdiff_t>(height))
+                    << processors << " processors, " << height << " rows, " << (group ? "group" : "apply");
+            }
+        }
     }
     size_t calls = 0;
     EXPECT_EQ(RunBandsOnGroup(0, 10, 10, [&](size_t first, size_t rows) {
@@ -204,6 +213,26 @@ TEST(Dispatch, GroupBandsCoverEveryRowOnceAndUseTheCallersThreadWhenSmall) {
               }),
               kQuorinSuccess);
     EXPECT_EQ(calls, 1u);
+}
+
+// Pieces go to at most one thread per band with rows: with two processors and
+// an odd height the rule makes a single band, so one thread runs every piece.
+TEST(Dispatch, OneBandWithRowsMeansOneThreadForAllItsPieces) {
+    ForcedProcessors forced(2);
+    for (bool group : {true, false}) {
+        std::mutex mutex;
+        std::vector<std::thread::id> threads;
+        const auto band = [&](size_t, size_t) {
+            std::this_thread::sleep_for(std::chrono::microseconds(200));  // time for a second thread to join
+            std::lock_guard<std::mutex> lock(mutex);
+            threads.push_back(std::this_thread::get_id());
+        };
+        if (group) EXPECT_EQ(RunBandsOnGroup(0, 64000, 101, band), kQuorinSuccess);
+        else RunBandsOnApply(0, 64000, 101, band);
+        ASSERT_EQ(threads.size(), BandPieces::kPiecesPerBand) << (group ? "group" : "apply");
+        EXPECT_EQ(std::count(threads.begin(), threads.end(), threads[0]), static_cast<std::ptrdiff_t>(threads.size()))
+            << (group ? "group" : "apply");
+    }
 }
 
 // The caller takes tasks too: each must still run once, and the call must not
