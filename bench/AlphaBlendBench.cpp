@@ -83,6 +83,18 @@ const RegisterFamily kAlphaBlend([] {
                 QuorinClipToAlpha_ARGB8888(&images->bottom.buffer, &images->dest.buffer, flags);
             });
         }
+        if (WantsPairRow(side)) {
+            for (const Row& row : rows) {
+                auto images = ImagesOf(side);
+                RegisterPairRow({row.operation, side, side, Split::Pair, moved},
+                                [images, call = row.call](size_t first, size_t count) {
+                                    const Quorin_Buffer top = RowsOf(images->top.buffer, first, count);
+                                    const Quorin_Buffer bottom = RowsOf(images->bottom.buffer, first, count);
+                                    const Quorin_Buffer dest = RowsOf(images->dest.buffer, first, count);
+                                    call(&top, &bottom, &dest, kQuorinFlag_SingleThreaded);
+                                });
+            }
+        }
 
         // Peers run on one thread only.
         auto images = ImagesOf(side);

@@ -73,6 +73,21 @@ const RegisterFamily kPremultiply([] {
                     },
                     m.peer, [images, &m] { images->prepare(m); });
             }
+            if (WantsPairRow(size)) {
+                RegisterPairRow(
+                    {m.operation, size, size, Split::Pair, m.bytesMoved(size * size)},
+                    [images, &m](size_t first, size_t rows) {
+                        const Quorin_Buffer src = RowsOf(images->src->buffer, first, rows);
+                        const Quorin_Buffer dest = RowsOf(images->dest->buffer, first, rows);
+                        if (m.planes) {
+                            const Quorin_Buffer alpha = RowsOf(images->alpha->buffer, first, rows);
+                            m.planes(&src, &alpha, &dest, kQuorinFlag_SingleThreaded);
+                        } else {
+                            m.pixels(&src, &dest, kQuorinFlag_SingleThreaded);
+                        }
+                    },
+                    [images, &m] { images->prepare(m); });
+            }
         }
 #ifdef QUORIN_BENCH_LIBYUV
         // libyuv runs on the calling thread only; its input is laid out as our RGBA8888.

@@ -1,11 +1,12 @@
 #include "BenchSupport.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstring>
-
 #include <map>
 #include <memory>
 #include <set>
+#include <thread>
 
 namespace quorin::bench {
 namespace {
@@ -49,7 +50,7 @@ public:
             } else {
                 std::printf(" %9s", "");
             }
-            if (info.shape.split == Split::Default) {
+            if (info.shape.split != Split::Single) {
                 RowShape single = info.shape;
                 single.split = Split::Single;
                 printRatio(RowName(single), t);
@@ -75,27 +76,82 @@ private:
     std::map<std::string, double> seconds_;
 };
 
+// A thread that runs `work` each time it is started, spinning (never
+// sleeping) in between, so that starting it costs no wake-up.
+class SpinningHelper {
+public:
+    explicit SpinningHelper(std::function<void()> work)
+        : thread_([this, work = std::move(work)] {
+              for (uint64_t seen = 0;;) {
+                  const uint64_t wanted = started_.load(std::memory_order_acquire);
+                  if (wanted == kQuit) return;
+                  if (wanted == seen) continue;
+                  work();
+                  seen = wanted;
+                  finished_.store(seen, std::memory_order_release);
+              }
+          }) {}
+    ~SpinningHelper() {
+        started_.store(kQuit, std::memory_order_release);
+        thread_.join();
+    }
+    void start() { started_.fetch_add(1, std::memory_order_release); }
+    void wait() const {
+        const uint64_t wanted = started_.load(std::memory_order_relaxed);
+        while (finished_.load(std::memory_order_acquire) != wanted) {
+        }
+    }
+
+private:
+    static constexpr uint64_t kQuit = ~uint64_t{0};
+    std::atomic<uint64_t> started_{0}, finished_{0};
+    std::thread thread_;  // last: starts once the counters exist
+};
+
 }  // namespace
 
 std::string RowName(const RowShape& shape) {
     return shape.operation + "/" + std::to_string(shape.width) + "x" + std::to_string(shape.height) +
-           (shape.split == Split::Single ? "/st" : "/mt");
+           (shape.split == Split::Single ? "/st" : shape.split == Split::Default ? "/mt" : "/pair");
 }
 
 void RegisterRow(const RowShape& shape, std::function<void()> body, const std::string& peer,
-                 std::function<void()> prepare) {
+                 std::function<void()> prepare, std::function<void()> finish) {
     const std::string name = RowName(shape);
     Rows()[name] = RowInfo{shape, peer};
     const double pixels = static_cast<double>(shape.width * shape.height);
     const double bytes = static_cast<double>(shape.bytesMoved);
-    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body), prepare = std::move(prepare), pixels,
-                                                bytes](benchmark::State& state) {
+    benchmark::RegisterBenchmark(name.c_str(), [body = std::move(body), prepare = std::move(prepare),
+                                                finish = std::move(finish), pixels, bytes](benchmark::State& state) {
         if (prepare) prepare();
         for (auto _ : state) body();
+        if (finish) finish();
         state.counters["MP/s"] = benchmark::Counter(pixels / 1e6 * state.iterations(), benchmark::Counter::kIsRate);
         state.counters["GB/s"] = benchmark::Counter(bytes / 1e9 * state.iterations(), benchmark::Counter::kIsRate);
     })->UseRealTime()->Unit(benchmark::kMicrosecond);
     RegisterMemcpy(shape.bytesMoved);
+}
+
+void RegisterPairRow(const RowShape& shape, std::function<void(size_t, size_t)> half, std::function<void()> prepare) {
+    RowShape pair = shape;
+    pair.split = Split::Pair;
+    const size_t top = shape.height / 2, bottom = shape.height - top;
+    // The helper lives for one timed run (a repetition): it must not spin
+    // while other rows are timed.
+    auto helper = std::make_shared<std::unique_ptr<SpinningHelper>>();
+    RegisterRow(
+        pair,
+        [half, helper, top] {
+            (*helper)->start();
+            half(0, top);
+            (*helper)->wait();
+        },
+        {},
+        [half, helper, prepare = std::move(prepare), top, bottom] {
+            if (prepare) prepare();
+            *helper = std::make_unique<SpinningHelper>([half, top, bottom] { half(top, bottom); });
+        },
+        [helper] { helper->reset(); });
 }
 
 void RegisterMemcpy(size_t bytes) {

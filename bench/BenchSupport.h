@@ -18,7 +18,11 @@
 
 namespace quorin::bench {
 
-enum class Split { Single, Default };
+// Single: flag single-threaded. Default: no flags, the library splits.
+// Pair: two threads that never sleep, each running half the rows
+// single-threaded: what two processors give an operation without any
+// dispatch cost, to set beside its default-mode row.
+enum class Split { Single, Default, Pair };
 
 struct RowShape {
     std::string operation;  // "Planar8toARGB8888", "OpenCV merge 8U", ...
@@ -33,9 +37,22 @@ std::string RowName(const RowShape& shape);
 // Registers one row. `body` performs one call per invocation. `peer` is the
 // operation name of the peer row to compare with (same size and split), or empty.
 // `prepare`, if given, runs before each timed run (outside the timing), so rows
-// can make their images only when they are selected.
+// can make their images only when they are selected; `finish` after it.
 void RegisterRow(const RowShape& shape, std::function<void()> body, const std::string& peer = {},
-                 std::function<void()> prepare = {});
+                 std::function<void()> prepare = {}, std::function<void()> finish = {});
+
+// Registers the Pair row of `shape` (whose split is ignored): each timed call
+// runs half(firstRow, rows), which must be single-threaded, over the top half
+// on the calling thread and over the bottom half on a helper thread that spins
+// between calls. Only for images of at least two rows.
+void RegisterPairRow(const RowShape& shape, std::function<void(size_t firstRow, size_t rows)> half,
+                     std::function<void()> prepare = {});
+
+// Rows [firstRow, firstRow + rows) of an image, as a record of its own.
+inline Quorin_Buffer RowsOf(const Quorin_Buffer& image, size_t firstRow, size_t rows) {
+    return Quorin_Buffer{static_cast<uint8_t*>(image.data) + firstRow * image.rowBytes, rows, image.width,
+                         image.rowBytes};
+}
 
 // Registers the memcpy row for `bytes` (half read, half written) if not already there.
 void RegisterMemcpy(size_t bytes);
@@ -63,5 +80,8 @@ inline const std::vector<size_t>& StandardSizes() {
     static const std::vector<size_t> sizes{4096, 1024};
     return sizes;
 }
+
+// Pair rows are measured at the largest standard size only.
+inline bool WantsPairRow(size_t side) { return side == StandardSizes().front(); }
 
 }  // namespace quorin::bench

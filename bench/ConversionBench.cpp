@@ -141,20 +141,36 @@ void RegisterMember(const Member& m, size_t size, Split split) {
     const size_t pixels = size * size;
     const RowShape shape{m.name, size, size, split, pixels * (m.planes * m.planeBytes + m.pixelBytes)};
     const auto buffers = std::make_shared<MemberBuffers>();
+    const auto prepare = [&m, buffers, size] {
+        Workspace& ws = Workspace::For(size, size);
+        for (size_t k = 0; k < m.planes; ++k) {
+            buffers->planes[k] = ws.area(k, m.planeBytes, m.merge ? m.input : Content::Unknown);
+            buffers->records[k] = &buffers->planes[k];
+        }
+        buffers->image = ws.area(4, m.pixelBytes, m.merge ? Content::Unknown : m.input);
+    };
+    if (split == Split::Pair) {
+        RegisterPairRow(
+            shape,
+            [&m, buffers](size_t first, size_t rows) {
+                const Quorin_Buffer image = RowsOf(buffers->image, first, rows);
+                Quorin_Buffer planes[4];
+                const Quorin_Buffer* records[4]{};
+                for (size_t k = 0; k < m.planes; ++k) {
+                    planes[k] = RowsOf(buffers->planes[k], first, rows);
+                    records[k] = &planes[k];
+                }
+                if (m.call(&image, records, kQuorinFlag_SingleThreaded) != kQuorinSuccess) std::abort();
+            },
+            prepare);
+        return;
+    }
     RegisterRow(
         shape,
         [&m, buffers, split] {
             if (m.call(&buffers->image, buffers->records, FlagsOf(split)) != kQuorinSuccess) std::abort();
         },
-        m.peer,
-        [&m, buffers, size] {
-            Workspace& ws = Workspace::For(size, size);
-            for (size_t k = 0; k < m.planes; ++k) {
-                buffers->planes[k] = ws.area(k, m.planeBytes, m.merge ? m.input : Content::Unknown);
-                buffers->records[k] = &buffers->planes[k];
-            }
-            buffers->image = ws.area(4, m.pixelBytes, m.merge ? Content::Unknown : m.input);
-        });
+        m.peer, prepare);
 }
 
 #if QUORIN_BENCH_OPENCV
@@ -228,12 +244,13 @@ const RegisterFamily kConversion([] {
     // measured there to show where waking the second thread pays.
     for (size_t size : {size_t{4096}, size_t{1024}, size_t{512}, size_t{256}}) {
         const bool standard = std::find(StandardSizes().begin(), StandardSizes().end(), size) != StandardSizes().end();
-        for (Split split : {Split::Single, Split::Default}) {
+        for (Split split : {Split::Single, Split::Default, Split::Pair}) {
+            if (split == Split::Pair && !WantsPairRow(size)) continue;
             std::vector<std::string> peers;
             for (const Member& m : kMembers) {
                 if (!standard && !m.smallSizes) continue;
                 RegisterMember(m, size, split);
-                peers.push_back(m.peer);
+                if (split != Split::Pair) peers.push_back(m.peer);
             }
 #if QUORIN_BENCH_OPENCV
             for (const Peer& p : kPeers)

@@ -30,7 +30,7 @@ def read_table(path):
     for line in lines[start + 1:]:
         if not line.strip() or line.startswith("memcpy/"):
             continue
-        match = re.match(r"(.*?/\d+x\d+/(?:st|mt))", line)
+        match = re.match(r"(.*?/\d+x\d+/(?:st|mt|pair))", line)
         if not match:
             continue
         name = match.group(1)
