@@ -29,6 +29,7 @@
 
 #include "Alpha/PremultiplyKernels.h"
 #include "Alpha/PremultiplyMath-inl.h"
+#include "Core/Opaque.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
@@ -203,16 +204,6 @@ HWY_INLINE V16 ReciprocalBelow(V16 divisor) {
     return hn::BitCast(D16(), hn::TableLookupBytes(hn::BitCast(D8(), rounded), hn::LoadDup128(D8(), kLowHalfTwice)));
 }
 
-// v, hidden from the optimiser. GCC turns a multiplication by 255 into a
-// shift and a subtraction: one instruction more than the multiplication.
-template <class V>
-HWY_INLINE V Opaque(V v) {
-#if HWY_ARCH_X86 && (defined(__GNUC__) || defined(__clang__))
-    asm("" : "+v"(v.raw));
-#endif
-    return v;
-}
-
 // q + 1 in the lanes of `mask`: one masked addition with AVX-512, elsewhere
 // the subtraction of the mask's all-ones lanes.
 template <class M>
@@ -233,6 +224,8 @@ HWY_INLINE V16 IncrementWhere(M mask, V16 q) {
 HWY_INLINE V16 Unpremultiply8Quotient(V16 colour, V16 alpha, V16 divisor, V16 belowDivisor, V16 reciprocal) {
     const D16 d16;
     const hn::RebindToSigned<D16> di16;
+    // Opaque: GCC turns a multiplication by 255 into a shift and a
+    // subtraction, one instruction more than the multiplication.
     const V16 n = hn::Add(hn::Mul(hn::Min(colour, alpha), Opaque(hn::Set(d16, 255))), hn::ShiftRight<1>(alpha));
     const V16 q = hn::MulHigh(n, reciprocal);
     // Below 2 * divisor, so the comparison may be signed.
