@@ -70,6 +70,8 @@ struct BandPlan {
 
     // Rows of band i (i in 0..n); band n exists only when remainder != 0.
     size_t rowsOf(size_t i) const { return i < bands ? chunk : remainder; }
+    // Bands with at least one row: n, and the remainder band if it has rows.
+    size_t bandsWithRows() const { return bands + (remainder != 0 ? 1 : 0); }
     size_t firstRowOf(size_t i) const { return i * chunk; }
 };
 
@@ -103,7 +105,7 @@ public:
     static constexpr size_t kPiecesPerBand = 16;
 
     explicit BandPieces(const BandPlan& plan)
-        : plan_(plan), count_((plan.bands + (plan.remainder != 0 ? 1 : 0)) * kPiecesPerBand) {}
+        : plan_(plan), count_(plan.bandsWithRows() * kPiecesPerBand) {}
 
     // Runs bandFn(firstRow, rows) for pieces nobody has taken until none is
     // left; any number of threads may call it at once.
@@ -135,9 +137,8 @@ Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, Ba
         return kQuorinSuccess;
     }
     const BandPlan plan = PlanBands(processors, height);
-    const size_t tasks = plan.bands + (plan.remainder != 0 ? 1 : 0);
     BandPieces pieces(plan);
-    const bool ran = GroupApply(tasks, [&](size_t) { pieces.takeUntilNoneLeft(bandFn); });
+    const bool ran = GroupApply(plan.bandsWithRows(), [&](size_t) { pieces.takeUntilNoneLeft(bandFn); });
     return ran ? kQuorinSuccess : kQuorinError_OutOfMemory;
 }
 
@@ -152,10 +153,9 @@ void RunBandsOnApply(Quorin_Flags flags, size_t width, size_t height, BandFn&& b
         return;
     }
     const BandPlan plan = PlanBands(processors, height);
-    const size_t bandsWithRows = plan.bands + (plan.remainder != 0 ? 1 : 0);
     BandPieces pieces(plan);
     ParallelApply(processors, [&](size_t i) {
-        if (i < bandsWithRows) pieces.takeUntilNoneLeft(bandFn);
+        if (i < plan.bandsWithRows()) pieces.takeUntilNoneLeft(bandFn);
     });
 }
 
