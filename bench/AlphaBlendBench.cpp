@@ -94,6 +94,13 @@ const RegisterFamily kAlphaBlend([] {
                                     call(&top, &bottom, &dest, kQuorinFlag_SingleThreaded);
                                 });
             }
+            auto images = ImagesOf(side);
+            RegisterPairRow({"ClipToAlpha_ARGB8888", side, side, Split::Pair, pixels * 8},
+                            [images](size_t first, size_t count) {
+                                const Quorin_Buffer src = RowsOf(images->bottom.buffer, first, count);
+                                const Quorin_Buffer dest = RowsOf(images->dest.buffer, first, count);
+                                QuorinClipToAlpha_ARGB8888(&src, &dest, kQuorinFlag_SingleThreaded);
+                            });
         }
 
         // Peers run on one thread only.
