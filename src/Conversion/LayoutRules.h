@@ -126,7 +126,11 @@ struct FloatToByte {
         for (size_t c = 0; exactReciprocals && c < 4; ++c) reciprocal[c] = 1.0f / range[c];
     }
     bool multiplies() const { return reciprocal[0] != 0.0f; }
-    bool unitRanges() const { return range[0] == 1.0f && range[1] == 1.0f && range[2] == 1.0f && range[3] == 1.0f; }
+    bool unitRangesFromZero() const {
+        for (size_t c = 0; c < 4; ++c)
+            if (range[c] != 1.0f || min[c] != 0.0f) return false;
+        return true;
+    }
     uint8_t operator()(size_t c, float f) const { return FloatToByteRule(f, min[c], range[c]); }
 };
 

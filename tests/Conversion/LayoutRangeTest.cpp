@@ -30,8 +30,11 @@ const std::vector<RangeSet> kRangeSets{
     // Every range a power of two: the vector kernels may multiply by the
     // exact reciprocal instead of dividing.
     {{1.0f, 2.0f, 0.25f, 0.0f}, {0.0f, 0.0f, 0.0f, 1.0f}},
-    // Every range 1, from different minimums: the vector kernels skip the division.
+    // Every range 1, from different minimums: the vector kernels multiply by 1.
     {{1.0f, 0.5f, 101.0f, -2.0f}, {0.0f, -0.5f, 100.0f, -3.0f}},
+    // Every range 1 from 0 of either sign: the vector kernels skip the
+    // subtraction and the division.
+    {{1.0f, 1.0f, 1.0f, 1.0f}, {0.0f, -0.0f, 0.0f, -0.0f}},
     // min cancels one byte's product almost exactly, so the last bit of the
     // double-precision quotient shows: a multiplication by 1/255 fails here.
     {{0.674516559f, 0.368631124f, 0.349023104f, 0.235296488f},
