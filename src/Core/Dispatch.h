@@ -94,7 +94,7 @@ inline bool WantsBands(Quorin_Flags flags, size_t processors, uint32_t pixels, s
     return (pixels >> 9) > 124;
 }
 
-// The rows of a band plan cut into pieces, each band into up to
+// The rows of a split's bands cut into pieces, each band into up to
 // kPiecesPerBand runs of consecutive rows, handed out in order to whichever
 // of the split's threads asks next. A worker that starts late (waking an idle
 // processor of a virtual machine takes from tens of microseconds to more than
@@ -104,23 +104,27 @@ class BandPieces {
 public:
     static constexpr size_t kPiecesPerBand = 16;
 
+    // `bands` bands of `chunk` rows from row 0, the last of `lastRows` rows.
+    BandPieces(size_t bands, size_t chunk, size_t lastRows)
+        : bands_(bands), chunk_(chunk), lastRows_(lastRows), count_(bands * kPiecesPerBand) {}
+    // The bands of a plan that have rows.
     explicit BandPieces(const BandPlan& plan)
-        : plan_(plan), count_(plan.bandsWithRows() * kPiecesPerBand) {}
+        : BandPieces(plan.bandsWithRows(), plan.chunk, plan.remainder != 0 ? plan.remainder : plan.chunk) {}
 
     // Runs bandFn(firstRow, rows) for pieces nobody has taken until none is
     // left; any number of threads may call it at once.
     template <class BandFn>
     void takeUntilNoneLeft(BandFn& bandFn) {
         for (size_t p = next_.fetch_add(1); p < count_; p = next_.fetch_add(1)) {
-            const size_t band = p / kPiecesPerBand, part = p % kPiecesPerBand, rows = plan_.rowsOf(band);
+            const size_t band = p / kPiecesPerBand, part = p % kPiecesPerBand;
+            const size_t rows = band + 1 < bands_ ? chunk_ : lastRows_;
             const size_t begin = rows * part / kPiecesPerBand, end = rows * (part + 1) / kPiecesPerBand;
-            if (end > begin) bandFn(plan_.firstRowOf(band) + begin, end - begin);
+            if (end > begin) bandFn(band * chunk_ + begin, end - begin);
         }
     }
 
 private:
-    BandPlan plan_;
-    size_t count_;
+    size_t bands_, chunk_, lastRows_, count_;
     std::atomic<size_t> next_{0};
 };
 
@@ -221,18 +225,31 @@ void QuorinRunRowWork(const QuorinRowWork& work, Quorin_Flags flags);
 
 namespace quorin {
 
+// The rows dispatcher calls the closure once per band (height / P rows, the
+// last band taking the rest); each call with a band that has rows takes
+// pieces of all the bands, as the band splitters do, so pieceFn sees full-
+// width runs of rows that may be shorter than a band.
 template <class PieceFn>
 void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn) {
     if (!WantsRowsOrGrid(flags, width, height)) {
         pieceFn(size_t{0}, size_t{0}, width, height);
         return;
     }
-    using Fn = std::remove_reference_t<PieceFn>;
+    struct Shared {
+        BandPieces pieces;
+        size_t bandsWithRows, width;
+        PieceFn& pieceFn;
+    };
+    const size_t processors = ActiveProcessorCount(), chunk = height / processors;
+    Shared shared{BandPieces(processors, chunk, height - chunk * (processors - 1)), chunk == 0 ? 1 : processors,
+                  width, pieceFn};
     const Quorin_PieceClosure closure{
-        [](void* context, size_t, size_t x, size_t y, size_t w, size_t h) {
-            (*static_cast<Fn*>(context))(x, y, w, h);
+        [](void* context, size_t band, size_t, size_t, size_t, size_t) {
+            auto& all = *static_cast<Shared*>(context);
+            auto rows = [&all](size_t firstRow, size_t count) { all.pieceFn(size_t{0}, firstRow, all.width, count); };
+            if (band < all.bandsWithRows) all.pieces.takeUntilNoneLeft(rows);
         },
-        &pieceFn};
+        &shared};
     _QuorinDispatchApplyOnRows(width, height, &closure);
 }
 

@@ -185,24 +185,35 @@ TEST(Dispatch, RowsDecisionUsesA32BitPixelCount) {
     EXPECT_FALSE(WantsRowsOrGrid(0, 65536, 65536));
 }
 
-// Both band splitters deal their bands out in pieces: every row must still
-// be run exactly once, whatever the height (fewer rows than pieces included),
-// and a small image must stay one call on the caller's thread.
-TEST(Dispatch, BandPiecesCoverEveryRowOnceOnGroupAndApply) {
+// The band splitters and the rows runner deal their bands out in pieces:
+// every row must still be run exactly once, whatever the height (fewer rows
+// than pieces or than processors included), and a small image must stay one
+// call on the caller's thread.
+TEST(Dispatch, BandPiecesCoverEveryRowOnceOnGroupApplyAndRows) {
+    enum Splitter { kGroup, kApply, kRows };
     for (unsigned processors : {2u, 3u, 4u}) {
         ForcedProcessors forced(processors);
-        for (size_t height : {4u, 7u, 10u, 17u, 101u, 4097u}) {
-            for (bool group : {true, false}) {
+        for (size_t height : {1u, 4u, 7u, 10u, 17u, 101u, 4097u}) {
+            for (Splitter splitter : {kGroup, kApply, kRows}) {
                 std::mutex mutex;
                 std::vector<size_t> hits(height, 0);
                 const auto band = [&](size_t first, size_t rows) {
                     std::lock_guard<std::mutex> lock(mutex);
                     for (size_t r = first; r < first + rows; ++r) ++hits[r];
                 };
-                if (group) EXPECT_EQ(RunBandsOnGroup(0, 64000, height, band), kQuorinSuccess);
-                else RunBandsOnApply(0, 64000, height, band);
+                if (splitter == kGroup) {
+                    EXPECT_EQ(RunBandsOnGroup(0, 64000, height, band), kQuorinSuccess);
+                } else if (splitter == kApply) {
+                    RunBandsOnApply(0, 64000, height, band);
+                } else {
+                    RunRows(0, 64000, height, [&](size_t x, size_t y, size_t w, size_t h) {
+                        EXPECT_EQ(x, 0u);
+                        EXPECT_EQ(w, 64000u);
+                        band(y, h);
+                    });
+                }
                 EXPECT_EQ(std::count(hits.begin(), hits.end(), 1u), static_cast<std::ptrdiff_t>(height))
-                    << processors << " processors, " << height << " rows, " << (group ? "group" : "apply");
+                    << processors << " processors, " << height << " rows, splitter " << splitter;
             }
         }
     }
@@ -215,11 +226,14 @@ TEST(Dispatch, BandPiecesCoverEveryRowOnceOnGroupAndApply) {
     EXPECT_EQ(calls, 1u);
 }
 
-// Pieces go to at most one thread per band with rows: with two processors and
-// an odd height the rule makes a single band, so one thread runs every piece.
+// Pieces go to at most one thread per band with rows. With two processors
+// and an odd height the band rule makes a single band; the rows dispatcher
+// gives all rows to its last band when there are fewer rows than processors.
+// Either way one thread must run every piece.
 TEST(Dispatch, OneBandWithRowsMeansOneThreadForAllItsPieces) {
-    ForcedProcessors forced(2);
-    for (bool group : {true, false}) {
+    enum Splitter { kGroup, kApply, kRows };
+    for (Splitter splitter : {kGroup, kApply, kRows}) {
+        ForcedProcessors forced(splitter == kRows ? 4 : 2);
         std::mutex mutex;
         std::vector<std::thread::id> threads;
         const auto band = [&](size_t, size_t) {
@@ -227,11 +241,18 @@ TEST(Dispatch, OneBandWithRowsMeansOneThreadForAllItsPieces) {
             std::lock_guard<std::mutex> lock(mutex);
             threads.push_back(std::this_thread::get_id());
         };
-        if (group) EXPECT_EQ(RunBandsOnGroup(0, 64000, 101, band), kQuorinSuccess);
-        else RunBandsOnApply(0, 64000, 101, band);
-        ASSERT_EQ(threads.size(), BandPieces::kPiecesPerBand) << (group ? "group" : "apply");
+        size_t expectedPieces = BandPieces::kPiecesPerBand;
+        if (splitter == kGroup) {
+            EXPECT_EQ(RunBandsOnGroup(0, 64000, 101, band), kQuorinSuccess);
+        } else if (splitter == kApply) {
+            RunBandsOnApply(0, 64000, 101, band);
+        } else {
+            RunRows(0, 64000, 3, [&](size_t, size_t y, size_t, size_t h) { band(y, h); });
+            expectedPieces = 3;  // one row each
+        }
+        ASSERT_EQ(threads.size(), expectedPieces) << "splitter " << splitter;
         EXPECT_EQ(std::count(threads.begin(), threads.end(), threads[0]), static_cast<std::ptrdiff_t>(threads.size()))
-            << (group ? "group" : "apply");
+            << "splitter " << splitter;
     }
 }
 
