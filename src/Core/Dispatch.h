@@ -3,6 +3,7 @@
 // through here.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -94,44 +95,60 @@ inline bool WantsBands(Quorin_Flags flags, size_t processors, uint32_t pixels, s
     return (pixels >> 9) > 124;
 }
 
-// The rows of a split's bands cut into pieces, each band into up to
-// kPiecesPerBand runs of consecutive rows, handed out in order to whichever
-// of the split's threads asks next. A worker that starts late (waking an idle
-// processor of a virtual machine takes from tens of microseconds to more than
-// a band's time) then leaves the others its share of what is left rather than
-// its whole band to run after them.
+// The rows of a split's bands, cut into pieces when the bands are large:
+// each band into up to kMaxPiecesPerBand runs of consecutive rows of at least
+// kMinPiecePixels, handed out in order to whichever of the split's threads
+// asks next. A worker that starts late (waking an idle processor of a virtual
+// machine takes from tens of microseconds to more than a band's time) then
+// leaves the others its share of what is left rather than its whole band to
+// run after them. Bands too small for two pieces stay whole, one per thread:
+// there a worker is late by more than the band's work, and a caller that took
+// its band would still wait for it to start.
 class BandPieces {
 public:
-    static constexpr size_t kPiecesPerBand = 16;
+    static constexpr size_t kMaxPiecesPerBand = 16;
+    static constexpr size_t kMinPiecePixels = 32768;
 
-    // `bands` bands of `chunk` rows from row 0, the last of `lastRows` rows.
-    BandPieces(size_t bands, size_t chunk, size_t lastRows)
-        : bands_(bands), chunk_(chunk), lastRows_(lastRows), count_(bands * kPiecesPerBand) {}
+    // `bands` bands of `chunk` rows of `width` pixels from row 0, the last of
+    // `lastRows` rows.
+    BandPieces(size_t bands, size_t chunk, size_t lastRows, size_t width)
+        : bands_(bands),
+          chunk_(chunk),
+          lastRows_(lastRows),
+          perBand_(std::clamp<size_t>(std::max(chunk, lastRows) * width / kMinPiecePixels, 1, kMaxPiecesPerBand)) {}
     // The bands of a plan that have rows.
-    explicit BandPieces(const BandPlan& plan)
-        : BandPieces(plan.bandsWithRows(), plan.chunk, plan.remainder != 0 ? plan.remainder : plan.chunk) {}
+    BandPieces(const BandPlan& plan, size_t width)
+        : BandPieces(plan.bandsWithRows(), plan.chunk, plan.remainder != 0 ? plan.remainder : plan.chunk, width) {}
 
-    // Runs bandFn(firstRow, rows) for pieces nobody has taken until none is
-    // left; any number of threads may call it at once.
+    // The share of the split's thread number `taker` (0 to the number of
+    // bands, once each): its own band when bands stay whole; otherwise, for
+    // as many takers as there are bands with rows, pieces nobody has taken
+    // until none is left. Calls bandFn(firstRow, rows), never with 0 rows.
     template <class BandFn>
-    void takeUntilNoneLeft(BandFn& bandFn) {
-        for (size_t p = next_.fetch_add(1); p < count_; p = next_.fetch_add(1)) {
-            const size_t band = p / kPiecesPerBand, part = p % kPiecesPerBand;
-            const size_t rows = band + 1 < bands_ ? chunk_ : lastRows_;
-            const size_t begin = rows * part / kPiecesPerBand, end = rows * (part + 1) / kPiecesPerBand;
+    void run(size_t taker, BandFn& bandFn) {
+        if (perBand_ == 1) {
+            if (taker < bands_ && rowsOf(taker) != 0) bandFn(taker * chunk_, rowsOf(taker));
+            return;
+        }
+        if (taker >= (chunk_ == 0 ? 1 : bands_)) return;  // only the last band has rows
+        for (size_t p = next_.fetch_add(1); p < bands_ * perBand_; p = next_.fetch_add(1)) {
+            const size_t band = p / perBand_, part = p % perBand_, rows = rowsOf(band);
+            const size_t begin = rows * part / perBand_, end = rows * (part + 1) / perBand_;
             if (end > begin) bandFn(band * chunk_ + begin, end - begin);
         }
     }
 
 private:
-    size_t bands_, chunk_, lastRows_, count_;
+    size_t rowsOf(size_t band) const { return band + 1 < bands_ ? chunk_ : lastRows_; }
+
+    size_t bands_, chunk_, lastRows_, perBand_;
     std::atomic<size_t> next_{0};
 };
 
 // Runs bandFn(firstRow, rows) over `height` rows. Serial (one call over all
 // rows) unless WantsBands; otherwise a dispatch group that is awaited gets one
 // task for each of the n bands and the remainder band, and those tasks (the
-// caller taking part) share out the bands' pieces, at most one thread per task.
+// caller taking part) run the bands, shared out in pieces when large.
 // Returns kQuorinError_OutOfMemory when the group cannot be created, else 0.
 template <class BandFn>
 Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
@@ -141,14 +158,13 @@ Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, Ba
         return kQuorinSuccess;
     }
     const BandPlan plan = PlanBands(processors, height);
-    BandPieces pieces(plan);
-    const bool ran = GroupApply(plan.bandsWithRows(), [&](size_t) { pieces.takeUntilNoneLeft(bandFn); });
+    BandPieces pieces(plan, width);
+    const bool ran = GroupApply(plan.bandsWithRows(), [&](size_t i) { pieces.run(i, bandFn); });
     return ran ? kQuorinSuccess : kQuorinError_OutOfMemory;
 }
 
-// Same bands through a parallel apply of P iterations; as many iterations as
-// there are bands with rows (n, or n + 1 with a remainder) share out their
-// pieces, the others (an empty remainder band) have nothing to do.
+// Same bands through a parallel apply of P iterations; iteration n has
+// nothing to do when there is no remainder.
 template <class BandFn>
 void RunBandsOnApply(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
@@ -157,10 +173,8 @@ void RunBandsOnApply(Quorin_Flags flags, size_t width, size_t height, BandFn&& b
         return;
     }
     const BandPlan plan = PlanBands(processors, height);
-    BandPieces pieces(plan);
-    ParallelApply(processors, [&](size_t i) {
-        if (i < plan.bandsWithRows()) pieces.takeUntilNoneLeft(bandFn);
-    });
+    BandPieces pieces(plan, width);
+    ParallelApply(processors, [&](size_t i) { pieces.run(i, bandFn); });
 }
 
 // Runs pieceFn(x, y, w, h) once over the whole destination on this thread,
@@ -226,9 +240,9 @@ void QuorinRunRowWork(const QuorinRowWork& work, Quorin_Flags flags);
 namespace quorin {
 
 // The rows dispatcher calls the closure once per band (height / P rows, the
-// last band taking the rest); each call with a band that has rows takes
-// pieces of all the bands, as the band splitters do, so pieceFn sees full-
-// width runs of rows that may be shorter than a band.
+// last band taking the rest); large bands are shared out in pieces as the
+// band splitters do, so pieceFn sees full-width runs of rows that may be
+// shorter than a band.
 template <class PieceFn>
 void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn) {
     if (!WantsRowsOrGrid(flags, width, height)) {
@@ -237,17 +251,16 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
     }
     struct Shared {
         BandPieces pieces;
-        size_t bandsWithRows, width;
+        size_t width;
         PieceFn& pieceFn;
     };
     const size_t processors = ActiveProcessorCount(), chunk = height / processors;
-    Shared shared{BandPieces(processors, chunk, height - chunk * (processors - 1)), chunk == 0 ? 1 : processors,
-                  width, pieceFn};
+    Shared shared{BandPieces(processors, chunk, height - chunk * (processors - 1), width), width, pieceFn};
     const Quorin_PieceClosure closure{
         [](void* context, size_t band, size_t, size_t, size_t, size_t) {
             auto& all = *static_cast<Shared*>(context);
             auto rows = [&all](size_t firstRow, size_t count) { all.pieceFn(size_t{0}, firstRow, all.width, count); };
-            if (band < all.bandsWithRows) all.pieces.takeUntilNoneLeft(rows);
+            all.pieces.run(band, rows);
         },
         &shared};
     _QuorinDispatchApplyOnRows(width, height, &closure);
