@@ -126,7 +126,7 @@ public:
     // until none is left. Calls bandFn(firstRow, rows), never with 0 rows.
     template <class BandFn>
     void run(size_t taker, BandFn& bandFn) {
-        if (perBand_ == 1) {
+        if (!cut()) {
             if (taker < bands_ && rowsOf(taker) != 0) bandFn(taker * chunk_, rowsOf(taker));
             return;
         }
@@ -137,6 +137,9 @@ public:
             if (end > begin) bandFn(band * chunk_ + begin, end - begin);
         }
     }
+
+    // Whether the bands are cut into pieces.
+    bool cut() const { return perBand_ > 1; }
 
 private:
     size_t rowsOf(size_t band) const { return band + 1 < bands_ ? chunk_ : lastRows_; }
@@ -257,8 +260,14 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
     const size_t processors = ActiveProcessorCount(), chunk = height / processors;
     Shared shared{BandPieces(processors, chunk, height - chunk * (processors - 1), width), width, pieceFn};
     const Quorin_PieceClosure closure{
-        [](void* context, size_t band, size_t, size_t, size_t, size_t) {
+        [](void* context, size_t band, size_t x, size_t y, size_t w, size_t h) {
             auto& all = *static_cast<Shared*>(context);
+            // Whole bands are the dispatcher's own, even should its processor
+            // count differ from the one read above.
+            if (!all.pieces.cut()) {
+                all.pieceFn(x, y, w, h);
+                return;
+            }
             auto rows = [&all](size_t firstRow, size_t count) { all.pieceFn(size_t{0}, firstRow, all.width, count); };
             all.pieces.run(band, rows);
         },
