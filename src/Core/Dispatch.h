@@ -102,8 +102,8 @@ inline bool WantsBands(Quorin_Flags flags, size_t processors, uint32_t pixels, s
 // machine takes from tens of microseconds to more than a band's time) then
 // leaves the others its share of what is left rather than its whole band to
 // run after them. Bands too small for two pieces stay whole, one per thread:
-// there a worker is late by more than the band's work, and a caller that took
-// its band would still wait for it to start.
+// their work is shorter than a worker's usual lateness, so sharing them out
+// has nothing to win.
 class BandPieces {
 public:
     static constexpr size_t kMaxPiecesPerBand = 16;
