@@ -26,10 +26,23 @@ struct Arg {
     bool written() const { return use != Use::Read; }
 };
 
+// Wide ranges, so that random floats land on every side of them.
+inline constexpr float kWideMax[4] = {1.0f, 2.0f, -1.0f, 255.0f};
+inline constexpr float kWideMin[4] = {0.0f, -2.0f, 1.0f, 0.0f};
+
 struct SafetyMember {
     std::string name;
     std::vector<Arg> args;
-    std::function<Quorin_Error(const Quorin_Buffer* const* buffers, Quorin_Flags flags)> call;
+    bool takesRanges;
+    // maxFloat and minFloat reach only the members that take ranges.
+    std::function<Quorin_Error(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max,
+                               const float* min)>
+        call;
+
+    Quorin_Error run(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max = kWideMax,
+                     const float* min = kWideMin) const {
+        return call(buffers, flags, max, min);
+    }
 };
 
 const std::vector<SafetyMember>& ImplementedMembers();

@@ -60,7 +60,7 @@ struct Call {
     Quorin_Error run(Quorin_Flags flags = 0) const {
         std::vector<const Quorin_Buffer*> records;
         for (const auto& b : buffers) records.push_back(b->record());
-        return member.call(records.data(), flags);
+        return member.run(records.data(), flags);
     }
     bool outputsUntouched() const {
         for (size_t i = 0; i < buffers.size(); ++i)
