@@ -154,6 +154,14 @@ void ConvertRows(Quorin_Flags flags, const Quorin_Buffer* region, bool streaming
     });
 }
 
+// Transforms with a table may tell that their vector kernels would not give
+// its bits for this call's ranges.
+template <class Transform>
+bool VectorMatchesTable(const Transform& transform) {
+    if constexpr (requires { transform.vectorMatchesTable; }) return transform.vectorMatchesTable;
+    return true;
+}
+
 // ---- Planes into pixels --------------------------------------------------------------
 
 template <class Transform, size_t C>
@@ -211,7 +219,7 @@ Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
 
     const Transform transform(call.ranges);
     const To constant = call.constant.resolve(transform);
-    const bool vector = UseVectorKernels();
+    const bool vector = UseVectorKernels() && VectorMatchesTable(transform);
     const MergeRowKernel<C, Transform> kernel = ChooseMergeKernel<C, Transform>(vector);
     const PlaneRows<const From, C> planes(call.planes);
     if (RowBytesTooSmall(call.dest, C * sizeof(To))) {
@@ -266,7 +274,7 @@ Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
     if (AnyUnusable(std::span<const Operand>(operands.data(), count))) return kQuorinError_BadArgument;
 
     const Transform transform(call.ranges);
-    const bool vector = UseVectorKernels();
+    const bool vector = UseVectorKernels() && VectorMatchesTable(transform);
     const SplitRowKernel<C, Transform> kernel = ChooseSplitKernel<C, Transform>(vector);
     const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
     ConvertRows(

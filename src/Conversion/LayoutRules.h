@@ -10,6 +10,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -74,6 +75,12 @@ struct ByteToFloat {
     float min[4];
     float range[4];  // max - min in single precision, as the rule's product uses it
     bool singlePrecisionExact = true;
+    // Whether the vector kernels give the table's bits. Not when a range
+    // bound is NaN: the last addition may then have two NaN operands, and
+    // which one it keeps depends on the order a compiler gives commutative
+    // operands (Clang swaps them in some kernels and not in others), so such
+    // calls read the table instead.
+    bool vectorMatchesTable = true;
     alignas(64) float table[4][256];
 
     static float SinglePrecisionSteps(uint8_t v, float min, float range) {
@@ -84,6 +91,7 @@ struct ByteToFloat {
         for (size_t c = 0; c < 4; ++c) {
             min[c] = ranges.min[c];
             range[c] = ranges.max[c] - ranges.min[c];
+            vectorMatchesTable = vectorMatchesTable && !std::isnan(ranges.max[c]) && !std::isnan(ranges.min[c]);
             for (unsigned v = 0; v < 256; ++v) {
                 const float exact = ByteToFloatRule(static_cast<uint8_t>(v), ranges.max[c], ranges.min[c]);
                 const float single = SinglePrecisionSteps(static_cast<uint8_t>(v), min[c], range[c]);
