@@ -371,13 +371,19 @@ int RunOne(const uint8_t* data, size_t size) {
         GuardedBuffer& b = *buffers[i];
         if (!b.guardsIntact()) fail("a guard byte around the buffer changed", i);
         const bool same = Equal(b.bytes(), before[i].data(), b.size());
-        if (m.buffers[i].role != Role::Destination) {
+        const Role role = m.buffers[i].role;
+        if (role == Role::Source || role == Role::OptionalSource) {
             if (!same) fail("a source changed", i);
         } else if (code < 0 || query) {
             if (!same) fail(code < 0 ? "a destination changed before an error" : "a size query wrote", i);
-        } else if (!ChangedOnlyInRows(b.bytes(), before[i].data(), b.size(), *b.record(),
-                                      PixelBytes(m.buffers[i].format))) {
-            fail("a destination changed outside its rows", i);
+        } else {
+            Quorin_Buffer region = *b.record();
+            if (role == Role::MatchedDestination) {
+                region.width = buffers[0]->record()->width;
+                region.height = buffers[0]->record()->height;
+            }
+            if (!ChangedOnlyInRows(b.bytes(), before[i].data(), b.size(), region, PixelBytes(m.buffers[i].format)))
+                fail("a destination changed outside its rows", i);
         }
         after.emplace_back(b.bytes(), b.bytes() + b.size());
     }

@@ -9,6 +9,7 @@ namespace {
 constexpr BufferSpec S(Format f) { return {Role::Source, f}; }
 constexpr BufferSpec A(Format f) { return {Role::OptionalSource, f}; }
 constexpr BufferSpec D(Format f) { return {Role::Destination, f}; }
+constexpr BufferSpec M(Format f) { return {Role::MatchedDestination, f}; }
 
 using enum Format;
 
@@ -23,8 +24,8 @@ constexpr Member kMembers[] = {
     // Straight-colour blends.
     QUORIN_ROW(QuorinAlphaBlend_ARGB8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),
     QUORIN_ROW(QuorinAlphaBlend_ARGBFFFF, kAlpha, S(kFx4), S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinAlphaBlend_Planar8, kAlpha, S(k8), S(k8), S(k8), S(k8), D(k8), D(k8)),
-    QUORIN_ROW(QuorinAlphaBlend_PlanarF, kAlpha, S(kF), S(kF), S(kF), S(kF), D(kF), D(kF)),
+    QUORIN_ROW(QuorinAlphaBlend_Planar8, kAlpha, S(k8), S(k8), S(k8), S(k8), M(k8), D(k8)),
+    QUORIN_ROW(QuorinAlphaBlend_PlanarF, kAlpha, S(kF), S(kF), S(kF), S(kF), M(kF), D(kF)),
     // Premultiplied blends.
     QUORIN_ROW(QuorinPremultipliedAlphaBlendDarken_RGBA8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),
     QUORIN_ROW(QuorinPremultipliedAlphaBlendLighten_RGBA8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),

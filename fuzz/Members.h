@@ -37,8 +37,10 @@ constexpr size_t PixelBytes(Format f) { return SampleBytes(f) * Channels(f); }
 constexpr bool IsFloat(Format f) { return SampleBytes(f) == 4; }
 
 // Sources must come back unchanged; an optional source may be null (the
-// harness passes null more often there); destinations are written.
-enum class Role : uint8_t { Source, OptionalSource, Destination };
+// harness passes null more often there); destinations are written, within
+// their own width and height, or within the first buffer's for a destination
+// the member does not check but takes to match it.
+enum class Role : uint8_t { Source, OptionalSource, Destination, MatchedDestination };
 
 struct BufferSpec {
     Role role;
