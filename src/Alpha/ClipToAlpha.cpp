@@ -3,7 +3,7 @@
 #include "Core/Checks.h"
 #include "Core/Dispatch.h"
 #include "Core/Walk.h"
-#include "Alpha/BlendKernels.h"
+#include "Alpha/ClipKernels.h"
 #include "quorin/Alpha.h"
 
 namespace quorin::alpha {
