@@ -7,11 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace quorin::alpha {
+#include "Core/PixelFormat.h"
 
-// Channel positions of the interleaved formats.
-inline constexpr size_t kAlphaFirst = 0;  // ARGB
-inline constexpr size_t kAlphaLast = 3;   // RGBA
+namespace quorin::alpha {
 
 // ---- Straight (non-premultiplied) colour, top over bottom -------------------
 

@@ -2,6 +2,7 @@
 // every kernel and split, nothing written outside the region, in-place use,
 // the order of the argument checks and the flags they ignore.
 #include "BlendTestSupport.h"
+#include "support/CheckOrder.h"
 
 namespace quorin::test {
 namespace {
@@ -98,6 +99,19 @@ TEST_P(EveryMember, ChecksItsArgumentsInOrder) {
     for (auto& record : valid) record.width = 9, record.height = 0;
     EXPECT_EQ(m.call(records, 0), kQuorinSuccess);
     for (auto& image : images) EXPECT_EQ(image.damagedGuard(), "");
+}
+
+// The check list of the member's table row, step by step, against the entry point.
+TEST_P(EveryMember, FollowsItsCheckList) {
+    const Member& m = GetParam();
+    std::vector<GuardedImage> images;
+    for (size_t i = 0; i < m.pixelBytes.size(); ++i) images.emplace_back(7, 3, m.pixelBytes[i]).fillRandom(i + 1);
+    std::vector<GuardedImage*> pointers;
+    for (auto& image : images) pointers.push_back(&image);
+    ExpectCheckOrder(m.checks, pointers, m.destinations,
+                     [&m](const std::vector<const Quorin_Buffer*>& records, Quorin_Flags flags) {
+                         return m.call(records, flags);
+                     });
 }
 
 INSTANTIATE_TEST_SUITE_P(BlendAndClip, EveryMember, ::testing::ValuesIn(AllMembers()),
