@@ -17,21 +17,28 @@
 namespace quorin::alpha {
 
 // Every buffer is tested: a null record or pixels, then any width or height
-// that differs. No flag is tested; an empty image succeeds untouched.
+// that differs, then a record that cannot describe its image. No flag is
+// tested; an empty image succeeds untouched.
 inline constexpr CheckStep kBlendChecks[] = {
     {"a record or its pixel data is null", Check::Missing, kQuorinError_NullPointer},
     {"a width or height differs between the buffers", Check::SizesDiffer, kQuorinError_BadArgument},
+    {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
 };
 
 // The planar straight blend (top, topAlpha, bottom, bottomAlpha, dest,
 // destAlpha) tests only the top colour, the bottom colour and the result
-// alpha plane; the other three are taken to match them.
+// alpha plane; the other three are taken to match them, and are refused
+// only when the walk would leave them.
 inline constexpr OperandMask kStraightPlanarChecked = Operands({0, 2, 5});
 inline constexpr CheckStep kStraightPlanarChecks[] = {
     {"top, bottom or result alpha, or its pixel data, is null", Check::Missing, kQuorinError_NullPointer,
      kStraightPlanarChecked},
     {"a width or height differs among top, bottom and result alpha", Check::SizesDiffer, kQuorinError_BadArgument,
      kStraightPlanarChecked},
+    {"top, bottom or result alpha cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument,
+     kStraightPlanarChecked},
+    {"an alpha plane or the colour destination cannot hold the region", Check::CannotHoldRegion,
+     kQuorinError_BadArgument, Operands({1, 3, 4})},
 };
 
 using Invoke = Quorin_Error (*)(const Quorin_Buffer* const* buffers, double constant, Quorin_Flags flags);

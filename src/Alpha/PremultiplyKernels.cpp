@@ -25,6 +25,7 @@
 
 #include "Alpha/PremultiplyKernels.h"
 #include "Alpha/PremultiplyMath-inl.h"
+#include "Core/CanonicalNaN-inl.h"
 #include "Core/Intrinsics-inl.h"
 #include "Core/Opaque.h"
 #include "Core/RowLoop-inl.h"
@@ -390,7 +391,7 @@ struct PremultiplyFBody {
     Bytes operator()(const float* src) const {
         const DF df;
         const auto pixels = hn::LoadU(df, src);
-        const auto colour = hn::Mul(pixels, hn::Broadcast<kAlpha>(pixels));
+        const auto colour = CanonicalNaNs(hn::Mul(pixels, hn::Broadcast<kAlpha>(pixels)));
         return hn::BitCast(D8(), hn::IfThenElse(AlphaLanes<kAlpha>(), pixels, colour));
     }
 };
@@ -400,7 +401,7 @@ struct UnpremultiplyFBody {
     Bytes operator()(const float* src) const {
         const DF df;
         const auto pixels = hn::LoadU(df, src);
-        const auto colour = hn::Mul(pixels, ReciprocalOrZero(hn::Broadcast<kAlpha>(pixels)));
+        const auto colour = CanonicalNaNs(hn::Mul(pixels, ReciprocalOrZero(hn::Broadcast<kAlpha>(pixels))));
         return hn::BitCast(D8(), hn::IfThenElse(AlphaLanes<kAlpha>(), pixels, colour));
     }
 };
@@ -408,14 +409,15 @@ struct UnpremultiplyFBody {
 struct PremultiplyFPlaneBody {
     Bytes operator()(const float* src, const float* alpha) const {
         const DF df;
-        return hn::BitCast(D8(), hn::Mul(hn::LoadU(df, src), hn::LoadU(df, alpha)));
+        return hn::BitCast(D8(), CanonicalNaNs(hn::Mul(hn::LoadU(df, src), hn::LoadU(df, alpha))));
     }
 };
 
 struct UnpremultiplyFPlaneBody {
     Bytes operator()(const float* src, const float* alpha) const {
         const DF df;
-        return hn::BitCast(D8(), hn::Mul(hn::LoadU(df, src), ReciprocalOrZero(hn::LoadU(df, alpha))));
+        return hn::BitCast(D8(),
+                           CanonicalNaNs(hn::Mul(hn::LoadU(df, src), ReciprocalOrZero(hn::LoadU(df, alpha)))));
     }
 };
 

@@ -27,6 +27,7 @@ using PlanesEntry = Quorin_Error (*)(const Quorin_Buffer* src, const Quorin_Buff
 inline constexpr CheckStep kPremultiplyChecks[] = {
     {"a record or its pixel data is null", Check::Missing, kQuorinError_NullPointer},
     {"a width or height differs between the buffers", Check::SizesDiffer, kQuorinError_BadArgument},
+    {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
 };
 
 struct Member {

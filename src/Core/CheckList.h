@@ -30,6 +30,12 @@ enum class Check : uint8_t {
     SizesDiffer,    // an operand's width or height differs from the first operand's
     ExceedsRegion,  // the first operand is wider than any other, then taller
     RowBytesShort,  // an operand's rowBytes is shorter than a row of its pixels
+    // An operand cannot describe its image: rowBytes shorter than a row, or a
+    // byte extent that wraps or exceeds any object (CannotDescribeImage).
+    CannotDescribeImage,
+    // An operand no other step tests cannot hold the first operand's region:
+    // missing, cannot describe its image, or too short or narrow for it.
+    CannotHoldRegion,
     FlagsOutside,   // a flag bit outside the step's `accepted` mask is set
 };
 
@@ -73,6 +79,11 @@ inline bool FailsOn(const CheckStep& step, std::span<const Operand> operands, si
             return r && first && (r->width != first->width || r->height != first->height);
         }
         case Check::RowBytesShort: return r != nullptr && RowBytesTooSmall(r, operands[i].pixelBytes);
+        case Check::CannotDescribeImage: return r != nullptr && CannotDescribeImage(r, operands[i].pixelBytes);
+        case Check::CannotHoldRegion: {
+            const Quorin_Buffer* region = operands.front().record;
+            return CannotHoldRegion(r, operands[i].pixelBytes, region->width, region->height);
+        }
         default: return false;
     }
 }

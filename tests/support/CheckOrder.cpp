@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cstdint>
 
 namespace quorin::test {
 namespace {
@@ -42,6 +43,18 @@ bool Plant(const CheckStep& step, size_t i, int variant, const std::vector<Guard
             return false;
         case Check::RowBytesShort:
             return variant == 0 && ((r.rowBytes = r.width * images[i]->pixelBytes() - 1), true);
+        case Check::CannotDescribeImage:
+            if (variant == 0) return (r.rowBytes = r.width * images[i]->pixelBytes() - 1), true;
+            // Rows long enough, but more bytes than any object can hold.
+            if (variant == 1 && r.height > 1) return (r.rowBytes = size_t{PTRDIFF_MAX} / 2 + 1), true;
+            return false;
+        case Check::CannotHoldRegion:
+            if (i == 0) return false;
+            if (variant == 0) return (r.rowBytes = r.width * images[i]->pixelBytes() - 1), true;
+            if (variant == 1 && r.height > 1) return (--r.height), true;
+            if (variant == 2) return (r.data = nullptr), true;
+            if (variant == 3) return call.null[i] = true;
+            return false;
         case Check::FlagsOutside: {
             if (variant != 0 || i != 0) return false;
             const Quorin_Flags outside = ~step.accepted;
@@ -66,7 +79,7 @@ size_t ExpectCheckOrder(std::span<const CheckStep> steps, const std::vector<Guar
         size_t triedHere = 0;
         for (size_t i = 0; i < images.size(); ++i) {
             if (!steps[s].takes(i)) continue;
-            for (int variant = 0; variant < 2; ++variant) {
+            for (int variant = 0; variant < 4; ++variant) {
                 Call call = valid;
                 if (!Plant(steps[s], i, variant, images, call)) continue;
                 // Every later step fails too, on another operand where it can,
