@@ -1,5 +1,6 @@
 // Planar and interleaved layouts: the family's argument checks and its two
-// call shapes, planes into pixels (Merge) and pixels into planes (Split).
+// call shapes, planes into pixels (MergePlanes) and pixels into planes
+// (SplitPixels).
 // An entry point describes its buffers, constant and ranges; the shape checks
 // them in the family's order, chooses the kernel pair and the split, and walks
 // the rows.
@@ -194,7 +195,7 @@ void MergeIntoShortRows(Quorin_Flags flags, const Quorin_Buffer* dest, const Ker
 }
 
 template <class Transform, size_t C>
-Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
+Quorin_Error MergePlanes(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
     using From = typename Transform::From;
     using To = typename Transform::To;
     std::array<Operand, C + 1> operands;
@@ -212,7 +213,7 @@ Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
     const Transform transform(call.ranges);
     const To constant = call.constant.resolve(transform);
     const bool vector = UseVectorKernels();
-    const MergeRowKernel<C, Transform> kernel = ChooseMergeKernel<C, Transform>(vector);
+    const MergeRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::merge.pick(vector);
     const PlaneRows<const From, C> planes(call.planes);
     if (RowBytesTooSmall(call.dest, C * sizeof(To))) {
         MergeIntoShortRows<Transform, C>(
@@ -245,7 +246,7 @@ struct SplitCall {
 // The region is the first destination plane. With four destination planes
 // the fourth forms a second group, tested after the flags.
 template <class Transform, size_t C>
-Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
+Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
     using From = typename Transform::From;
     using To = typename Transform::To;
     std::array<Operand, C + 1> operands;
@@ -267,7 +268,7 @@ Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
 
     const Transform transform(call.ranges);
     const bool vector = UseVectorKernels();
-    const SplitRowKernel<C, Transform> kernel = ChooseSplitKernel<C, Transform>(vector);
+    const SplitRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::split.pick(vector);
     const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
     ConvertRows(
         flags, region, streaming,

@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "Core/KernelPair.h"
+
 namespace quorin::layout {
 
 // ---- The per-channel rules ---------------------------------------------------
@@ -170,13 +172,51 @@ void SplitRowScalar(const typename Transform::From* pixels, typename Transform::
             if (planes[c]) planes[c][i] = transform(c, pixels[i * C + c]);
 }
 
-// The kernel pair of a shape: the scalar kernel above, or its vector twin for
-// the best instruction set this processor offers (chosen on each call, so
-// tests can limit the instruction sets in between).
+// The kernel pairs of the shapes the family uses: the scalar kernels above
+// and their vector twins (LayoutKernels.cpp).
 template <size_t C, class Transform>
-MergeRowKernel<C, Transform> ChooseMergeKernel(bool vector);
-template <size_t C, class Transform>
-SplitRowKernel<C, Transform> ChooseSplitKernel(bool vector);
+struct LayoutKernels;
+
+template <>
+struct LayoutKernels<4, Copy<uint8_t>> {
+    static const KernelPair<MergeRowKernel<4, Copy<uint8_t>>> merge;
+    static const KernelPair<SplitRowKernel<4, Copy<uint8_t>>> split;
+};
+template <>
+struct LayoutKernels<3, Copy<uint8_t>> {
+    static const KernelPair<MergeRowKernel<3, Copy<uint8_t>>> merge;
+    static const KernelPair<SplitRowKernel<3, Copy<uint8_t>>> split;
+};
+template <>
+struct LayoutKernels<4, Copy<uint16_t>> {
+    static const KernelPair<MergeRowKernel<4, Copy<uint16_t>>> merge;
+    static const KernelPair<SplitRowKernel<4, Copy<uint16_t>>> split;
+};
+template <>
+struct LayoutKernels<3, Copy<uint16_t>> {
+    static const KernelPair<MergeRowKernel<3, Copy<uint16_t>>> merge;
+    static const KernelPair<SplitRowKernel<3, Copy<uint16_t>>> split;
+};
+template <>
+struct LayoutKernels<4, Copy<uint32_t>> {
+    static const KernelPair<MergeRowKernel<4, Copy<uint32_t>>> merge;
+    static const KernelPair<SplitRowKernel<4, Copy<uint32_t>>> split;
+};
+template <>
+struct LayoutKernels<3, Copy<uint32_t>> {
+    static const KernelPair<MergeRowKernel<3, Copy<uint32_t>>> merge;
+    static const KernelPair<SplitRowKernel<3, Copy<uint32_t>>> split;
+};
+template <>
+struct LayoutKernels<4, ByteToFloat> {
+    static const KernelPair<MergeRowKernel<4, ByteToFloat>> merge;
+    static const KernelPair<SplitRowKernel<4, ByteToFloat>> split;
+};
+template <>
+struct LayoutKernels<4, FloatToByte> {
+    static const KernelPair<MergeRowKernel<4, FloatToByte>> merge;
+    static const KernelPair<SplitRowKernel<4, FloatToByte>> split;
+};
 
 // Orders this thread's streaming stores before anything it does next.
 void EndStreaming();

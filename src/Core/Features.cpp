@@ -41,6 +41,11 @@ void ProbeFeatures() {
 
 void SetProbedFeaturesForTest(uint64_t mask) { detail::gProbedFeatures = mask; }
 
+namespace {
+// At load, right after the platform's constant-string fix-up (101).
+__attribute__((constructor(102))) void ProbeFeaturesAtLoad() { ProbeFeatures(); }
+}  // namespace
+
 }  // namespace quorin
 
 extern "C" {

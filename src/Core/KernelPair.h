@@ -45,7 +45,9 @@ struct KernelPair<Result (*)(Args...)> {
     // The vector twin for the target Highway chose (or will choose on its first call).
     Kernel vector() const { return vectorTable[hwy::GetChosenTarget().GetIndex()]; }
     // The kernel this call runs.
-    Kernel choose() const { return UseVectorKernels() ? vector() : scalar; }
+    Kernel choose() const { return pick(UseVectorKernels()); }
+    // For calls that also decide other things (streaming) by the same answer.
+    Kernel pick(bool useVector) const { return useVector ? vector() : scalar; }
 };
 
 
