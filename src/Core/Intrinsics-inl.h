@@ -20,7 +20,10 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 // v + 1 in the lanes of `mask` (u16 lanes). With AVX-512 one masked addition;
 // the portable form subtracts the mask's all-ones lanes, one instruction more
-// since AVX-512 masks live in their own registers.
+// since AVX-512 masks live in their own registers. Measured on the 8-bit
+// unpremultiply, 1024 x 1024 single-threaded on an AVX-512 processor, five
+// interleaved runs each: 372-389 us of processor time with the masked
+// addition, 397-412 us with the portable form.
 template <class M, class V>
 HWY_INLINE V AddOneWhere(M mask, V v) {
     const hn::DFromV<V> d;
