@@ -4,9 +4,9 @@
 // result in task order once all have finished, so the result never depends
 // on which thread ran what.
 //
-// The family keeps its own rules: it decides the task count (1 or less means
-// serial, and then nothing is allocated: the single band goes straight into
-// the caller's result) and the code to return when the partials cannot be
+// The family keeps its own rules: it decides the task count (1 or less, or
+// more tasks than rows, means serial, and then nothing is allocated: the
+// single band goes straight into the caller's result) and the code to return when the partials cannot be
 // allocated (a histogram reports kQuorinError_InternalFault there, not
 // kQuorinError_OutOfMemory). Partials are value-initialised (zero counts).
 #pragma once

@@ -35,11 +35,14 @@ public:
 
     // Rows in the window: above + 1 + below.
     size_t size() const { return above_ + 1 + below_; }
-    bool fits() const { return size() <= kMaxRows; }
+    // Whether the window fits kMaxRows; a family refuses larger windows in
+    // its checks, and at() gives an empty span for them.
+    bool fits() const { return above_ < kMaxRows && below_ < kMaxRows && size() <= kMaxRows; }
 
     // The window of output row y (0 <= y < height), topmost first; the span
     // stays valid until the next call.
     std::span<const T* const> at(size_t y) {
+        if (!fits()) return {};
         const size_t n = size();
         for (size_t k = 0; k < n; ++k) {
             // Row y - above + k, without forming a negative index.

@@ -42,6 +42,16 @@ TEST(RowWindow, NamesTheNeighbouringRowsAtEveryEdge) {
     }
 }
 
+TEST(RowWindow, AWindowLargerThanItsCapacityGivesNoRows) {
+    GuardedImage image(3, 4, 1);
+    RowWindow<uint8_t, 8> window(image.record(), 4, 4, WindowEdge::Clamp);
+    EXPECT_FALSE(window.fits());
+    EXPECT_TRUE(window.at(0).empty());
+    RowWindow<uint8_t, 8> widest(image.record(), 3, 4, WindowEdge::Clamp);
+    EXPECT_TRUE(widest.fits());
+    EXPECT_EQ(widest.at(3).size(), 8u);
+}
+
 // A vertical three-tap sum through OverWindows, serial and split, equals the
 // sum written out by hand, and writes nothing outside the destination.
 TEST(RowWindow, BandsOfWindowsMatchTheSerialSum) {
