@@ -27,6 +27,7 @@ bool Plant(const CheckStep& step, size_t i, int variant, const std::vector<Guard
     switch (step.check) {
         case Check::NullRecord: return variant == 0 && (call.null[i] = true);
         case Check::NullData: return variant == 0 && ((r.data = nullptr), true);
+        case Check::NullArgument: return false;  // not a buffer: the member's own tests plant it
         case Check::Missing:
             if (variant == 0) return call.null[i] = true;
             if (variant == 1) return (r.data = nullptr), true;
@@ -104,7 +105,8 @@ size_t ExpectCheckOrder(std::span<const CheckStep> steps, const std::vector<Guar
                 ++triedHere;
             }
         }
-        EXPECT_GT(triedHere, 0u) << "no input fails step " << s << " (" << steps[s].name << ")";
+        if (steps[s].check != Check::NullArgument)
+            EXPECT_GT(triedHere, 0u) << "no input fails step " << s << " (" << steps[s].name << ")";
         tried += triedHere;
     }
     EXPECT_EQ(entry(valid.pointers(), 0), kQuorinSuccess) << "the valid input";
