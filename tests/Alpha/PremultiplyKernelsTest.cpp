@@ -34,7 +34,7 @@ void ExpectVectorMatchesScalarAtEveryAlphaPosition() {
                     std::vector<S> want(pixels * 4), got(pixels * 4);
                     pair.scalar(src.data() + offset * 4, want.data(), pixels, alpha, false);
                     pair.vector()(src.data() + offset * 4, got.data(), pixels, alpha, false);
-                    ASSERT_EQ(std::memcmp(want.data(), got.data(), want.size() * sizeof(S)), 0)
+                    ASSERT_TRUE(want.empty() || std::memcmp(want.data(), got.data(), want.size() * sizeof(S)) == 0)
                         << hwy::TargetName(target) << ": alpha in channel " << alpha << ", " << pixels
                         << " pixels from pixel " << offset;
                 }
