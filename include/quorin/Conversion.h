@@ -101,6 +101,7 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFtoRGBFFF(const Quorin_Buffer *srcR,
 /* 8-bit planes into float pixels: byte v of channel c becomes
  * minFloat[c] + v * (maxFloat[c] - minFloat[c]) / 255. The filler constant is
  * a float, since it is written as is into a float channel. */
+/* NaN results of NaN or infinite ranges are written as the quiet NaN 0x7FC00000 by every kernel. */
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToARGBFFFF(const Quorin_Buffer *srcA,
                                                         const Quorin_Buffer *srcR,
                                                         const Quorin_Buffer *srcG,
@@ -204,6 +205,7 @@ QUORIN_API Quorin_Error QuorinConvert_BGRXFFFFToPlanarF(const Quorin_Buffer *src
 
 /* 8-bit pixels into float planes and float pixels into 8-bit planes, with
  * the same per-channel ranges as the planes-to-interleaved members. */
+/* NaN results of NaN or infinite ranges are written as the quiet NaN 0x7FC00000 by every kernel. */
 QUORIN_API Quorin_Error QuorinConvert_ARGB8888toPlanarF(const Quorin_Buffer *src,
                                                         const Quorin_Buffer *destA,
                                                         const Quorin_Buffer *destR,

@@ -211,7 +211,7 @@ Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
 
     const Transform transform(call.ranges);
     const To constant = call.constant.resolve(transform);
-    const bool vector = UseVectorKernels();
+    const bool vector = UseVectorKernels() && transform.vectorKernelsApply();
     const MergeRowKernel<C, Transform> kernel = ChooseMergeKernel<C, Transform>(vector);
     const PlaneRows<const From, C> planes(call.planes);
     if (RowBytesTooSmall(call.dest, C * sizeof(To))) {
@@ -266,7 +266,7 @@ Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
     if (AnyUnusable(std::span<const Operand>(operands.data(), count))) return kQuorinError_BadArgument;
 
     const Transform transform(call.ranges);
-    const bool vector = UseVectorKernels();
+    const bool vector = UseVectorKernels() && transform.vectorKernelsApply();
     const SplitRowKernel<C, Transform> kernel = ChooseSplitKernel<C, Transform>(vector);
     const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
     ConvertRows(
