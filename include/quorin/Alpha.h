@@ -14,6 +14,9 @@ QUORIN_EXTERN_C_BEGIN
 /* Implemented next (alpha family)                                          */
 /* ======================================================================== */
 
+/* Every member below: after its null and size checks, a record with rows shorter than its
+ * pixels, or whose height x rowBytes wraps, gives kQuorinError_BadArgument before any work. */
+
 /* ---- Alpha blend of straight colour ------------------------------------- */
 
 /* Top over bottom when both carry straight (non-premultiplied) colour: the
@@ -32,6 +35,7 @@ QUORIN_API Quorin_Error QuorinAlphaBlend_ARGBFFFF(const Quorin_Buffer *srcTop,
  * to dest, the result alpha to destAlpha. Only srcTop, srcBottom and
  * destAlpha are checked (null, equal sizes); the other three planes must
  * match them. */
+/* The other three are refused (kQuorinError_BadArgument) when missing or too small for them. */
 QUORIN_API Quorin_Error QuorinAlphaBlend_Planar8(const Quorin_Buffer *srcTop,
                                                  const Quorin_Buffer *srcTopAlpha,
                                                  const Quorin_Buffer *srcBottom,

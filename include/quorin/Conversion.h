@@ -31,6 +31,10 @@ QUORIN_EXTERN_C_BEGIN
  * and XRGB interleaves do not test their destination's or alpha plane's),
  * another flag bit (kQuorinError_UnsupportedFlags); the forms that split into
  * four planes test the fourth plane's size and rowBytes only after the flags. */
+/* Then, after a size query's answer, records no walk could use inside their buffers:
+ * kQuorinError_BadArgument for a height x rowBytes that wraps, or for an 8-bit interleave alpha
+ * plane with rows shorter than its pixels; a short 8-bit interleave destination gets each row's
+ * first rowBytes bytes and nothing beyond. */
 
 /* ---- Planes to interleaved, same depth ---------------------------------- */
 
