@@ -39,8 +39,9 @@ TEST_P(EveryMember, InPlaceMatchesSeparateBuffers) {
         ForEachKernel([&] {
             const std::vector<uint8_t> separate = RunMember(m, shape, 0, 7);
             for (size_t source = 0; source < m.pixelBytes.size(); ++source)
-                if (!Contains(m.destinations, source) && m.pixelBytes[source] == m.pixelBytes[m.destinations[0]])
+                if (!Contains(m.destinations, source) && m.pixelBytes[source] == m.pixelBytes[m.destinations[0]]) {
                     EXPECT_TRUE(RunMember(m, shape, 0, 7, int(source)) == separate) << "dest on buffer " << source;
+                }
         });
     }
 }
