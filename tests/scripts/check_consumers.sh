@@ -55,7 +55,10 @@ echo "pkg-config: $flags"
 cc "${strict[@]}" $extra "$scratch/example.c" -o "$scratch/pkgconfig-example" $flags
 runs "$scratch/pkgconfig-example"
 version=$(pkg-config --modversion quorin)
-grep -q "^Quorin $version:" "$scratch/out.txt" || fail "the example does not report version $version"
+# The line the README says its example prints, with this version in it.
+promised=$(sed -n 's/^It prints `\([^`]*\)`.*/\1/p' "$source/README.md")
+[[ $promised == "Quorin $version:"* ]] || fail "the README promises \"$promised\", not version $version"
+grep -qxF "$promised" "$scratch/out.txt" || fail "the example does not print \"$promised\""
 grep -q "#define QUORIN_VERSION_STRING \"$version\"" "$prefix/include/quorin/Version.h" ||
     fail "installed Version.h is not version $version"
 echo "consumers passed"
