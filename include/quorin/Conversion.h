@@ -27,10 +27,19 @@ QUORIN_EXTERN_C_BEGIN
  * Failures, first match wins: a null record or range array
  * (kQuorinError_NullPointer), null data (kQuorinError_BadArgument), a
  * region wider, then taller, than a buffer (kQuorinError_RegionExceedsSource),
- * a rowBytes shorter than its row (kQuorinError_BadArgument; the 8-bit ARGB
- * and XRGB interleaves do not test their destination's or alpha plane's),
- * another flag bit (kQuorinError_UnsupportedFlags); the forms that split into
- * four planes test the fourth plane's size and rowBytes only after the flags. */
+ * a rowBytes shorter than its row, or a byte extent that overflows
+ * (kQuorinError_BadArgument; the 8-bit ARGB and XRGB interleaves do not test
+ * their destination's or alpha plane's rowBytes: a shorter one there makes
+ * rows overlap, a row overwriting the end of the one before), another flag bit
+ * (kQuorinError_UnsupportedFlags, even the bits other families accept); the
+ * forms that split into four planes test the fourth plane's size and
+ * rowBytes only after the flags. A size query returns after every check and
+ * touches no pixel.
+ * In place: not supported; no destination may overlap a source.
+ * Threading: bands of rows through the rows dispatcher on libdispatch's
+ * global queue when kQuorinFlag_SingleThreaded is clear and the region has
+ * 64000 pixels or more (a 32-bit product); otherwise on the calling thread.
+ * The bytes are those of the single-threaded call. */
 
 /* ---- Planes to interleaved, same depth ---------------------------------- */
 
