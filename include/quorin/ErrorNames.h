@@ -25,58 +25,37 @@ typedef struct Quorin_ErrorText {
  * kQuorinFlag_NoAllocate. A negative value this library never returns gets
  * "unknown". */
 static inline Quorin_ErrorText Quorin_DescribeError(Quorin_Error code) {
-    Quorin_ErrorText text = {"unknown", "not a result code of this library"};
-    if (code > 0) {
-        text.name = "(size)";
-        text.message = "not an error: a temporary-buffer size or a row alignment";
-        return text;
-    }
-    switch (code) {
-    case kQuorinSuccess:
-        text.name = "kQuorinSuccess";
-        text.message = "success";
-        break;
-    case kQuorinError_RegionExceedsSource:
-        text.name = "kQuorinError_RegionExceedsSource";
-        text.message = "the destination is wider or taller than a source";
-        break;
-    case kQuorinError_OutOfMemory:
-        text.name = "kQuorinError_OutOfMemory";
-        text.message = "an allocation failed (temporary buffer, pixel storage or dispatch group)";
-        break;
-    case kQuorinError_NullPointer:
-        text.name = "kQuorinError_NullPointer";
-        text.message = "a required pointer is null";
-        break;
-    case kQuorinError_BadArgument:
-        text.name = "kQuorinError_BadArgument";
-        text.message = "an argument is out of range: an empty image, a rowBytes too short for its row, "
-                       "sizes that differ (alpha family) or a size that overflows";
-        break;
-    case kQuorinError_SizeMismatch:
-        text.name = "kQuorinError_SizeMismatch";
-        text.message = "source and destination differ in size or in rowBytes";
-        break;
-    case kQuorinError_UnsupportedFlags:
-        text.name = "kQuorinError_UnsupportedFlags";
-        text.message = "a flag bit this operation does not accept is set";
-        break;
-    case kQuorinError_InternalFault:
-        text.name = "kQuorinError_InternalFault";
-        text.message = "the dispatcher was given no work, or an internal step failed";
-        break;
-    case kQuorinError_InvalidRowBytes:
-        text.name = "kQuorinError_InvalidRowBytes";
-        text.message = "a rowBytes is too short for its row or not a multiple of the sample size";
-        break;
-    case kQuorinError_UnsupportedFormat:
-        text.name = "kQuorinError_UnsupportedFormat";
-        text.message = "an image-format record is missing, inconsistent or cannot be converted";
-        break;
-    default:
-        break;
-    }
-    return text;
+    static const struct {
+        Quorin_Error code;
+        Quorin_ErrorText text;
+    } kTexts[] = {
+        {kQuorinSuccess, {"kQuorinSuccess", "success"}},
+        {kQuorinError_RegionExceedsSource,
+         {"kQuorinError_RegionExceedsSource", "the destination is wider or taller than a source"}},
+        {kQuorinError_OutOfMemory,
+         {"kQuorinError_OutOfMemory", "an allocation failed (temporary buffer, pixel storage or dispatch group)"}},
+        {kQuorinError_NullPointer, {"kQuorinError_NullPointer", "a required pointer is null"}},
+        {kQuorinError_BadArgument,
+         {"kQuorinError_BadArgument", "an argument is out of range: an empty image, a rowBytes too short for its "
+                                      "row, sizes that differ (alpha family) or a size that overflows"}},
+        {kQuorinError_SizeMismatch,
+         {"kQuorinError_SizeMismatch", "source and destination differ in size or in rowBytes"}},
+        {kQuorinError_UnsupportedFlags,
+         {"kQuorinError_UnsupportedFlags", "a flag bit this operation does not accept is set"}},
+        {kQuorinError_InternalFault,
+         {"kQuorinError_InternalFault", "the dispatcher was given no work, or an internal step failed"}},
+        {kQuorinError_InvalidRowBytes,
+         {"kQuorinError_InvalidRowBytes", "a rowBytes is too short for its row or not a multiple of the sample size"}},
+        {kQuorinError_UnsupportedFormat,
+         {"kQuorinError_UnsupportedFormat", "an image-format record is missing, inconsistent or cannot be converted"}},
+    };
+    const Quorin_ErrorText positive = {"(size)", "not an error: a temporary-buffer size or a row alignment"};
+    const Quorin_ErrorText unknown = {"unknown", "not a result code of this library"};
+    size_t i;
+    if (code > 0) return positive;
+    for (i = 0; i < sizeof kTexts / sizeof kTexts[0]; ++i)
+        if (kTexts[i].code == code) return kTexts[i].text;
+    return unknown;
 }
 
 /* The constant's spelling, for example "kQuorinError_BadArgument". */

@@ -27,23 +27,27 @@ cc "${strict[@]}" $extra -I"$source/include" -I"$build/include" "$scratch/exampl
     -L"$build" -Wl,-rpath,"$build" -lquorin
 runs "$scratch/by-hand"
 
+# Configures, builds and runs the consumer project in $scratch/<name> with
+# the given way of finding the package.
+through_find_package() {
+    local name=$1
+    shift
+    cmake -S "$consumer" -B "$scratch/$name" "$@" -DQUORIN_EXAMPLE="$scratch/example.c" \
+        -DCMAKE_C_FLAGS="$extra" >/dev/null
+    cmake --build "$scratch/$name" >/dev/null
+    runs "$scratch/$name/example"
+    runs "$scratch/$name/consumer"
+}
+
 step "build tree, find_package with Quorin_DIR"
-cmake -S "$consumer" -B "$scratch/build-tree" -DQuorin_DIR="$build" -DQUORIN_EXAMPLE="$scratch/example.c" \
-    -DCMAKE_C_FLAGS="$extra" >/dev/null
-cmake --build "$scratch/build-tree" >/dev/null
-runs "$scratch/build-tree/example"
-runs "$scratch/build-tree/consumer"
+through_find_package build-tree -DQuorin_DIR="$build"
 
 step "installed tree, find_package"
 prefix=$scratch/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
 manifest=$prefix/share/quorin/MANIFEST.txt
 [[ -f $manifest ]] || fail "no $manifest"
-cmake -S "$consumer" -B "$scratch/installed" -DCMAKE_PREFIX_PATH="$prefix" -DQUORIN_EXAMPLE="$scratch/example.c" \
-    -DCMAKE_C_FLAGS="$extra" >/dev/null
-cmake --build "$scratch/installed" >/dev/null
-runs "$scratch/installed/example"
-runs "$scratch/installed/consumer"
+through_find_package installed -DCMAKE_PREFIX_PATH="$prefix"
 
 step "installed tree, pkg-config"
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name quorin.pc | head -n1)")
