@@ -28,7 +28,7 @@ QUORIN_EXTERN_C_BEGIN
  *      width or in height (never kQuorinError_SizeMismatch in this family);
  *   3. kQuorinError_BadArgument (-21773): a record's rowBytes cannot hold a
  *      row (shorter than width x bytes per pixel) or its byte extent
- *      overflows;
+ *      (height x rowBytes) wraps or exceeds the address space;
  *   then, for the members that say so, kQuorinError_OutOfMemory (-21771)
  *   when the dispatch group for a split cannot be made.
  * An empty image (width or height 0) succeeds and touches nothing.
@@ -69,8 +69,9 @@ QUORIN_API Quorin_Error QuorinAlphaBlend_ARGBFFFF(const Quorin_Buffer *srcTop,
 /* The same blend on separate colour and alpha planes: the result colour goes
  * to dest, the result alpha to destAlpha. Irregular checks: only srcTop,
  * srcBottom and destAlpha are tested for null and compared in size;
- * srcTopAlpha, srcBottomAlpha and dest are not, and must be non-null and of
- * the same size (their rowBytes are still held to the memory-safety test).
+ * srcTopAlpha, srcBottomAlpha and dest are not compared, and one of them
+ * that is null, has null data or cannot hold the region (too few rows, rows
+ * too short) is refused only at step 3, with kQuorinError_BadArgument.
  * dest may be srcTop or srcBottom, destAlpha either alpha plane. Splits
  * through a dispatch group (-21771 possible after the checks). */
 QUORIN_API Quorin_Error QuorinAlphaBlend_Planar8(const Quorin_Buffer *srcTop,
