@@ -28,13 +28,23 @@ QUORIN_EXTERN_C_BEGIN
  * (kQuorinError_NullPointer), null data (kQuorinError_BadArgument), a
  * region wider, then taller, than a buffer (kQuorinError_RegionExceedsSource),
  * a rowBytes shorter than its row (kQuorinError_BadArgument; the 8-bit ARGB
- * and XRGB interleaves do not test their destination's or alpha plane's),
- * another flag bit (kQuorinError_UnsupportedFlags); the forms that split into
- * four planes test the fourth plane's size and rowBytes only after the flags. */
-/* Then, after a size query's answer, records no walk could use inside their buffers:
- * kQuorinError_BadArgument for a height x rowBytes that wraps, or for an 8-bit interleave alpha
- * plane with rows shorter than its pixels; a short 8-bit interleave destination gets each row's
- * first rowBytes bytes and nothing beyond. */
+ * and XRGB interleaves do not test their destination's or alpha plane's
+ * here), another flag bit (kQuorinError_UnsupportedFlags, even the bits
+ * other families accept); the forms that split into four planes test the
+ * fourth plane's size and rowBytes only after the flags. A size query
+ * returns 0 at this point and touches no pixel. Last, before any work:
+ * kQuorinError_BadArgument for a record whose byte extent (height x
+ * rowBytes) wraps or exceeds the address space, or whose untested rowBytes
+ * is shorter than its row (the 8-bit ARGB interleave's alpha plane).
+ * Irregular: a destination of the 8-bit ARGB and XRGB interleaves whose
+ * rowBytes is shorter than its row is not refused; each row's first
+ * rowBytes bytes are written (its last pixel cut where the row ends), what
+ * a row-by-row walk would leave, and nothing past height x rowBytes.
+ * In place: not supported; no destination may overlap a source.
+ * Threading: bands of rows through the rows dispatcher on libdispatch's
+ * global queue when kQuorinFlag_SingleThreaded is clear and the region has
+ * 64000 pixels or more (a 32-bit product); otherwise on the calling thread.
+ * The bytes are those of the single-threaded call. */
 
 /* ---- Planes to interleaved, same depth ---------------------------------- */
 
