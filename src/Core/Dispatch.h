@@ -1,4 +1,4 @@
-// The parallel frame: processor count, parallel apply, dispatch groups, and
+// The parallel frame: processor count, the parallel runner, and
 // the splitting rules the families share. Every use of libdispatch goes
 // through here.
 #pragma once
@@ -7,9 +7,12 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <type_traits>
 #include <utility>
 
 #include "quorin/Types.h"
+#include "quorin/Utilities.h"
 
 namespace quorin {
 
@@ -24,30 +27,27 @@ void SetProcessorCountForTest(unsigned count);
 
 namespace detail {
 using ApplyFunction = void (*)(void* context, size_t iteration);
-void ApplyOnGlobalQueue(size_t iterations, void* context, ApplyFunction function);
-// Submits `tasks` tasks to a fresh dispatch group on the global queue, runs
-// any of them not yet started on the calling thread, and waits for the group;
-// each index runs exactly once. False when the group cannot be created.
-bool RunOnGroup(size_t tasks, void* context, ApplyFunction function);
+// Calls function(context, i) once for each i in [0, tasks), on the calling
+// thread and on up to `threads` - 1 workers of the default-priority global
+// queue, and returns when every call has returned. The workers take indices
+// in order from the same counter as the caller, and the caller waits only for
+// the indices a worker has started: a worker that wakes after the caller has
+// taken the rest finds nothing to do and does not hold the call back.
+void RunShared(size_t tasks, size_t threads, void* context, ApplyFunction function);
+// Calls that can share work with workers at once; one more runs on its caller
+// alone until a record is free again.
+inline constexpr size_t kSharedRuns = 64;
+// Test hook: every worker calls `hook` before it takes an index (null: none).
+void SetWorkerStartHookForTest(void (*hook)());
 }  // namespace detail
 
-// dispatch_apply on the default-priority global queue: calls fn(i) for
-// i in [0, iterations) concurrently and returns when all have returned.
+// Calls fn(i) for i in [0, iterations) concurrently, on the calling thread and
+// the global queue's workers (as many threads as processors, at most one per
+// iteration), and returns when all have returned.
 template <class Fn>
 void ParallelApply(size_t iterations, Fn&& fn) {
-    detail::ApplyOnGlobalQueue(iterations, &fn, [](void* context, size_t i) {
-        (*static_cast<std::remove_reference_t<Fn>*>(context))(i);
-    });
-}
-
-// As ParallelApply, but each iteration is its own task on a dispatch group
-// that is awaited and released (the caller, like dispatch_apply's, takes
-// part); false when the group cannot be created.
-template <class Fn>
-[[nodiscard]] bool GroupApply(size_t tasks, Fn&& fn) {
-    return detail::RunOnGroup(tasks, &fn, [](void* context, size_t i) {
-        (*static_cast<std::remove_reference_t<Fn>*>(context))(i);
-    });
+    detail::RunShared(iterations, std::min<size_t>(iterations, ActiveProcessorCount()), &fn,
+                      [](void* context, size_t i) { (*static_cast<std::remove_reference_t<Fn>*>(context))(i); });
 }
 
 // ---- Splitting rules --------------------------------------------------------
@@ -149,10 +149,10 @@ private:
 };
 
 // Runs bandFn(firstRow, rows) over `height` rows. Serial (one call over all
-// rows) unless WantsBands; otherwise a dispatch group that is awaited gets one
-// task for each of the n bands and the remainder band, and those tasks (the
-// caller taking part) run the bands, shared out in pieces when large.
-// Returns kQuorinError_OutOfMemory when the group cannot be created, else 0.
+// rows) unless WantsBands; otherwise one task for each of the n bands and the
+// remainder band, run by the caller and the global queue's workers, the bands
+// shared out in pieces when large. Cannot fail: the error is kept for the
+// callers, whose members return it.
 template <class BandFn>
 Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
@@ -162,8 +162,8 @@ Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, Ba
     }
     const BandPlan plan = PlanBands(processors, height);
     BandPieces pieces(plan, width);
-    const bool ran = GroupApply(plan.bandsWithRows(), [&](size_t i) { pieces.run(i, bandFn); });
-    return ran ? kQuorinSuccess : kQuorinError_OutOfMemory;
+    ParallelApply(plan.bandsWithRows(), [&](size_t i) { pieces.run(i, bandFn); });
+    return kQuorinSuccess;
 }
 
 // Same bands through a parallel apply of P iterations; iteration n has
@@ -200,8 +200,6 @@ public:
     virtual ~QuorinRowWork() = default;
     virtual size_t pixelCount() const = 0;
     virtual size_t rowCount() const = 0;
-    // Free for the job's own use; the dispatcher never calls it.
-    virtual void reserved() {}
     virtual QuorinRowJob* makeJob(size_t firstRow, size_t rows) const = 0;
 };
 
@@ -213,15 +211,31 @@ public:
 
     size_t pixelCount() const override { return width_ * height_; }
     size_t rowCount() const override { return height_; }
-    QuorinRowJob* makeJob(size_t firstRow, size_t rows) const override { return new Job(band_, firstRow, rows); }
+    QuorinRowJob* makeJob(size_t firstRow, size_t rows) const override { return Job::Make(band_, firstRow, rows); }
 
 private:
+    // A band's job lives in its thread's one slot, not on the heap: making it
+    // cannot fail on the C entry points' path, where an allocation failure
+    // would otherwise throw through C callers or leave some bands written and
+    // others not. The dispatcher makes, runs and destroys each job on one
+    // thread before that thread makes another, and a band never dispatches
+    // another job of its own type, so one slot per thread is enough.
     class Job final : public QuorinRowJob {
     public:
-        Job(const BandFn& band, size_t firstRow, size_t rows) : band_(band), firstRow_(firstRow), rows_(rows) {}
+        static Job* Make(const BandFn& band, size_t firstRow, size_t rows) {
+            alignas(Job) static thread_local unsigned char slot[sizeof(Job)];
+            return new (static_cast<void*>(slot)) Job(band, firstRow, rows);
+        }
+        static void* operator new(size_t, void* slot) noexcept { return slot; }
+        // Destroying the job leaves its slot for the thread's next job.
+        static void operator delete(void*) noexcept {}
+        static void operator delete(void*, void*) noexcept {}
+
         void run() override { band_(firstRow_, rows_); }
 
     private:
+        Job(const BandFn& band, size_t firstRow, size_t rows) : band_(band), firstRow_(firstRow), rows_(rows) {}
+
         const BandFn& band_;
         size_t firstRow_, rows_;
     };
@@ -235,12 +249,6 @@ private:
 // single-threaded flag; otherwise P jobs through a parallel apply, cut by the
 // P-or-P-1 rule (the last may be empty and still runs).
 void QuorinRunRowWork(const QuorinRowWork& work, Quorin_Flags flags);
-
-}  // namespace quorin
-
-#include "quorin/Utilities.h"
-
-namespace quorin {
 
 // The rows dispatcher calls the closure once per band (height / P rows, the
 // last band taking the rest); large bands are shared out in pieces as the
