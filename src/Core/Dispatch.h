@@ -19,7 +19,8 @@ namespace quorin {
 // Pixels below which an operation stays on the calling thread.
 inline constexpr uint32_t kParallelPixelThreshold = 64000;
 
-// Number of processors available to the process (at least 1).
+// Number of processors the calling thread may run on (at least 1), as read
+// at most 10 ms ago.
 unsigned ActiveProcessorCount();
 
 // Test hook: pretend the machine has `count` processors (0 restores the truth).
@@ -28,12 +29,12 @@ void SetProcessorCountForTest(unsigned count);
 namespace detail {
 using ApplyFunction = void (*)(void* context, size_t iteration);
 // Calls function(context, i) once for each i in [0, tasks), on the calling
-// thread and on up to `threads` - 1 workers of the default-priority global
-// queue, and returns when every call has returned. The workers take indices
+// thread and on up to tasks - 1 workers of the default-priority global queue,
+// and returns when every call has returned. The workers take indices
 // in order from the same counter as the caller, and the caller waits only for
 // the indices a worker has started: a worker that wakes after the caller has
 // taken the rest finds nothing to do and does not hold the call back.
-void RunShared(size_t tasks, size_t threads, void* context, ApplyFunction function);
+void RunShared(size_t tasks, void* context, ApplyFunction function);
 // Calls that can share work with workers at once; one more runs on its caller
 // alone until a record is free again.
 inline constexpr size_t kSharedRuns = 64;
@@ -42,11 +43,12 @@ void SetWorkerStartHookForTest(void (*hook)());
 }  // namespace detail
 
 // Calls fn(i) for i in [0, iterations) concurrently, on the calling thread and
-// the global queue's workers (as many threads as processors, at most one per
-// iteration), and returns when all have returned.
+// the global queue's workers, and returns when all have returned. Up to one
+// thread per iteration: every caller cuts about one piece per processor, and
+// has read the processor count already (a system call, not read again here).
 template <class Fn>
 void ParallelApply(size_t iterations, Fn&& fn) {
-    detail::RunShared(iterations, std::min<size_t>(iterations, ActiveProcessorCount()), &fn,
+    detail::RunShared(iterations, &fn,
                       [](void* context, size_t i) { (*static_cast<std::remove_reference_t<Fn>*>(context))(i); });
 }
 
@@ -250,6 +252,11 @@ private:
 // P-or-P-1 rule (the last may be empty and still runs).
 void QuorinRunRowWork(const QuorinRowWork& work, Quorin_Flags flags);
 
+namespace detail {
+// The rows dispatcher's bands for `processors` processors.
+void ApplyOnRows(size_t processors, size_t width, size_t height, const Quorin_PieceClosure& closure);
+}  // namespace detail
+
 // The rows dispatcher calls the closure once per band (height / P rows, the
 // last band taking the rest); large bands are shared out in pieces as the
 // band splitters do, so pieceFn sees full-width runs of rows that may be
@@ -270,8 +277,6 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
     const Quorin_PieceClosure closure{
         [](void* context, size_t band, size_t x, size_t y, size_t w, size_t h) {
             auto& all = *static_cast<Shared*>(context);
-            // Whole bands are the dispatcher's own, even should its processor
-            // count differ from the one read above.
             if (!all.pieces.cut()) {
                 all.pieceFn(x, y, w, h);
                 return;
@@ -280,7 +285,7 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
             all.pieces.run(band, rows);
         },
         &shared};
-    _QuorinDispatchApplyOnRows(width, height, &closure);
+    detail::ApplyOnRows(processors, width, height, closure);
 }
 
 }  // namespace quorin
