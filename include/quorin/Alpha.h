@@ -23,6 +23,7 @@ QUORIN_EXTERN_C_BEGIN
 QUORIN_API Quorin_Error QuorinAlphaBlend_ARGB8888(const Quorin_Buffer *srcTop,
                                                   const Quorin_Buffer *srcBottom,
                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
+/* Float: every kernel writes a computed NaN (colour or alpha) as the quiet NaN 0x7FC00000. */
 QUORIN_API Quorin_Error QuorinAlphaBlend_ARGBFFFF(const Quorin_Buffer *srcTop,
                                                   const Quorin_Buffer *srcBottom,
                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
@@ -38,6 +39,7 @@ QUORIN_API Quorin_Error QuorinAlphaBlend_Planar8(const Quorin_Buffer *srcTop,
                                                  const Quorin_Buffer *dest,
                                                  const Quorin_Buffer *destAlpha,
                                                  Quorin_Flags flags);
+/* Float: every kernel writes a computed NaN (colour or alpha) as the quiet NaN 0x7FC00000. */
 QUORIN_API Quorin_Error QuorinAlphaBlend_PlanarF(const Quorin_Buffer *srcTop,
                                                  const Quorin_Buffer *srcTopAlpha,
                                                  const Quorin_Buffer *srcBottom,
@@ -71,6 +73,7 @@ QUORIN_API Quorin_Error QuorinPremultipliedAlphaBlendScreen_RGBA8888(
 QUORIN_API Quorin_Error QuorinPremultipliedConstAlphaBlend_Planar8(
     const Quorin_Buffer *srcTop, uint8_t constAlpha, const Quorin_Buffer *srcTopAlpha,
     const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest, Quorin_Flags flags);
+/* Float: every kernel writes a computed NaN as the quiet NaN 0x7FC00000. */
 QUORIN_API Quorin_Error QuorinPremultipliedConstAlphaBlend_PlanarF(
     const Quorin_Buffer *srcTop, float constAlpha, const Quorin_Buffer *srcTopAlpha,
     const Quorin_Buffer *srcBottom, const Quorin_Buffer *dest, Quorin_Flags flags);
@@ -86,6 +89,7 @@ QUORIN_API Quorin_Error QuorinPremultiplyData_ARGB8888(const Quorin_Buffer *src,
 QUORIN_API Quorin_Error QuorinPremultiplyData_RGBA8888(const Quorin_Buffer *src,
                                                        const Quorin_Buffer *dest,
                                                        Quorin_Flags flags);
+/* Float: every kernel writes a computed NaN as the quiet NaN 0x7FC00000; alpha keeps its bits. */
 QUORIN_API Quorin_Error QuorinPremultiplyData_ARGBFFFF(const Quorin_Buffer *src,
                                                        const Quorin_Buffer *dest,
                                                        Quorin_Flags flags);
@@ -110,6 +114,7 @@ QUORIN_API Quorin_Error QuorinPremultiplyData_Planar8(const Quorin_Buffer *src,
                                                       const Quorin_Buffer *alpha,
                                                       const Quorin_Buffer *dest,
                                                       Quorin_Flags flags);
+/* Float: every kernel writes a computed NaN as the quiet NaN 0x7FC00000. */
 QUORIN_API Quorin_Error QuorinPremultiplyData_PlanarF(const Quorin_Buffer *src,
                                                       const Quorin_Buffer *alpha,
                                                       const Quorin_Buffer *dest,
@@ -124,6 +129,7 @@ QUORIN_API Quorin_Error QuorinUnpremultiplyData_ARGB8888(const Quorin_Buffer *sr
 QUORIN_API Quorin_Error QuorinUnpremultiplyData_RGBA8888(const Quorin_Buffer *src,
                                                          const Quorin_Buffer *dest,
                                                          Quorin_Flags flags);
+/* Float: every kernel writes a computed NaN as the quiet NaN 0x7FC00000; alpha keeps its bits. */
 QUORIN_API Quorin_Error QuorinUnpremultiplyData_ARGBFFFF(const Quorin_Buffer *src,
                                                          const Quorin_Buffer *dest,
                                                          Quorin_Flags flags);
@@ -146,6 +152,7 @@ QUORIN_API Quorin_Error QuorinUnpremultiplyData_Planar8(const Quorin_Buffer *src
                                                         const Quorin_Buffer *alpha,
                                                         const Quorin_Buffer *dest,
                                                         Quorin_Flags flags);
+/* Float: every kernel writes a computed NaN as the quiet NaN 0x7FC00000. */
 QUORIN_API Quorin_Error QuorinUnpremultiplyData_PlanarF(const Quorin_Buffer *src,
                                                         const Quorin_Buffer *alpha,
                                                         const Quorin_Buffer *dest,
@@ -160,6 +167,7 @@ QUORIN_API Quorin_Error QuorinUnpremultiplyData_PlanarF(const Quorin_Buffer *src
 QUORIN_API Quorin_Error QuorinClipToAlpha_Planar8(const Quorin_Buffer *src,
                                                   const Quorin_Buffer *alpha,
                                                   const Quorin_Buffer *dest, Quorin_Flags flags);
+/* Float: values are only selected, never computed, so NaNs keep their bits. */
 QUORIN_API Quorin_Error QuorinClipToAlpha_PlanarF(const Quorin_Buffer *src,
                                                   const Quorin_Buffer *alpha,
                                                   const Quorin_Buffer *dest, Quorin_Flags flags);

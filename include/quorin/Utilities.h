@@ -16,9 +16,24 @@ typedef struct Quorin_Size {
 
 /* Fills *buffer for height x width pixels of pixelBits bits each, with a
  * rowBytes chosen for vector access, and allocates zero-filled storage that
- * the caller releases with free(). With kQuorinFlag_NoAllocate only the record
- * is filled (data = NULL) and the row alignment (16 or 64) is returned: a
- * positive result there is not an error. */
+ * the caller releases with free(). rowBytes is a multiple of the row
+ * alignment: 16 for rows under 32 bytes, else 64. Storage under a page is
+ * aligned to the row alignment; storage of a page or more comes from calloc
+ * and is only guaranteed 16-byte aligned. A width of 0 or pixelBits of 0
+ * gives rowBytes 0, data NULL and 0.
+ * With kQuorinFlag_NoAllocate only the record is filled (data = NULL) and the
+ * row alignment (16 or 64) is returned: a positive result there is not an
+ * error, and it says how rowBytes was rounded, not how storage the caller
+ * allocates must be aligned.
+ * Codes in order: NULL buffer kQuorinError_NullPointer; a flag other than
+ * kQuorinFlag_NoAllocate kQuorinError_UnsupportedFlags; a width x pixelBits
+ * of more than 32 bits kQuorinError_BadArgument, before the record is
+ * touched (this also refuses products that pass the bit-length test of
+ * width and pixelBits but do not fit 32 bits, which would otherwise wrap
+ * and describe rows too short for their width); a byte extent whose
+ * rowBytes and height have bit lengths adding up to more than 32 (never
+ * below 2^33 bytes, always from 2^34), or storage that cannot be had,
+ * kQuorinError_OutOfMemory, after the record is filled. */
 QUORIN_API Quorin_Error QuorinBuffer_Init(Quorin_Buffer *buffer, size_t height, size_t width,
                                           uint32_t pixelBits, Quorin_Flags flags);
 

@@ -16,6 +16,7 @@ Quorin_Error StraightBlendInterleaved(const Quorin_Buffer* top, const Quorin_Buf
                                       const KernelPair<InterleavedBlendKernel<T>>& kernels) {
     if (AnyMissing(top, bottom, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(top, bottom, dest)) return kQuorinError_BadArgument;
+    if (AnyCannotDescribeImage(4 * sizeof(T), top, bottom, dest)) return kQuorinError_BadArgument;
     const size_t width = dest->width;
     const Plane<T, 4> topPlane(top), bottomPlane(bottom), destPlane(dest);
     const auto kernel = ChooseStreaming(kernels, width * dest->height * 4 * sizeof(T));
@@ -24,7 +25,7 @@ Quorin_Error StraightBlendInterleaved(const Quorin_Buffer* top, const Quorin_Buf
 
 // Only the top colour, the bottom colour and the result-alpha plane are
 // checked; the two source alpha planes and the colour destination are taken
-// to match them.
+// to match them, and are refused only when the walk would leave them.
 template <class T>
 Quorin_Error StraightBlendPlanar(const Quorin_Buffer* top, const Quorin_Buffer* topAlpha,
                                  const Quorin_Buffer* bottom, const Quorin_Buffer* bottomAlpha,
@@ -32,9 +33,13 @@ Quorin_Error StraightBlendPlanar(const Quorin_Buffer* top, const Quorin_Buffer* 
                                  const KernelPair<PlanarStraightKernel<T>>& kernels) {
     if (AnyMissing(top, bottom, destAlpha)) return kQuorinError_NullPointer;
     if (SizesDiffer(top, bottom, destAlpha)) return kQuorinError_BadArgument;
-    const size_t width = top->width;
+    const size_t width = top->width, height = top->height;
+    if (AnyCannotDescribeImage(sizeof(T), top, bottom, destAlpha) ||
+        CannotHoldRegion(topAlpha, sizeof(T), width, height) ||
+        CannotHoldRegion(bottomAlpha, sizeof(T), width, height) || CannotHoldRegion(dest, sizeof(T), width, height))
+        return kQuorinError_BadArgument;
     const Plane<T> planes[] = {top, topAlpha, bottom, bottomAlpha, dest, destAlpha};
-    return RunBandsOnGroup(flags, width, top->height,
+    return RunBandsOnGroup(flags, width, height,
                            OverRows(width, kernels.choose(), planes[0], planes[1], planes[2], planes[3], planes[4],
                                     planes[5]));
 }

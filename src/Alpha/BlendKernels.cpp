@@ -16,6 +16,7 @@
 #include "Alpha/BlendKernels.h"
 #include "Alpha/BlendRules.h"
 #include "Alpha/BlendVector-inl.h"
+#include "Core/CanonicalNaN-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::alpha::HWY_NAMESPACE {
@@ -212,16 +213,16 @@ void StraightBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uin
 
 // The float rule on whole lanes: colour where the result alpha is positive,
 // else 0 (a NaN alpha compares false). Operation order as in the rule, no
-// fused multiply-add, a true division.
+// fused multiply-add, a true division; NaN results canonical as in the rule.
 struct StraightCoverFloatVec {
     VF weight, alpha;
     StraightCoverFloatVec(VF aT, VF aB) {
         weight = hn::Mul(hn::Sub(hn::Set(DF(), 1.0f), aT), aB);
-        alpha = hn::Add(aT, weight);
+        alpha = quorin::HWY_NAMESPACE::CanonicalNaNs(hn::Add(aT, weight));
     }
     VF colour(VF top, VF aT, VF bottom) const {
         const VF c = hn::Div(hn::Add(hn::Mul(top, aT), hn::Mul(bottom, weight)), alpha);
-        return hn::IfThenElseZero(hn::Gt(alpha, hn::Zero(DF())), c);
+        return hn::IfThenElseZero(hn::Gt(alpha, hn::Zero(DF())), quorin::HWY_NAMESPACE::CanonicalNaNs(c));
     }
 };
 
@@ -363,7 +364,7 @@ void ConstAlphaBlendPlanarF(const float* top, const float* topAlpha, const float
     const size_t done = WholeSteps(count, hn::Lanes(df), [&](size_t i) {
         const VF bottomWeight = hn::Sub(one, hn::Mul(hn::LoadU(df, topAlpha + i), k));
         const VF r = hn::Add(hn::Mul(hn::LoadU(df, top + i), k), hn::Mul(hn::LoadU(df, bottom + i), bottomWeight));
-        hn::StoreU(r, df, dest + i);
+        hn::StoreU(quorin::HWY_NAMESPACE::CanonicalNaNs(r), df, dest + i);
     });
     ConstAlphaBlendScalar(top + done, topAlpha + done, bottom + done, dest + done, count - done, constAlpha);
 }

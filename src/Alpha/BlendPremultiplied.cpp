@@ -19,6 +19,7 @@ Quorin_Error BlendModeRGBA8888(const Quorin_Buffer* top, const Quorin_Buffer* bo
                                Split split) {
     if (AnyMissing(top, bottom, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(top, bottom, dest)) return kQuorinError_BadArgument;
+    if (AnyCannotDescribeImage(4, top, bottom, dest)) return kQuorinError_BadArgument;
     const size_t width = top->width, height = top->height;
     const Plane<uint8_t, 4> topPlane(top), bottomPlane(bottom), destPlane(dest);
     auto band = OverRows(width, ChooseStreaming(kernels, width * height * 4), topPlane, bottomPlane, destPlane);
@@ -36,6 +37,7 @@ Quorin_Error ConstAlphaBlendPlanar(const Quorin_Buffer* top, T constAlpha, const
                                    const KernelPair<PlanarConstKernel<T>>& kernels) {
     if (AnyMissing(top, topAlpha, bottom, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(top, topAlpha, bottom, dest)) return kQuorinError_BadArgument;
+    if (AnyCannotDescribeImage(sizeof(T), top, topAlpha, bottom, dest)) return kQuorinError_BadArgument;
     const PlanarConstKernel<T> kernel = kernels.choose();
     const auto withAlpha = [kernel, constAlpha](const T* t, const T* a, const T* b, T* d, size_t count) {
         kernel(t, a, b, d, count, constAlpha);

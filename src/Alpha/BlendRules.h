@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Core/CanonicalNaN.h"
+
 namespace quorin::alpha {
 
 // Channel positions of the interleaved formats.
@@ -39,15 +41,17 @@ struct StraightCoverF {
     float alpha;
 };
 
+// The result alpha is written as computed, a NaN as the canonical NaN.
 inline StraightCoverF StraightCoverFloat(float topAlpha, float bottomAlpha) {
     const float w = (1.0f - topAlpha) * bottomAlpha;
-    return {w, topAlpha + w};
+    return {w, CanonicalNaN(topAlpha + w)};
 }
 
-// No clamping; colour 0 unless the result alpha is positive (a NaN alpha too).
+// No clamping; colour 0 unless the result alpha is positive (a NaN alpha too),
+// a NaN colour the canonical NaN.
 inline float StraightColourFloat(float top, float topAlpha, float bottom, StraightCoverF cover) {
     if (!(cover.alpha > 0.0f)) return 0.0f;
-    return (top * topAlpha + bottom * cover.bottomWeight) / cover.alpha;
+    return CanonicalNaN((top * topAlpha + bottom * cover.bottomWeight) / cover.alpha);
 }
 
 // One interleaved pixel (alpha at kAlpha): T is uint8_t or float.
@@ -134,7 +138,7 @@ inline uint8_t ConstAlphaBlend8(uint32_t top, uint32_t topAlpha, uint32_t bottom
 }
 
 inline float ConstAlphaBlendFloat(float top, float topAlpha, float bottom, float constAlpha) {
-    return top * constAlpha + bottom * (1.0f - topAlpha * constAlpha);
+    return CanonicalNaN(top * constAlpha + bottom * (1.0f - topAlpha * constAlpha));
 }
 
 template <class T>

@@ -14,6 +14,7 @@ Quorin_Error ClipInterleaved(const Quorin_Buffer* src, const Quorin_Buffer* dest
                              const KernelPair<InterleavedClipKernel<T>>& kernels) {
     if (AnyMissing(src, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, dest)) return kQuorinError_BadArgument;
+    if (AnyCannotDescribeImage(4 * sizeof(T), src, dest)) return kQuorinError_BadArgument;
     const Plane<T, 4> srcPlane(src), destPlane(dest);
     const auto kernel = ChooseStreaming(kernels, src->width * src->height * 4 * sizeof(T));
     RunBandsOnApply(flags, src->width, src->height, OverRows(src->width, kernel, srcPlane, destPlane));
@@ -25,6 +26,7 @@ Quorin_Error ClipPlanar(const Quorin_Buffer* src, const Quorin_Buffer* alpha, co
                         Quorin_Flags flags, const KernelPair<PlanarClipKernel<T>>& kernels) {
     if (AnyMissing(src, alpha, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, alpha, dest)) return kQuorinError_BadArgument;
+    if (AnyCannotDescribeImage(sizeof(T), src, alpha, dest)) return kQuorinError_BadArgument;
     const Plane<T> srcPlane(src), alphaPlane(alpha), destPlane(dest);
     const auto kernel = ChooseStreaming(kernels, src->width * src->height * sizeof(T));
     RunBandsOnApply(flags, src->width, src->height, OverRows(src->width, kernel, srcPlane, alphaPlane, destPlane));

@@ -2,7 +2,8 @@
 //
 // Every member: null records or pixel data give kQuorinError_NullPointer, any
 // width or height differing between the buffers kQuorinError_BadArgument
-// (never kQuorinError_SizeMismatch); flag bits other than single-threaded are
+// (never kQuorinError_SizeMismatch), then a record that cannot describe its
+// image kQuorinError_BadArgument too; flag bits other than single-threaded are
 // ignored; empty images succeed without touching anything. Then the kernel
 // (vector or scalar, by the feature test) walks one contiguous run or row by
 // row, over bands of rows split across processors: through a dispatch group,
@@ -42,8 +43,9 @@ template <class Rule, size_t kAlpha, Split kSplit = Split::Group>
 Quorin_Error Pixels(const Quorin_Buffer* src, const Quorin_Buffer* dest, Quorin_Flags flags) {
     if (AnyMissing(src, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, dest)) return kQuorinError_BadArgument;
-
     using Sample = typename Rule::Sample;
+    if (AnyCannotDescribeImage(4 * sizeof(Sample), src, dest)) return kQuorinError_BadArgument;
+
     const bool vector = UseVectorKernels();
     const bool stream = WantsStreaming(dest->height * dest->width * 4 * sizeof(Sample));
     const Plane<Sample, 4> from(src), to(dest);
@@ -61,8 +63,9 @@ Quorin_Error Planes(const Quorin_Buffer* src, const Quorin_Buffer* alpha, const 
                     Quorin_Flags flags) {
     if (AnyMissing(src, alpha, dest)) return kQuorinError_NullPointer;
     if (SizesDiffer(src, alpha, dest)) return kQuorinError_BadArgument;
-
     using Sample = typename Rule::Sample;
+    if (AnyCannotDescribeImage(sizeof(Sample), src, alpha, dest)) return kQuorinError_BadArgument;
+
     const bool vector = UseVectorKernels();
     const bool stream = WantsStreaming(dest->height * dest->width * sizeof(Sample));
     const Plane<Sample> from(src), by(alpha), to(dest);

@@ -29,6 +29,7 @@
 
 #include "Alpha/PremultiplyKernels.h"
 #include "Alpha/PremultiplyMath-inl.h"
+#include "Core/CanonicalNaN-inl.h"
 #include "Core/Opaque.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -435,7 +436,7 @@ struct PremultiplyFBody {
     Bytes operator()(const float* src) const {
         const DF df;
         const auto pixels = hn::LoadU(df, src);
-        const auto colour = hn::Mul(pixels, hn::Broadcast<kAlpha>(pixels));
+        const auto colour = CanonicalNaNs(hn::Mul(pixels, hn::Broadcast<kAlpha>(pixels)));
         return hn::BitCast(D8(), hn::IfThenElse(AlphaLanes<kAlpha>(), pixels, colour));
     }
 };
@@ -445,7 +446,7 @@ struct UnpremultiplyFBody {
     Bytes operator()(const float* src) const {
         const DF df;
         const auto pixels = hn::LoadU(df, src);
-        const auto colour = hn::Mul(pixels, ReciprocalOrZero(hn::Broadcast<kAlpha>(pixels)));
+        const auto colour = CanonicalNaNs(hn::Mul(pixels, ReciprocalOrZero(hn::Broadcast<kAlpha>(pixels))));
         return hn::BitCast(D8(), hn::IfThenElse(AlphaLanes<kAlpha>(), pixels, colour));
     }
 };
@@ -453,14 +454,15 @@ struct UnpremultiplyFBody {
 struct PremultiplyFPlaneBody {
     Bytes operator()(const float* src, const float* alpha) const {
         const DF df;
-        return hn::BitCast(D8(), hn::Mul(hn::LoadU(df, src), hn::LoadU(df, alpha)));
+        return hn::BitCast(D8(), CanonicalNaNs(hn::Mul(hn::LoadU(df, src), hn::LoadU(df, alpha))));
     }
 };
 
 struct UnpremultiplyFPlaneBody {
     Bytes operator()(const float* src, const float* alpha) const {
         const DF df;
-        return hn::BitCast(D8(), hn::Mul(hn::LoadU(df, src), ReciprocalOrZero(hn::LoadU(df, alpha))));
+        return hn::BitCast(D8(),
+                           CanonicalNaNs(hn::Mul(hn::LoadU(df, src), ReciprocalOrZero(hn::LoadU(df, alpha)))));
     }
 };
 

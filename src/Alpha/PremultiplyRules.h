@@ -15,6 +15,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Core/CanonicalNaN.h"
+
 namespace quorin::premultiply {
 
 // The common case: alpha is the per-pixel factor and is written unchanged.
@@ -81,16 +83,18 @@ struct Unpremultiply16Q12 : AlphaAsFactor<int16_t, int32_t> {
     }
 };
 
-// Float: c' = c * a in single precision, no clamp.
+// Float: c' = c * a in single precision, no clamp; a NaN product is written
+// as the canonical NaN.
 struct PremultiplyF : AlphaAsFactor<float, float> {
-    static Sample Colour(Sample c, Factor a) { return c * a; }
+    static Sample Colour(Sample c, Factor a) { return CanonicalNaN(c * a); }
 };
 
 // Float: one reciprocal per pixel, 0 for an alpha that compares equal to 0
-// (either sign), then one multiplication per channel.
+// (either sign), then one multiplication per channel; a NaN product is
+// written as the canonical NaN.
 struct UnpremultiplyF : AlphaAsFactor<float, float> {
     static Factor FactorOf(Sample a) { return a == 0.0f ? 0.0f : 1.0f / a; }
-    static Sample Colour(Sample c, Factor r) { return c * r; }
+    static Sample Colour(Sample c, Factor r) { return CanonicalNaN(c * r); }
 };
 
 // ---- Scalar kernels ---------------------------------------------------------

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <span>
 
@@ -63,6 +64,7 @@ struct Operand {
     size_t pixelBytes;
     bool required;
     bool rowBytesTested;
+    bool rowsCut = false;  // an untested destination whose short rows are cut, not refused
 };
 
 // The family's checks, in order; the first failure decides:
@@ -95,6 +97,18 @@ inline Quorin_Error CheckArguments(std::span<const Operand> first, const Operand
     if (later && ExceedsSources(region, later->record)) return kQuorinError_RegionExceedsSource;
     if (later && RowBytesTooSmall(later->record, later->pixelBytes)) return kQuorinError_BadArgument;
     return kQuorinSuccess;
+}
+
+// After the checks and a size query's answer, the records the checks let
+// through that no walk can use without leaving their buffers: -21773 for a
+// byte extent that wraps or exceeds the address space, and for a buffer
+// whose rowBytes the family does not test when its rows are shorter than its
+// pixels (except a destination whose rows are cut, see MergeIntoShortRows).
+inline bool AnyUnusable(std::span<const Operand> operands) {
+    return std::any_of(operands.begin(), operands.end(), [](const Operand& o) {
+        return o.record && (ExtentTooLarge(o.record) ||
+                            (!o.rowBytesTested && !o.rowsCut && RowBytesTooSmall(o.record, o.pixelBytes)));
+    });
 }
 
 // ---- Walking -----------------------------------------------------------------------
@@ -153,12 +167,38 @@ struct MergeCall {
     bool requiredPlanesRowBytesOnly = false;
 };
 
+// A destination whose rowBytes is shorter than its pixels: rows overlap, and
+// written in order each row overwrites the previous row's excess while the
+// last row would run past the buffer. What remains is each row's first
+// rowBytes bytes, so exactly those are written, the row's last pixel cut
+// where its row ends; that is every byte inside height x rowBytes as the
+// row-order walk leaves it, and nothing beyond. Rows write disjoint bytes,
+// so they may still run in parallel.
+template <class Transform, size_t C, class Kernel, class Planes>
+void MergeIntoShortRows(Quorin_Flags flags, const Quorin_Buffer* dest, const Kernel& kernel, const Planes& planes) {
+    using To = typename Transform::To;
+    constexpr size_t kPixelBytes = C * sizeof(To);
+    const Plane<To, C> pixels(dest);
+    const size_t wholePixels = dest->rowBytes / kPixelBytes, cutBytes = dest->rowBytes % kPixelBytes;
+    RunRows(flags, dest->width, dest->height, [&](size_t x, size_t y, size_t w, size_t h) {
+        const size_t end = std::min(x + w, wholePixels);
+        for (size_t r = y; r < y + h; ++r) {
+            if (end > x) kernel(pixels.at(x, r), planes.at(x, r), end - x);
+            if (cutBytes != 0 && wholePixels >= x && wholePixels < x + w) {
+                To last[C];
+                kernel(last, planes.at(wholePixels, r), 1);
+                std::memcpy(pixels.at(wholePixels, r), last, cutBytes);
+            }
+        }
+    });
+}
+
 template <class Transform, size_t C>
 Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
     using From = typename Transform::From;
     using To = typename Transform::To;
     std::array<Operand, C + 1> operands;
-    operands[0] = {call.dest, C * sizeof(To), true, !call.requiredPlanesRowBytesOnly};
+    operands[0] = {call.dest, C * sizeof(To), true, !call.requiredPlanesRowBytesOnly, call.requiredPlanesRowBytesOnly};
     for (size_t c = 0; c < C; ++c) {
         const bool required = call.planes[c].role == Role::Required;
         operands[c + 1] = {call.planes[c].record, sizeof(From), required, required || !call.requiredPlanesRowBytesOnly};
@@ -167,18 +207,29 @@ Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
                                                   Transform::kTakesRanges ? &call.ranges : nullptr, flags))
         return error;
     if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;  // no temporary buffer, nothing written
+    if (AnyUnusable(operands)) return kQuorinError_BadArgument;
 
     const Transform transform(call.ranges);
     const To constant = call.constant.resolve(transform);
     const bool vector = UseVectorKernels();
     const MergeRowKernel<C, Transform> kernel = ChooseMergeKernel<C, Transform>(vector);
+    const PlaneRows<const From, C> planes(call.planes);
+    if (RowBytesTooSmall(call.dest, C * sizeof(To))) {
+        MergeIntoShortRows<Transform, C>(
+            flags, call.dest,
+            [&](To* pixels, const std::array<const From*, C>& rows, size_t n) {
+                kernel(rows.data(), constant, transform, pixels, n, false);
+            },
+            planes);
+        return kQuorinSuccess;
+    }
     const bool streaming = vector && WantsStreaming(call.dest->width * call.dest->height * C * sizeof(To));
     ConvertRows(
         flags, call.dest, streaming,
-        [&](To* pixels, const std::array<const From*, C>& planes, size_t n) {
-            kernel(planes.data(), constant, transform, pixels, n, streaming);
+        [&](To* pixels, const std::array<const From*, C>& rows, size_t n) {
+            kernel(rows.data(), constant, transform, pixels, n, streaming);
         },
-        Plane<To, C>(call.dest), PlaneRows<const From, C>(call.planes));
+        Plane<To, C>(call.dest), planes);
     return kQuorinSuccess;
 }
 
@@ -212,6 +263,7 @@ Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
                                                   Transform::kTakesRanges ? &call.ranges : nullptr, flags))
         return error;
     if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;
+    if (AnyUnusable(std::span<const Operand>(operands.data(), count))) return kQuorinError_BadArgument;
 
     const Transform transform(call.ranges);
     const bool vector = UseVectorKernels();

@@ -106,8 +106,12 @@ extern "C" QUORIN_API Quorin_Error QuorinBuffer_Init(Quorin_Buffer* buffer, size
     if (buffer == nullptr) return kQuorinError_NullPointer;
     if ((flags & ~Quorin_Flags{kQuorinFlag_NoAllocate}) != 0) return kQuorinError_UnsupportedFlags;
     if (HighestBit(width) + HighestBit(pixelBits) > 32) return kQuorinError_BadArgument;
+    // The bit-length test lets products of up to 2^34 through, and a row bit
+    // count that wrapped would give a record too small for its width: refused
+    // the same way, before the record is touched.
+    uint32_t rowBits = 0;
+    if (__builtin_mul_overflow(width, pixelBits, &rowBits)) return kQuorinError_BadArgument;
 
-    const uint32_t rowBits = static_cast<uint32_t>(width) * pixelBits;
     const size_t alignment = RowAlignment(rowBits);
     const size_t rowBytes = RowBytesFor(rowBits, pixelBits);
     buffer->data = nullptr;

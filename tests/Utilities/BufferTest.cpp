@@ -13,11 +13,11 @@ namespace {
 
 int Lg(uint64_t v) { return v == 0 ? 0 : std::bit_width(v) - 1; }
 
-// The row layout restated: the 32-bit row bit count is padded to a unit that
+// The row layout restated: the row bit count is padded to a unit that
 // doubles from 8 bits until it holds a pixel (above 32-bit pixels: until it
 // exceeds one); rows under 32 bytes align to 16, others to 64.
 std::pair<size_t, int> Layout(size_t width, uint32_t pixelBits) {
-    const uint64_t bits = (uint64_t{width} * pixelBits) & 0xFFFFFFFFu;
+    const uint64_t bits = uint64_t{width} * pixelBits;
     if (bits == 0) return {0, 16};
     uint64_t unit = 8;
     while (pixelBits > 32 ? unit <= pixelBits : unit < pixelBits) unit *= 2;
@@ -41,8 +41,9 @@ TEST(BufferInit, RowLayoutOverGrid) {
         for (size_t width : widths) {
             Quorin_Buffer b{&b, 0, 0, 0};
             const Quorin_Error result = QuorinBuffer_Init(&b, 7, width, bits, kQuorinFlag_NoAllocate);
-            if (Lg(width) + Lg(bits) > 32) {
-                ASSERT_EQ(kQuorinError_BadArgument, result);
+            if (Lg(width) + Lg(bits) > 32 || uint64_t{width} * bits > 0xFFFFFFFFu) {
+                ASSERT_EQ(kQuorinError_BadArgument, result) << width << " x " << bits;
+                ASSERT_TRUE(b.data == &b && b.height == 0 && b.width == 0 && b.rowBytes == 0);
                 continue;
             }
             ASSERT_EQ(Layout(width, bits), std::make_pair(b.rowBytes, result)) << width << " x " << bits;
@@ -66,6 +67,22 @@ TEST(BufferInit, CheckOrder) {
     EXPECT_EQ(16, QuorinBuffer_Init(&b, 1ul << 29, 1, 32, kQuorinFlag_NoAllocate));
     EXPECT_EQ(kQuorinSuccess, QuorinBuffer_Init(&b, 1ul << 40, 0, 32, 0));  // no bits, no storage
     EXPECT_EQ(nullptr, b.data);
+}
+
+// Products that pass the bit-length test but not 32 bits used to wrap into a
+// record too small for its width, with success.
+TEST(BufferInit, RowBitCountsBeyond32BitsAreRefusedBeforeTheRecordIsTouched) {
+    Quorin_Buffer b{&b, 11, 12, 13};
+    EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, 40000000, 128, kQuorinFlag_NoAllocate));
+    EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, 1ul << 20, 4096, 0));
+    EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, 1ul << 32, 1, kQuorinFlag_NoAllocate));
+    EXPECT_TRUE(b.data == &b && b.height == 11 && b.width == 12 && b.rowBytes == 13);
+    // The largest products that fit keep their layout: 2^32 - 1 bits, and
+    // 2^29 bytes of 2^31-bit pixels rounded to 2^32-bit units.
+    EXPECT_EQ(64, QuorinBuffer_Init(&b, 1, 0xFFFFFFFFul, 1, kQuorinFlag_NoAllocate));
+    EXPECT_EQ(size_t{1} << 29, b.rowBytes);
+    EXPECT_EQ(64, QuorinBuffer_Init(&b, 1, 1, 1u << 31, kQuorinFlag_NoAllocate));
+    EXPECT_EQ(size_t{1} << 29, b.rowBytes);
 }
 
 TEST(BufferInit, AllocatesZeroedAlignedStorage) {

@@ -1,0 +1,50 @@
+// Every implemented image entry point as data: its buffer arguments in
+// argument order (bytes per pixel, whether the member writes it) and a call
+// through an array of records, so one test can drive all of them.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "quorin/Types.h"
+
+namespace quorin::test {
+
+enum class Use {
+    Read,
+    Written,
+    // The 8-bit interleave worker's destination, whose rowBytes is never
+    // tested: a short one is converted, each row cut where its rowBytes end.
+    WrittenCutToRows,
+};
+
+struct Arg {
+    size_t pixelBytes;
+    Use use;
+    bool written() const { return use != Use::Read; }
+};
+
+// Wide ranges, so that random floats land on every side of them.
+inline constexpr float kWideMax[4] = {1.0f, 2.0f, -1.0f, 255.0f};
+inline constexpr float kWideMin[4] = {0.0f, -2.0f, 1.0f, 0.0f};
+
+struct SafetyMember {
+    std::string name;
+    std::vector<Arg> args;
+    bool takesRanges;
+    // maxFloat and minFloat reach only the members that take ranges.
+    std::function<Quorin_Error(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max,
+                               const float* min)>
+        call;
+
+    Quorin_Error run(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max = kWideMax,
+                     const float* min = kWideMin) const {
+        return call(buffers, flags, max, min);
+    }
+};
+
+const std::vector<SafetyMember>& ImplementedMembers();
+
+}  // namespace quorin::test
