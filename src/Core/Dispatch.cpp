@@ -32,8 +32,9 @@ constexpr std::chrono::microseconds kWatchBeforeSleeping{100};
 // call has returned: it finds no index left and never touches the caller's
 // context, but it still reads the record, which is why records live in a
 // static table and are reused only once every thread that was handed one has
-// let go of it.
-struct SharedRun {
+// let go of it. One cache line each, so that calls under way at once on
+// other threads do not slow each other's counters.
+struct alignas(64) SharedRun {
     std::atomic<uint32_t> holders{0};  // 0: free; else the caller and the workers not yet done with it
     std::atomic<size_t> next{0};
     std::atomic<size_t> finished{0};
