@@ -72,16 +72,20 @@ const RegisterFamily kAlphaBlend([] {
         for (Split split : {Split::Single, Split::Default}) {
             for (const Row& row : rows) {
                 auto images = ImagesOf(side);
-                RegisterRow({row.operation, side, side, split, moved},
-                            [images, call = row.call, flags = FlagsOf(split)] {
-                                call(&images->top.buffer, &images->bottom.buffer, &images->dest.buffer, flags);
-                            },
-                            row.peer);
+                const RowShape shape{row.operation, side, side, split, moved};
+                const auto blend = [images, call = row.call, flags = FlagsOf(split)] {
+                    call(&images->top.buffer, &images->bottom.buffer, &images->dest.buffer, flags);
+                };
+                RegisterRow(shape, blend, row.peer);
+                if (split == Split::Single) RegisterScalarRow(shape, blend);
             }
             auto images = ImagesOf(side);
-            RegisterRow({"ClipToAlpha_ARGB8888", side, side, split, pixels * 8}, [images, flags = FlagsOf(split)] {
+            const RowShape shape{"ClipToAlpha_ARGB8888", side, side, split, pixels * 8};
+            const auto clip = [images, flags = FlagsOf(split)] {
                 QuorinClipToAlpha_ARGB8888(&images->bottom.buffer, &images->dest.buffer, flags);
-            });
+            };
+            RegisterRow(shape, clip);
+            if (split == Split::Single) RegisterScalarRow(shape, clip);
         }
         if (WantsPairRow(side)) {
             for (const Row& row : rows) {

@@ -258,6 +258,21 @@ void RegisterPairRow(const RowShape& shape, std::function<void(size_t, size_t)> 
         [helper] { helper->reset(); });
 }
 
+void RegisterScalarRow(const RowShape& shape, std::function<void()> body, std::function<void()> prepare) {
+    RowShape scalar = shape;
+    scalar.operation += ".scalar";
+    scalar.split = Split::Single;
+    // The switch is process-wide: it is set for one timed run and restored
+    // before any other row runs.
+    RegisterRow(
+        scalar, std::move(body), shape.operation,
+        [prepare = std::move(prepare)] {
+            if (prepare) prepare();
+            Quorin_Decelerate();
+        },
+        [] { Quorin_Boosten(~uint64_t{0}); });
+}
+
 void RegisterMemcpy(size_t bytes) {
     static std::set<size_t> registered;
     if (!registered.insert(bytes).second) return;
