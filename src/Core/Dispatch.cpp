@@ -117,22 +117,32 @@ void SetProcessorCountForTest(unsigned count) { gProcessorCountOverride.store(co
 
 namespace detail {
 
-void RunShared(size_t tasks, void* context, ApplyFunction function) {
+bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission submission) {
     const size_t workers = tasks > 1 ? tasks - 1 : 0;
+    // The group only carries the workers; the call never waits on it (a late
+    // worker would hold it back), and releasing it while they are queued is
+    // safe, since each submission keeps it alive until it has run.
+    dispatch_group_t group = nullptr;
+    if (submission == Submission::Group && workers != 0 && (group = dispatch_group_create()) == nullptr) return false;
     SharedRun* run = workers != 0 ? ClaimSharedRun(static_cast<uint32_t>(workers + 1)) : nullptr;
     if (run == nullptr) {
         for (size_t i = 0; i < tasks; ++i) function(context, i);
-        return;
+    } else {
+        run->next.store(0, std::memory_order_relaxed);
+        run->finished.store(0, std::memory_order_relaxed);
+        run->count = tasks;
+        run->context = context;
+        run->function = function;
+        for (size_t w = 0; w < workers; ++w) {
+            if (group != nullptr) dispatch_group_async_f(group, GlobalQueue(), run, WorkerEntry);
+            else dispatch_async_f(GlobalQueue(), run, WorkerEntry);
+        }
+        run->runUntilNoneLeft();
+        run->waitForAll();
+        run->release();
     }
-    run->next.store(0, std::memory_order_relaxed);
-    run->finished.store(0, std::memory_order_relaxed);
-    run->count = tasks;
-    run->context = context;
-    run->function = function;
-    for (size_t w = 0; w < workers; ++w) dispatch_async_f(GlobalQueue(), run, WorkerEntry);
-    run->runUntilNoneLeft();
-    run->waitForAll();
-    run->release();
+    if (group != nullptr) dispatch_release(group);
+    return true;
 }
 
 void SetWorkerStartHookForTest(void (*hook)()) { gWorkerStartHook.store(hook, std::memory_order_release); }

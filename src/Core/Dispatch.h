@@ -34,7 +34,11 @@ using ApplyFunction = void (*)(void* context, size_t iteration);
 // in order from the same counter as the caller, and the caller waits only for
 // the indices a worker has started: a worker that wakes after the caller has
 // taken the rest finds nothing to do and does not hold the call back.
-void RunShared(size_t tasks, void* context, ApplyFunction function);
+// Submission::Group submits the workers to a dispatch group made for the
+// call, for the splits that report -21771 when none can be made: false then,
+// before any call of `function`. Otherwise always true.
+enum class Submission { Queue, Group };
+bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission submission = Submission::Queue);
 // Calls that can share work with workers at once; one more runs on its caller
 // alone until a record is free again.
 inline constexpr size_t kSharedRuns = 64;
@@ -50,6 +54,15 @@ template <class Fn>
 void ParallelApply(size_t iterations, Fn&& fn) {
     detail::RunShared(iterations, &fn,
                       [](void* context, size_t i) { (*static_cast<std::remove_reference_t<Fn>*>(context))(i); });
+}
+
+// The same with the workers submitted to a dispatch group made for the call:
+// false, with nothing run, when the group cannot be made.
+template <class Fn>
+[[nodiscard]] bool ParallelApplyOnGroup(size_t iterations, Fn&& fn) {
+    return detail::RunShared(
+        iterations, &fn, [](void* context, size_t i) { (*static_cast<std::remove_reference_t<Fn>*>(context))(i); },
+        detail::Submission::Group);
 }
 
 // ---- Splitting rules --------------------------------------------------------
@@ -152,9 +165,9 @@ private:
 
 // Runs bandFn(firstRow, rows) over `height` rows. Serial (one call over all
 // rows) unless WantsBands; otherwise one task for each of the n bands and the
-// remainder band, run by the caller and the global queue's workers, the bands
-// shared out in pieces when large. Cannot fail: the error is kept for the
-// callers, whose members return it.
+// remainder band, run by the caller and workers submitted to a dispatch group,
+// the bands shared out in pieces when large. kQuorinError_OutOfMemory, with
+// nothing run, when the group cannot be made.
 template <class BandFn>
 Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
@@ -164,7 +177,8 @@ Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, Ba
     }
     const BandPlan plan = PlanBands(processors, height);
     BandPieces pieces(plan, width);
-    ParallelApply(plan.bandsWithRows(), [&](size_t i) { pieces.run(i, bandFn); });
+    if (!ParallelApplyOnGroup(plan.bandsWithRows(), [&](size_t i) { pieces.run(i, bandFn); }))
+        return kQuorinError_OutOfMemory;
     return kQuorinSuccess;
 }
 
