@@ -107,8 +107,9 @@ size_t ExpectCheckOrder(std::span<const CheckStep> steps, const std::vector<Guar
                 ++triedHere;
             }
         }
-        if (steps[s].check != Check::NullArgument)
+        if (steps[s].check != Check::NullArgument) {
             EXPECT_GT(triedHere, 0u) << "no input fails step " << s << " (" << steps[s].name << ")";
+        }
         tried += triedHere;
     }
     EXPECT_TRUE(ReturnsCode(entry(valid.pointers(), 0), kQuorinSuccess)) << "the valid input";
