@@ -2,9 +2,13 @@
 // straight-alpha blend beside libyuv's ARGBBlend, the premultiplied blend
 // modes beside pixman's separable operators (composited into a copy of the
 // bottom image, as pixman works in place), and clip to alpha beside memcpy.
+#include <cstring>
 #include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "Alpha/BlendMembers.h"
 #include "BenchSupport.h"
 
 #if QUORIN_BENCH_LIBYUV
@@ -42,68 +46,84 @@ std::shared_ptr<BlendImages> ImagesOf(size_t side) {
     return images;
 }
 
-using BlendCall = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-
 #if QUORIN_BENCH_PIXMAN
 #define QUORIN_PIXMAN_OP(name) int(PIXMAN_OP_##name)
 #else
 #define QUORIN_PIXMAN_OP(name) 0
 #endif
 
-struct Row {
-    const char* operation;
-    BlendCall call;
+struct Peer {
+    const char* member;  // the member's name in the family table
     const char* peer;
     int pixmanOp;  // 0: the peer is not pixman
 };
 
+const Peer kPeers[] = {
+    {"QuorinAlphaBlend_ARGB8888", "libyuv ARGBBlend", 0},
+    {"QuorinPremultipliedAlphaBlendMultiply_RGBA8888", "pixman MULTIPLY", QUORIN_PIXMAN_OP(MULTIPLY)},
+    {"QuorinPremultipliedAlphaBlendScreen_RGBA8888", "pixman SCREEN", QUORIN_PIXMAN_OP(SCREEN)},
+    {"QuorinPremultipliedAlphaBlendDarken_RGBA8888", "pixman DARKEN", QUORIN_PIXMAN_OP(DARKEN)},
+    {"QuorinPremultipliedAlphaBlendLighten_RGBA8888", "pixman LIGHTEN", QUORIN_PIXMAN_OP(LIGHTEN)},
+};
+
+// The row name of a member: its entry point without "Quorin" and, for the
+// premultiplied modes, without "PremultipliedAlphaBlend".
+std::string OperationOf(const alpha::Member& m) {
+    std::string name = std::string(m.name).substr(6);
+    const std::string modes = "PremultipliedAlphaBlend";
+    return name.rfind(modes, 0) == 0 ? name.substr(modes.size()) : name;
+}
+
+// The table's members on four-channel 8-bit pixels: blends of top over
+// bottom into dest, and clip to alpha of bottom into dest.
+std::vector<const alpha::Member*> InterleavedBytes() {
+    std::vector<const alpha::Member*> members;
+    for (const alpha::Member* m : alpha::kBlendMembers)
+        if (m->format.sample == SampleKind::U8 && m->format.channels == 4) members.push_back(m);
+    return members;
+}
+
+Quorin_Error Run(const alpha::Member& m, const Quorin_Buffer& top, const Quorin_Buffer& bottom,
+                 const Quorin_Buffer& dest, Quorin_Flags flags) {
+    const Quorin_Buffer* buffers[] = {&top, &bottom, &dest};
+    const Quorin_Buffer* const* first = m.buffers == 2 ? buffers + 1 : buffers;
+    return m.invoke(first, 0, flags);
+}
+
+const char* PeerOf(const alpha::Member& m) {
+    for (const Peer& p : kPeers)
+        if (std::strcmp(p.member, m.name) == 0) return p.peer;
+    return "";
+}
+
 const RegisterFamily kAlphaBlend([] {
-    const Row rows[] = {
-        {"AlphaBlend_ARGB8888", QuorinAlphaBlend_ARGB8888, "libyuv ARGBBlend", 0},
-        {"Multiply_RGBA8888", QuorinPremultipliedAlphaBlendMultiply_RGBA8888, "pixman MULTIPLY",
-         QUORIN_PIXMAN_OP(MULTIPLY)},
-        {"Screen_RGBA8888", QuorinPremultipliedAlphaBlendScreen_RGBA8888, "pixman SCREEN", QUORIN_PIXMAN_OP(SCREEN)},
-        {"Darken_RGBA8888", QuorinPremultipliedAlphaBlendDarken_RGBA8888, "pixman DARKEN", QUORIN_PIXMAN_OP(DARKEN)},
-        {"Lighten_RGBA8888", QuorinPremultipliedAlphaBlendLighten_RGBA8888, "pixman LIGHTEN",
-         QUORIN_PIXMAN_OP(LIGHTEN)},
-    };
     for (size_t side : StandardSizes()) {
-        const size_t pixels = side * side, moved = pixels * 12;  // two images read, one written
+        const size_t pixels = side * side;
         for (Split split : {Split::Single, Split::Default}) {
-            for (const Row& row : rows) {
+            for (const alpha::Member* m : InterleavedBytes()) {
                 auto images = ImagesOf(side);
-                RegisterRow({row.operation, side, side, split, moved},
-                            [images, call = row.call, flags = FlagsOf(split)] {
-                                call(&images->top.buffer, &images->bottom.buffer, &images->dest.buffer, flags);
-                            },
-                            row.peer);
+                const RowShape shape{OperationOf(*m), side, side, split, pixels * 4 * m->buffers};
+                const auto call = [images, m, flags = FlagsOf(split)] {
+                    Run(*m, images->top.buffer, images->bottom.buffer, images->dest.buffer, flags);
+                };
+                RegisterRow(shape, call, PeerOf(*m));
+                if (split == Split::Single) RegisterScalarRow(shape, call);
             }
-            auto images = ImagesOf(side);
-            RegisterRow({"ClipToAlpha_ARGB8888", side, side, split, pixels * 8}, [images, flags = FlagsOf(split)] {
-                QuorinClipToAlpha_ARGB8888(&images->bottom.buffer, &images->dest.buffer, flags);
-            });
         }
         if (WantsPairRow(side)) {
-            for (const Row& row : rows) {
+            for (const alpha::Member* m : InterleavedBytes()) {
                 auto images = ImagesOf(side);
-                RegisterPairRow({row.operation, side, side, Split::Pair, moved},
-                                [images, call = row.call](size_t first, size_t count) {
-                                    const Quorin_Buffer top = RowsOf(images->top.buffer, first, count);
-                                    const Quorin_Buffer bottom = RowsOf(images->bottom.buffer, first, count);
-                                    const Quorin_Buffer dest = RowsOf(images->dest.buffer, first, count);
-                                    call(&top, &bottom, &dest, kQuorinFlag_SingleThreaded);
+                RegisterPairRow({OperationOf(*m), side, side, Split::Pair, pixels * 4 * m->buffers},
+                                [images, m](size_t first, size_t count) {
+                                    Run(*m, RowsOf(images->top.buffer, first, count),
+                                        RowsOf(images->bottom.buffer, first, count),
+                                        RowsOf(images->dest.buffer, first, count), kQuorinFlag_SingleThreaded);
                                 });
             }
-            auto images = ImagesOf(side);
-            RegisterPairRow({"ClipToAlpha_ARGB8888", side, side, Split::Pair, pixels * 8},
-                            [images](size_t first, size_t count) {
-                                const Quorin_Buffer src = RowsOf(images->bottom.buffer, first, count);
-                                const Quorin_Buffer dest = RowsOf(images->dest.buffer, first, count);
-                                QuorinClipToAlpha_ARGB8888(&src, &dest, kQuorinFlag_SingleThreaded);
-                            });
         }
 
         // Peers run on one thread only.
+        const size_t moved = pixels * 12;  // two images read, one written
         auto images = ImagesOf(side);
         const int s = int(side), stride = int(side * 4);
 #if QUORIN_BENCH_LIBYUV
@@ -113,7 +133,7 @@ const RegisterFamily kAlphaBlend([] {
         });
 #endif
 #if QUORIN_BENCH_PIXMAN
-        for (const Row& row : rows) {
+        for (const Peer& row : kPeers) {
             if (row.pixmanOp == 0) continue;
             auto* src = pixman_image_create_bits(PIXMAN_a8r8g8b8, s, s,
                                                  reinterpret_cast<uint32_t*>(images->top.bytes.data()), stride);

@@ -390,43 +390,37 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quorin::alpha {
 
-// Defines NameVector(...), which runs Name for the instruction set chosen at run time.
-#define QUORIN_VECTOR_TWIN(Name) \
-    HWY_EXPORT(Name);            \
-    template <class... Args>     \
-    void Name##Vector(Args... args) { HWY_DYNAMIC_DISPATCH(Name)(args...); }
-
-QUORIN_VECTOR_TWIN(StraightBlendARGB8888)
-QUORIN_VECTOR_TWIN(StraightBlendARGBFFFF)
-QUORIN_VECTOR_TWIN(StraightBlendPlanar8)
-QUORIN_VECTOR_TWIN(StraightBlendPlanarF)
-QUORIN_VECTOR_TWIN(DarkenRGBA8888)
-QUORIN_VECTOR_TWIN(LightenRGBA8888)
-QUORIN_VECTOR_TWIN(MultiplyRGBA8888)
-QUORIN_VECTOR_TWIN(ScreenRGBA8888)
-QUORIN_VECTOR_TWIN(ConstAlphaBlendPlanar8)
-QUORIN_VECTOR_TWIN(ConstAlphaBlendPlanarF)
+HWY_EXPORT(StraightBlendARGB8888);
+HWY_EXPORT(StraightBlendARGBFFFF);
+HWY_EXPORT(StraightBlendPlanar8);
+HWY_EXPORT(StraightBlendPlanarF);
+HWY_EXPORT(DarkenRGBA8888);
+HWY_EXPORT(LightenRGBA8888);
+HWY_EXPORT(MultiplyRGBA8888);
+HWY_EXPORT(ScreenRGBA8888);
+HWY_EXPORT(ConstAlphaBlendPlanar8);
+HWY_EXPORT(ConstAlphaBlendPlanarF);
 
 const KernelPair<InterleavedBlendKernel<uint8_t>> kStraightBlendARGB8888{&StraightBlendInterleavedScalar<uint8_t>,
-                                                                         &StraightBlendARGB8888Vector};
+                                                                         HWY_DISPATCH_TABLE(StraightBlendARGB8888)};
 const KernelPair<InterleavedBlendKernel<float>> kStraightBlendARGBFFFF{&StraightBlendInterleavedScalar<float>,
-                                                                       &StraightBlendARGBFFFFVector};
+                                                                       HWY_DISPATCH_TABLE(StraightBlendARGBFFFF)};
 const KernelPair<PlanarStraightKernel<uint8_t>> kStraightBlendPlanar8{&StraightBlendPlanarScalar<uint8_t>,
-                                                                      &StraightBlendPlanar8Vector};
+                                                                      HWY_DISPATCH_TABLE(StraightBlendPlanar8)};
 const KernelPair<PlanarStraightKernel<float>> kStraightBlendPlanarF{&StraightBlendPlanarScalar<float>,
-                                                                    &StraightBlendPlanarFVector};
+                                                                    HWY_DISPATCH_TABLE(StraightBlendPlanarF)};
 const KernelPair<InterleavedBlendKernel<uint8_t>> kDarkenRGBA8888{&BlendModeScalar<BlendMode::Darken>,
-                                                                  &DarkenRGBA8888Vector};
+                                                                  HWY_DISPATCH_TABLE(DarkenRGBA8888)};
 const KernelPair<InterleavedBlendKernel<uint8_t>> kLightenRGBA8888{&BlendModeScalar<BlendMode::Lighten>,
-                                                                   &LightenRGBA8888Vector};
+                                                                   HWY_DISPATCH_TABLE(LightenRGBA8888)};
 const KernelPair<InterleavedBlendKernel<uint8_t>> kMultiplyRGBA8888{&BlendModeScalar<BlendMode::Multiply>,
-                                                                    &MultiplyRGBA8888Vector};
+                                                                    HWY_DISPATCH_TABLE(MultiplyRGBA8888)};
 const KernelPair<InterleavedBlendKernel<uint8_t>> kScreenRGBA8888{&BlendModeScalar<BlendMode::Screen>,
-                                                                  &ScreenRGBA8888Vector};
+                                                                  HWY_DISPATCH_TABLE(ScreenRGBA8888)};
 const KernelPair<PlanarConstKernel<uint8_t>> kConstAlphaBlendPlanar8{&ConstAlphaBlendScalar<uint8_t>,
-                                                                     &ConstAlphaBlendPlanar8Vector};
+                                                                     HWY_DISPATCH_TABLE(ConstAlphaBlendPlanar8)};
 const KernelPair<PlanarConstKernel<float>> kConstAlphaBlendPlanarF{&ConstAlphaBlendScalar<float>,
-                                                                   &ConstAlphaBlendPlanarFVector};
+                                                                   HWY_DISPATCH_TABLE(ConstAlphaBlendPlanarF)};
 
 }  // namespace quorin::alpha
 #endif  // HWY_ONCE

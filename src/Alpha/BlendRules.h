@@ -8,12 +8,9 @@
 #include <cstdint>
 
 #include "Core/CanonicalNaN.h"
+#include "Core/PixelFormat.h"
 
 namespace quorin::alpha {
-
-// Channel positions of the interleaved formats.
-inline constexpr size_t kAlphaFirst = 0;  // ARGB
-inline constexpr size_t kAlphaLast = 3;   // RGBA
 
 // ---- Straight (non-premultiplied) colour, top over bottom -------------------
 

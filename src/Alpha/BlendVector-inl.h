@@ -10,6 +10,8 @@
 #include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
+#include "Core/RowLoop-inl.h"
+
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
               "the 8-bit kernels address channels inside 32-bit lanes by shifts");
 
@@ -17,54 +19,11 @@ HWY_BEFORE_NAMESPACE();
 namespace quorin::alpha::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Calls body(i) for i = 0, step, 2 step, ... while a whole step fits in
-// `count`; returns the first index left over for the scalar rule.
-template <class Body>
-HWY_INLINE size_t WholeSteps(size_t count, size_t step, const Body& body) {
-    size_t i = 0;
-    for (; i + step <= count; i += step) body(i);
-    return i;
-}
-
-inline constexpr size_t kNoStreaming = ~size_t{0};
-
-// For a run of `pixels` pixels of `pixelBytes` bytes at `dest`, stored
-// `vectorBytes` at a time, in a call that asked to `stream`: the pixels to
-// leave to the scalar rule before the stores are aligned for streaming, or
-// kNoStreaming when the run should not stream (not asked, or with pixels that
-// never reach a vector boundary). Vectors under 16 bytes never stream: a
-// streaming store writes a whole 16-byte register.
-HWY_INLINE size_t StreamingHead(bool stream, const void* dest, size_t pixels, size_t pixelBytes, size_t vectorBytes) {
-    const uintptr_t address = reinterpret_cast<uintptr_t>(dest);
-    if (!stream || address % pixelBytes != 0 || vectorBytes < 16) return kNoStreaming;
-    const size_t head = (vectorBytes - address % vectorBytes) % vectorBytes / pixelBytes;
-    return head < pixels ? head : pixels;
-}
-
-// Runs a kernel over `pixels` pixels of `pixelBytes` bytes written at `dest`
-// as vectors of descriptor d, `step` pixels each: body(i, store) computes
-// the step from pixel i on and hands its vector to store(v, to);
-// scalar(first, count) takes the pixels no whole step covers. With `stream`
-// the aligned steps are written with streaming stores.
-template <class D, class Body, class Scalar>
-HWY_INLINE void StoreRun(D d, bool stream, const void* dest, size_t pixels, size_t pixelBytes, size_t step,
-                         const Body& body, const Scalar& scalar) {
-    const size_t head = StreamingHead(stream, dest, pixels, pixelBytes, hn::Lanes(d) * sizeof(hn::TFromD<D>));
-    const bool streaming = head != kNoStreaming;
-    const size_t start = streaming ? head : 0;
-    scalar(size_t{0}, start);
-    const auto run = [&](auto store) {
-        return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, store); });
-    };
-    size_t done;
-    if (streaming) {
-        done = run([d](auto v, auto* to) { hn::Stream(v, d, to); });
-        hwy::FlushStream();
-    } else {
-        done = run([d](auto v, auto* to) { hn::StoreU(v, d, to); });
-    }
-    scalar(done, pixels - done);
-}
+// The core row loop's whole steps with a scalar tail (Core/RowLoop-inl.h).
+using quorin::HWY_NAMESPACE::kNoStreaming;
+using quorin::HWY_NAMESPACE::StoreRun;
+using quorin::HWY_NAMESPACE::StreamingHead;
+using quorin::HWY_NAMESPACE::WholeSteps;
 
 #if HWY_TARGET != HWY_SCALAR
 

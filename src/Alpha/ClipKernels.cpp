@@ -7,7 +7,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
-#include "Alpha/BlendKernels.h"
+#include "Alpha/ClipKernels.h"
 #include "Alpha/BlendVector-inl.h"
 #include "Alpha/ClipRules.h"
 
@@ -92,28 +92,23 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quorin::alpha {
 
-#define QUORIN_CLIP_VECTOR_TWIN(Name) \
-    HWY_EXPORT(Name);                 \
-    template <class... Args>          \
-    void Name##Vector(Args... args) { HWY_DYNAMIC_DISPATCH(Name)(args...); }
-
-QUORIN_CLIP_VECTOR_TWIN(ClipARGB8888)
-QUORIN_CLIP_VECTOR_TWIN(ClipRGBA8888)
-QUORIN_CLIP_VECTOR_TWIN(ClipARGBFFFF)
-QUORIN_CLIP_VECTOR_TWIN(ClipRGBAFFFF)
-QUORIN_CLIP_VECTOR_TWIN(ClipPlanar8)
-QUORIN_CLIP_VECTOR_TWIN(ClipPlanarF)
+HWY_EXPORT(ClipARGB8888);
+HWY_EXPORT(ClipRGBA8888);
+HWY_EXPORT(ClipARGBFFFF);
+HWY_EXPORT(ClipRGBAFFFF);
+HWY_EXPORT(ClipPlanar8);
+HWY_EXPORT(ClipPlanarF);
 
 const KernelPair<InterleavedClipKernel<uint8_t>> kClipARGB8888{&ClipToAlphaInterleavedScalar<kAlphaFirst, uint8_t>,
-                                                               &ClipARGB8888Vector};
+                                                               HWY_DISPATCH_TABLE(ClipARGB8888)};
 const KernelPair<InterleavedClipKernel<uint8_t>> kClipRGBA8888{&ClipToAlphaInterleavedScalar<kAlphaLast, uint8_t>,
-                                                               &ClipRGBA8888Vector};
+                                                               HWY_DISPATCH_TABLE(ClipRGBA8888)};
 const KernelPair<InterleavedClipKernel<float>> kClipARGBFFFF{&ClipToAlphaInterleavedScalar<kAlphaFirst, float>,
-                                                             &ClipARGBFFFFVector};
+                                                             HWY_DISPATCH_TABLE(ClipARGBFFFF)};
 const KernelPair<InterleavedClipKernel<float>> kClipRGBAFFFF{&ClipToAlphaInterleavedScalar<kAlphaLast, float>,
-                                                             &ClipRGBAFFFFVector};
-const KernelPair<PlanarClipKernel<uint8_t>> kClipPlanar8{&ClipToAlphaPlanarScalar<uint8_t>, &ClipPlanar8Vector};
-const KernelPair<PlanarClipKernel<float>> kClipPlanarF{&ClipToAlphaPlanarScalar<float>, &ClipPlanarFVector};
+                                                             HWY_DISPATCH_TABLE(ClipRGBAFFFF)};
+const KernelPair<PlanarClipKernel<uint8_t>> kClipPlanar8{&ClipToAlphaPlanarScalar<uint8_t>, HWY_DISPATCH_TABLE(ClipPlanar8)};
+const KernelPair<PlanarClipKernel<float>> kClipPlanarF{&ClipToAlphaPlanarScalar<float>, HWY_DISPATCH_TABLE(ClipPlanarF)};
 
 }  // namespace quorin::alpha
 #endif  // HWY_ONCE

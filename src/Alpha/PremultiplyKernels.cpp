@@ -11,15 +11,11 @@
 //    lanes beside a copy of the alpha in both u32 lanes of the pixel.
 //  - float: one pixel per 128-bit block; alpha is broadcast within the block.
 // The alpha channel is computed along with the colour and then replaced by
-// the alpha the rule writes. Every kernel handles one vector of bytes per
-// step from the first aligned source vector; the pixels before it and the
-// partial last step run on zero-padded copies, so any count costs at most two
-// extra steps, and dst may equal a source. Large destinations are written
-// with streaming stores.
-#include <algorithm>
+// the alpha the rule writes. Alpha may sit in any of the four channels.
+// Every kernel is a body for the core row loop (Core/RowLoop-inl.h): one
+// vector of bytes per step, the ends on padded copies, streaming stores for
+// large destinations.
 #include <cstdint>
-#include <cstring>
-#include <utility>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Alpha/PremultiplyKernels.cpp"
@@ -30,62 +26,29 @@
 #include "Alpha/PremultiplyKernels.h"
 #include "Alpha/PremultiplyMath-inl.h"
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Intrinsics-inl.h"
 #include "Core/Opaque.h"
+#include "Core/RowLoop-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-#define QUORIN_USING_RULE(Rule) using premultiply::Rule;
-QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_USING_RULE)
-#undef QUORIN_USING_RULE
+using premultiply::Premultiply16Q12;
+using premultiply::Premultiply16U;
+using premultiply::Premultiply8;
+using premultiply::PremultiplyF;
+using premultiply::Unpremultiply16Q12;
+using premultiply::Unpremultiply16U;
+using premultiply::Unpremultiply8;
+using premultiply::UnpremultiplyF;
 
 namespace {
 
 using Bytes = hn::Vec<hn::ScalableTag<uint8_t>>;
 
-// Runs `body` on zero-padded copies of the first `count` (fewer than a
-// vector's) elements of each source and stores that many results.
-template <class T, class Body, class... Sources, size_t... kIndex>
-HWY_NOINLINE void PartialVector(std::index_sequence<kIndex...>, T* dst, size_t count, const Body& body,
-                                const Sources*... sources) {
-    const hn::ScalableTag<uint8_t> d8;
-    alignas(HWY_MAX_BYTES) T in[sizeof...(Sources)][HWY_MAX_BYTES / sizeof(T)] = {};
-    (std::memcpy(in[kIndex], sources, count * sizeof(T)), ...);
-    alignas(HWY_MAX_BYTES) uint8_t out[HWY_MAX_BYTES];
-    hn::Store(body(in[kIndex]...), d8, out);
-    std::memcpy(dst, out, count * sizeof(T));
-}
-
-// Writes body(sources + i...) to dst + i for `count` elements (whole pixels of
-// `pixelElements`), one vector of bytes at a time. Unaligned full-width loads
-// cost a third of the memory-bound speed on some processors, so whole pixels
-// before the first source's vector boundary run apart, like the partial last
-// vector, on padded copies. dst may equal a source: each vector is read
-// before it is written.
-template <class T, class Body, class... Sources>
-HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, bool stream, const Body& body,
-                              const T* first, const Sources*... others) {
-    const hn::ScalableTag<uint8_t> d8;
-    const size_t bytes = hn::Lanes(d8), step = bytes / sizeof(T);
-    const auto partial = [&](size_t i, size_t n) {
-        PartialVector(std::make_index_sequence<1 + sizeof...(Sources)>(), dst + i, n, body, first + i, (others + i)...);
-    };
-    const size_t headBytes = (0 - reinterpret_cast<uintptr_t>(first)) & (bytes - 1);
-    size_t i = headBytes % (pixelElements * sizeof(T)) == 0 ? std::min(headBytes / sizeof(T), count) : 0;
-    if (i != 0) partial(0, i);
-    auto* out = reinterpret_cast<uint8_t*>(dst);
-    if (stream && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
-        for (; i + step <= count; i += step) hn::Stream(body(first + i, (others + i)...), d8, out + i * sizeof(T));
-        hwy::FlushStream();
-    } else {
-        for (; i + step <= count; i += step) hn::StoreU(body(first + i, (others + i)...), d8, out + i * sizeof(T));
-    }
-    if (i != count) partial(i, count - i);
-}
-
-// One body per rule: Rule##Body<kAlpha> for interleaved pixels (alpha in
-// channel 0 or 3), Rule##PlaneBody for planes. The one-lane HWY_SCALAR target
+// One body per rule: a template over the alpha channel for interleaved
+// pixels, and a plane body for the rules with planar members. The one-lane HWY_SCALAR target
 // cannot hold a pixel: there the scalar rule serves and the bodies are only
 // declared.
 template <size_t kAlpha> struct Premultiply8Body;
@@ -105,11 +68,14 @@ template <class Rule, template <size_t> class Body>
 void RunPixels(const typename Rule::Sample* src, typename Rule::Sample* dst, size_t pixels, size_t alpha,
                bool stream) {
 #if HWY_TARGET == HWY_SCALAR
-    (void)stream;  // the scalar rule stores plainly
-    premultiply::ApplyToPixels<Rule>(src, dst, pixels, alpha);
+    premultiply::ApplyToPixels<Rule>(src, dst, pixels, alpha, stream);
 #else
-    if (alpha == 0) ForEachVector(dst, pixels * 4, 4, stream, Body<0>(), src);
-    else ForEachVector(dst, pixels * 4, 4, stream, Body<3>(), src);
+    switch (alpha) {
+        case 0: return ForEachVector(dst, pixels * 4, 4, stream, Body<0>(), src);
+        case 1: return ForEachVector(dst, pixels * 4, 4, stream, Body<1>(), src);
+        case 2: return ForEachVector(dst, pixels * 4, 4, stream, Body<2>(), src);
+        default: return ForEachVector(dst, pixels * 4, 4, stream, Body<3>(), src);
+    }
 #endif
 }
 
@@ -117,8 +83,7 @@ template <class Rule, class Body>
 void RunPlane(const typename Rule::Sample* src, const typename Rule::Sample* alpha, typename Rule::Sample* dst,
               size_t count, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
-    (void)stream;  // the scalar rule stores plainly
-    premultiply::ApplyToPlane<Rule>(src, alpha, dst, count);
+    premultiply::ApplyToPlane<Rule>(src, alpha, dst, count, stream);
 #else
     ForEachVector(dst, count, 1, stream, Body(), src, alpha);
 #endif
@@ -153,7 +118,6 @@ HWY_INLINE hn::Vec<DF> ToFloat(V32 v) { return hn::ConvertTo(DF(), hn::BitCast(D
 // low u16 of each u32 lane copied into its high half.
 template <size_t kAlpha>
 struct SpreadAlpha8 {
-    static_assert(kAlpha == 0 || kAlpha == 3);
     static constexpr uint8_t k = kAlpha, z = 0x80;
     alignas(16) static constexpr uint8_t kIndices[16] = {k,     z, k,     z, k + 4,  z, k + 4,  z,
                                                          k + 8, z, k + 8, z, k + 12, z, k + 12, z};
@@ -205,17 +169,6 @@ HWY_INLINE V16 ReciprocalBelow(V16 divisor) {
     return hn::BitCast(D16(), hn::TableLookupBytes(hn::BitCast(D8(), rounded), hn::LoadDup128(D8(), kLowHalfTwice)));
 }
 
-// q + 1 in the lanes of `mask`: one masked addition with AVX-512, elsewhere
-// the subtraction of the mask's all-ones lanes.
-template <class M>
-HWY_INLINE V16 IncrementWhere(M mask, V16 q) {
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    return V16{_mm512_mask_add_epi16(q.raw, mask.raw, q.raw, hn::Set(D16(), 1).raw)};
-#else
-    return hn::Sub(q, hn::VecFromMask(D16(), mask));
-#endif
-}
-
 // (min(c, a) * 255 + a / 2) / a for u16 lanes, given a, d = max(a, 1), d - 1
 // and floor(65536 / d) capped at 65535. The high half of the product with
 // that reciprocal is the quotient or one less (the reciprocal errs by less
@@ -231,7 +184,7 @@ HWY_INLINE V16 Unpremultiply8Quotient(V16 colour, V16 alpha, V16 divisor, V16 be
     const V16 q = hn::MulHigh(n, reciprocal);
     // Below 2 * divisor, so the comparison may be signed.
     const V16 remainder = hn::Sub(n, hn::Mul(q, divisor));
-    return IncrementWhere(hn::RebindMask(d16, hn::Lt(hn::BitCast(di16, belowDivisor), hn::BitCast(di16, remainder))), q);
+    return AddOneWhere(hn::RebindMask(d16, hn::Lt(hn::BitCast(di16, belowDivisor), hn::BitCast(di16, remainder))), q);
 }
 
 template <size_t kAlpha>
@@ -296,16 +249,16 @@ struct Unpremultiply8PlaneBody {
 // The alpha of each pixel, zero-extended, in both u32 lanes of the pixel.
 template <size_t kAlpha>
 HWY_INLINE V32 Alpha16(V64 pixels) {
-    static_assert(kAlpha == 0 || kAlpha == 3);
-    const V64 a = kAlpha == 0 ? hn::And(pixels, hn::Set(D64(), 0xFFFFu)) : hn::ShiftRight<48>(pixels);
+    V64 a = hn::ShiftRight<16 * kAlpha>(pixels);
+    if constexpr (kAlpha != 3) a = hn::And(a, hn::Set(D64(), 0xFFFFu));
     return hn::BitCast(D32(), hn::Or(a, hn::ShiftLeft<32>(a)));
 }
 
 // The same, sign-extended.
 template <size_t kAlpha>
 HWY_INLINE VI32 AlphaQ12(V64 pixels) {
-    static_assert(kAlpha == 0 || kAlpha == 3);
-    const V64 high = kAlpha == 0 ? hn::ShiftLeft<48>(pixels) : hn::And(pixels, hn::Set(D64(), 0xFFFFull << 48));
+    V64 high = hn::ShiftLeft<48 - 16 * kAlpha>(pixels);
+    if constexpr (kAlpha != 0) high = hn::And(high, hn::Set(D64(), 0xFFFFull << 48));
     return hn::ShiftRight<16>(hn::BitCast(DI32(), hn::Or(high, hn::ShiftRight<32>(high))));
 }
 
@@ -394,6 +347,7 @@ struct Premultiply16Q12Body {
     }
 };
 
+#if HWY_HAVE_FLOAT64  // DivideTruncating divides in double precision
 // (min(c, a) * 4096 + a / 2) / a, both divisions truncating, for i32 lanes.
 HWY_INLINE VI32 UnpremultiplyQ12(VI32 c, VI32 a, VI32 half) {
     return DivideTruncating(hn::Add(hn::ShiftLeft<12>(hn::Min(c, a)), half), a);
@@ -416,6 +370,7 @@ struct Unpremultiply16Q12Body {
         return hn::BitCast(D8(), Keep(AlphaChannel16<kAlpha>(), hn::BitCast(D32(), pixels), result));
     }
 };
+#endif  // HWY_HAVE_FLOAT64
 
 // ---- float pixels: one per 128-bit block ------------------------------------
 
@@ -470,51 +425,92 @@ struct UnpremultiplyFPlaneBody {
 
 }  // namespace
 
-// The exported kernels: Rule##Pixels and Rule##Plane.
-#define QUORIN_DEFINE_PIXEL_KERNEL(Rule)                                                                 \
-    void Rule##Pixels(const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha, bool stream) { \
-        RunPixels<Rule, Rule##Body>(src, dst, pixels, alpha, stream);                                            \
-    }
-#define QUORIN_DEFINE_PLANE_KERNEL(Rule)                                                                 \
-    void Rule##Plane(const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count,     \
-                     bool stream) {                                                                        \
-        RunPlane<Rule, Rule##PlaneBody>(src, alpha, dst, count, stream);                                   \
-    }
-QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DEFINE_PIXEL_KERNEL)
-QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DEFINE_PLANE_KERNEL)
-#undef QUORIN_DEFINE_PIXEL_KERNEL
-#undef QUORIN_DEFINE_PLANE_KERNEL
+// The vector twins, one per rule and shape.
+void Premultiply8Pixels(const uint8_t* src, uint8_t* dst, size_t pixels, size_t alpha, bool stream) {
+    RunPixels<Premultiply8, Premultiply8Body>(src, dst, pixels, alpha, stream);
+}
+void Unpremultiply8Pixels(const uint8_t* src, uint8_t* dst, size_t pixels, size_t alpha, bool stream) {
+    RunPixels<Unpremultiply8, Unpremultiply8Body>(src, dst, pixels, alpha, stream);
+}
+void Premultiply16UPixels(const uint16_t* src, uint16_t* dst, size_t pixels, size_t alpha, bool stream) {
+    RunPixels<Premultiply16U, Premultiply16UBody>(src, dst, pixels, alpha, stream);
+}
+void Unpremultiply16UPixels(const uint16_t* src, uint16_t* dst, size_t pixels, size_t alpha, bool stream) {
+    RunPixels<Unpremultiply16U, Unpremultiply16UBody>(src, dst, pixels, alpha, stream);
+}
+void Premultiply16Q12Pixels(const int16_t* src, int16_t* dst, size_t pixels, size_t alpha, bool stream) {
+    RunPixels<Premultiply16Q12, Premultiply16Q12Body>(src, dst, pixels, alpha, stream);
+}
+void Unpremultiply16Q12Pixels(const int16_t* src, int16_t* dst, size_t pixels, size_t alpha, bool stream) {
+#if HWY_HAVE_FLOAT64
+    RunPixels<Unpremultiply16Q12, Unpremultiply16Q12Body>(src, dst, pixels, alpha, stream);
+#else
+    // Targets without 64-bit float lanes have no exact vector division here.
+    premultiply::ApplyToPixels<Unpremultiply16Q12>(src, dst, pixels, alpha, stream);
+#endif
+}
+void PremultiplyFPixels(const float* src, float* dst, size_t pixels, size_t alpha, bool stream) {
+    RunPixels<PremultiplyF, PremultiplyFBody>(src, dst, pixels, alpha, stream);
+}
+void UnpremultiplyFPixels(const float* src, float* dst, size_t pixels, size_t alpha, bool stream) {
+    RunPixels<UnpremultiplyF, UnpremultiplyFBody>(src, dst, pixels, alpha, stream);
+}
+void Premultiply8Plane(const uint8_t* src, const uint8_t* alpha, uint8_t* dst, size_t count, bool stream) {
+    RunPlane<Premultiply8, Premultiply8PlaneBody>(src, alpha, dst, count, stream);
+}
+void Unpremultiply8Plane(const uint8_t* src, const uint8_t* alpha, uint8_t* dst, size_t count, bool stream) {
+    RunPlane<Unpremultiply8, Unpremultiply8PlaneBody>(src, alpha, dst, count, stream);
+}
+void PremultiplyFPlane(const float* src, const float* alpha, float* dst, size_t count, bool stream) {
+    RunPlane<PremultiplyF, PremultiplyFPlaneBody>(src, alpha, dst, count, stream);
+}
+void UnpremultiplyFPlane(const float* src, const float* alpha, float* dst, size_t count, bool stream) {
+    RunPlane<UnpremultiplyF, UnpremultiplyFPlaneBody>(src, alpha, dst, count, stream);
+}
 
 }  // namespace quorin::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace quorin {
+namespace quorin::premultiply {
 
-#define QUORIN_EXPORT_KERNELS(Rule) HWY_EXPORT(Rule##Pixels);
-QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_EXPORT_KERNELS)
-#undef QUORIN_EXPORT_KERNELS
-#define QUORIN_EXPORT_KERNELS(Rule) HWY_EXPORT(Rule##Plane);
-QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_EXPORT_KERNELS)
-#undef QUORIN_EXPORT_KERNELS
+HWY_EXPORT(Premultiply8Pixels);
+HWY_EXPORT(Unpremultiply8Pixels);
+HWY_EXPORT(Premultiply16UPixels);
+HWY_EXPORT(Unpremultiply16UPixels);
+HWY_EXPORT(Premultiply16Q12Pixels);
+HWY_EXPORT(Unpremultiply16Q12Pixels);
+HWY_EXPORT(PremultiplyFPixels);
+HWY_EXPORT(UnpremultiplyFPixels);
+HWY_EXPORT(Premultiply8Plane);
+HWY_EXPORT(Unpremultiply8Plane);
+HWY_EXPORT(PremultiplyFPlane);
+HWY_EXPORT(UnpremultiplyFPlane);
 
-namespace premultiply {
+const KernelPair<PixelKernel<uint8_t>> Kernels<Premultiply8>::pixels{&ApplyToPixels<Premultiply8>,
+                                                                     HWY_DISPATCH_TABLE(Premultiply8Pixels)};
+const KernelPair<PlaneKernel<uint8_t>> Kernels<Premultiply8>::plane{&ApplyToPlane<Premultiply8>,
+                                                                    HWY_DISPATCH_TABLE(Premultiply8Plane)};
+const KernelPair<PixelKernel<uint8_t>> Kernels<Unpremultiply8>::pixels{&ApplyToPixels<Unpremultiply8>,
+                                                                       HWY_DISPATCH_TABLE(Unpremultiply8Pixels)};
+const KernelPair<PlaneKernel<uint8_t>> Kernels<Unpremultiply8>::plane{&ApplyToPlane<Unpremultiply8>,
+                                                                      HWY_DISPATCH_TABLE(Unpremultiply8Plane)};
+const KernelPair<PixelKernel<uint16_t>> Kernels<Premultiply16U>::pixels{&ApplyToPixels<Premultiply16U>,
+                                                                        HWY_DISPATCH_TABLE(Premultiply16UPixels)};
+const KernelPair<PixelKernel<uint16_t>> Kernels<Unpremultiply16U>::pixels{
+    &ApplyToPixels<Unpremultiply16U>, HWY_DISPATCH_TABLE(Unpremultiply16UPixels)};
+const KernelPair<PixelKernel<int16_t>> Kernels<Premultiply16Q12>::pixels{&ApplyToPixels<Premultiply16Q12>,
+                                                                         HWY_DISPATCH_TABLE(Premultiply16Q12Pixels)};
+const KernelPair<PixelKernel<int16_t>> Kernels<Unpremultiply16Q12>::pixels{
+    &ApplyToPixels<Unpremultiply16Q12>, HWY_DISPATCH_TABLE(Unpremultiply16Q12Pixels)};
+const KernelPair<PixelKernel<float>> Kernels<PremultiplyF>::pixels{&ApplyToPixels<PremultiplyF>,
+                                                                   HWY_DISPATCH_TABLE(PremultiplyFPixels)};
+const KernelPair<PlaneKernel<float>> Kernels<PremultiplyF>::plane{&ApplyToPlane<PremultiplyF>,
+                                                                  HWY_DISPATCH_TABLE(PremultiplyFPlane)};
+const KernelPair<PixelKernel<float>> Kernels<UnpremultiplyF>::pixels{&ApplyToPixels<UnpremultiplyF>,
+                                                                     HWY_DISPATCH_TABLE(UnpremultiplyFPixels)};
+const KernelPair<PlaneKernel<float>> Kernels<UnpremultiplyF>::plane{&ApplyToPlane<UnpremultiplyF>,
+                                                                    HWY_DISPATCH_TABLE(UnpremultiplyFPlane)};
 
-#define QUORIN_DISPATCH_PIXEL_KERNEL(Rule)                                                              \
-    void VectorPixels(Rule, const Rule::Sample* src, Rule::Sample* dst, size_t pixels, size_t alpha,    \
-                      bool stream) {                                                                   \
-        HWY_DYNAMIC_DISPATCH(Rule##Pixels)(src, dst, pixels, alpha, stream);                            \
-    }
-#define QUORIN_DISPATCH_PLANE_KERNEL(Rule)                                                                      \
-    void VectorPlane(Rule, const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, size_t count, \
-                     bool stream) {                                                                            \
-        HWY_DYNAMIC_DISPATCH(Rule##Plane)(src, alpha, dst, count, stream);                                     \
-    }
-QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DISPATCH_PIXEL_KERNEL)
-QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DISPATCH_PLANE_KERNEL)
-#undef QUORIN_DISPATCH_PIXEL_KERNEL
-#undef QUORIN_DISPATCH_PLANE_KERNEL
-
-}  // namespace premultiply
-}  // namespace quorin
+}  // namespace quorin::premultiply
 #endif  // HWY_ONCE

@@ -1,44 +1,63 @@
-// The vector twins of the premultiply and unpremultiply rules, chosen at run
-// time for the best instruction set of the processor (PremultiplyKernels.cpp).
-// Each gives the same bytes as the scalar kernel of its rule for every input,
-// any count, and dst equal to src.
+// The kernel pairs of premultiply and unpremultiply: each rule's scalar
+// kernel (PremultiplyRules.h) and its vector twin (PremultiplyKernels.cpp),
+// which gives the same bytes for every input, any count, and dst equal to a
+// source. Kernels<Rule>::pixels takes four-channel pixels with alpha in the
+// channel `alpha` (any of the four); Kernels<Rule>::plane a colour plane and
+// its alpha plane, for the rules that have planar members. `stream` is the
+// call's streaming decision (WantsStreaming of the whole destination).
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "Alpha/PremultiplyRules.h"
-
-// Rules with a four-channel vector kernel, and rules with a planar one.
-#define QUORIN_PREMULTIPLY_PIXEL_RULES(X) \
-    X(Premultiply8)                       \
-    X(Unpremultiply8)                     \
-    X(Premultiply16U)                     \
-    X(Unpremultiply16U)                   \
-    X(Premultiply16Q12)                   \
-    X(Unpremultiply16Q12)                 \
-    X(PremultiplyF)                       \
-    X(UnpremultiplyF)
-#define QUORIN_PREMULTIPLY_PLANE_RULES(X) \
-    X(Premultiply8)                       \
-    X(Unpremultiply8)                     \
-    X(PremultiplyF)                       \
-    X(UnpremultiplyF)
+#include "Core/KernelPair.h"
 
 namespace quorin::premultiply {
 
-// VectorPixels(Rule{}, src, dst, pixels, alpha, stream): four-channel pixels,
-// alpha in channel `alpha` (0 or 3). VectorPlane(Rule{}, src, alpha, dst,
-// count, stream). `stream` (decided once per call, by the whole destination)
-// asks for streaming stores where dst reaches vector alignment.
-#define QUORIN_DECLARE_PIXEL_KERNEL(Rule)                                                    \
-    void VectorPixels(Rule, const Rule::Sample* src, Rule::Sample* dst, size_t pixels, \
-                      size_t alpha, bool stream);
-#define QUORIN_DECLARE_PLANE_KERNEL(Rule)                                                \
-    void VectorPlane(Rule, const Rule::Sample* src, const Rule::Sample* alpha, Rule::Sample* dst, \
-                     size_t count, bool stream);
-QUORIN_PREMULTIPLY_PIXEL_RULES(QUORIN_DECLARE_PIXEL_KERNEL)
-QUORIN_PREMULTIPLY_PLANE_RULES(QUORIN_DECLARE_PLANE_KERNEL)
-#undef QUORIN_DECLARE_PIXEL_KERNEL
-#undef QUORIN_DECLARE_PLANE_KERNEL
+template <class Sample>
+using PixelKernel = void (*)(const Sample* src, Sample* dst, size_t pixels, size_t alpha, bool stream);
+template <class Sample>
+using PlaneKernel = void (*)(const Sample* src, const Sample* alpha, Sample* dst, size_t count, bool stream);
+
+template <class Rule>
+struct Kernels;
+
+template <>
+struct Kernels<Premultiply8> {
+    static const KernelPair<PixelKernel<uint8_t>> pixels;
+    static const KernelPair<PlaneKernel<uint8_t>> plane;
+};
+template <>
+struct Kernels<Unpremultiply8> {
+    static const KernelPair<PixelKernel<uint8_t>> pixels;
+    static const KernelPair<PlaneKernel<uint8_t>> plane;
+};
+template <>
+struct Kernels<Premultiply16U> {
+    static const KernelPair<PixelKernel<uint16_t>> pixels;
+};
+template <>
+struct Kernels<Unpremultiply16U> {
+    static const KernelPair<PixelKernel<uint16_t>> pixels;
+};
+template <>
+struct Kernels<Premultiply16Q12> {
+    static const KernelPair<PixelKernel<int16_t>> pixels;
+};
+template <>
+struct Kernels<Unpremultiply16Q12> {
+    static const KernelPair<PixelKernel<int16_t>> pixels;
+};
+template <>
+struct Kernels<PremultiplyF> {
+    static const KernelPair<PixelKernel<float>> pixels;
+    static const KernelPair<PlaneKernel<float>> plane;
+};
+template <>
+struct Kernels<UnpremultiplyF> {
+    static const KernelPair<PixelKernel<float>> pixels;
+    static const KernelPair<PlaneKernel<float>> plane;
+};
 
 }  // namespace quorin::premultiply

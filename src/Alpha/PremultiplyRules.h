@@ -8,7 +8,7 @@
 //                     itself, a clamped alpha, or a reciprocal),
 //   Alpha(a)          the alpha written to the destination,
 //   Colour(c, f)      one colour channel given the pixel's factor.
-// The rule types double as tags that select the vector kernels.
+// Kernels<Rule> (PremultiplyKernels.h) names each rule's kernel pairs.
 #pragma once
 
 #include <algorithm>
@@ -98,6 +98,8 @@ struct UnpremultiplyF : AlphaAsFactor<float, float> {
 };
 
 // ---- Scalar kernels ---------------------------------------------------------
+// Each has the signature of its vector twin (PremultiplyKernels.h); the
+// `stream` flag is only for the twin's stores.
 
 // Four-channel pixels with alpha in channel kAlpha. Each pixel is read whole
 // before it is written, so dst may equal src.
@@ -113,17 +115,22 @@ void ApplyToPixels(const typename Rule::Sample* src, typename Rule::Sample* dst,
     }
 }
 
-// The same with the alpha position known only at run time (0 or 3).
+// The same with the alpha position (any of the four) known only at run time.
 template <class Rule>
-void ApplyToPixels(const typename Rule::Sample* src, typename Rule::Sample* dst, size_t pixels, size_t alpha) {
-    if (alpha == 0) ApplyToPixels<Rule, 0>(src, dst, pixels);
-    else ApplyToPixels<Rule, 3>(src, dst, pixels);
+void ApplyToPixels(const typename Rule::Sample* src, typename Rule::Sample* dst, size_t pixels, size_t alpha,
+                   bool /*stream*/) {
+    switch (alpha) {
+        case 0: return ApplyToPixels<Rule, 0>(src, dst, pixels);
+        case 1: return ApplyToPixels<Rule, 1>(src, dst, pixels);
+        case 2: return ApplyToPixels<Rule, 2>(src, dst, pixels);
+        default: return ApplyToPixels<Rule, 3>(src, dst, pixels);
+    }
 }
 
 // A colour plane with a separate alpha plane; dst may equal either source.
 template <class Rule>
 void ApplyToPlane(const typename Rule::Sample* src, const typename Rule::Sample* alpha, typename Rule::Sample* dst,
-                  size_t count) {
+                  size_t count, bool /*stream*/) {
     for (size_t i = 0; i < count; ++i) dst[i] = Rule::Colour(src[i], Rule::FactorOf(alpha[i]));
 }
 

@@ -2,9 +2,9 @@
 // the same depth or between 8-bit and float through per-channel ranges.
 //
 // Each entry point names its planes in channel-position order, its constant
-// and its ranges; Merge and Split (LayoutCall.h) check them in the family's
-// order, pick the scalar or vector row kernel, and hand the rows to the rows
-// dispatcher from 64000 destination pixels unless single-threaded.
+// and its ranges; MergePlanes and SplitPixels (LayoutCall.h) check them in
+// the family's order, pick the scalar or vector row kernel, and hand the rows
+// to the rows dispatcher from 64000 destination pixels unless single-threaded.
 #include <bit>
 
 #include "Conversion/LayoutCall.h"
@@ -20,11 +20,11 @@ namespace {
 Quorin_Error InterleavePlanar8(const Quorin_Buffer* alphaPlane, uint8_t alpha, const Quorin_Buffer* srcR,
                                const Quorin_Buffer* srcG, const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                Quorin_Flags flags) {
-    return Merge<Copy<uint8_t>, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
-                                    .dest = dest,
-                                    .constant = {alpha},
-                                    .requiredPlanesRowBytesOnly = true},
-                                   flags);
+    return MergePlanes<Copy<uint8_t>, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
+                                          .dest = dest,
+                                          .constant = {alpha},
+                                          .requiredPlanesRowBytesOnly = true},
+                                        flags);
 }
 
 // The float interleave worker behind the ARGB and XRGB forms, in the same
@@ -32,10 +32,10 @@ Quorin_Error InterleavePlanar8(const Quorin_Buffer* alphaPlane, uint8_t alpha, c
 Quorin_Error InterleavePlanarF(const Quorin_Buffer* alphaPlane, float alpha, const Quorin_Buffer* srcR,
                                const Quorin_Buffer* srcG, const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                Quorin_Flags flags) {
-    return Merge<Copy<uint32_t>, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
-                                     .dest = dest,
-                                     .constant = {std::bit_cast<uint32_t>(alpha)}},
-                                    flags);
+    return MergePlanes<Copy<uint32_t>, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
+                                           .dest = dest,
+                                           .constant = {std::bit_cast<uint32_t>(alpha)}},
+                                         flags);
 }
 
 // The float-to-8-bit interleave worker behind the ARGB and XRGB forms: an
@@ -43,11 +43,11 @@ Quorin_Error InterleavePlanarF(const Quorin_Buffer* alphaPlane, float alpha, con
 Quorin_Error InterleavePlanarFTo8888(const Quorin_Buffer* alphaPlane, float alpha, const Quorin_Buffer* srcR,
                                      const Quorin_Buffer* srcG, const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                      const float* maxFloat, const float* minFloat, Quorin_Flags flags) {
-    return Merge<FloatToByte, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
-                                  .dest = dest,
-                                  .constant = {.throughChannel0 = alpha},
-                                  .ranges = {maxFloat, minFloat}},
-                                 flags);
+    return MergePlanes<FloatToByte, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
+                                        .dest = dest,
+                                        .constant = {.throughChannel0 = alpha},
+                                        .ranges = {maxFloat, minFloat}},
+                                      flags);
 }
 
 }  // namespace
@@ -74,8 +74,8 @@ QUORIN_API Quorin_Error QuorinConvert_Planar8ToXRGB8888(uint8_t alpha, const Quo
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToBGRX8888(const Quorin_Buffer* srcB, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcR, uint8_t alpha,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return Merge<Copy<uint8_t>, 4>({.planes = {srcB, srcG, srcR, kConstantChannel}, .dest = dest, .constant = {alpha}},
-                                   flags);
+    return MergePlanes<Copy<uint8_t>, 4>(
+        {.planes = {srcB, srcG, srcR, kConstantChannel}, .dest = dest, .constant = {alpha}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFtoARGBFFFF(const Quorin_Buffer* srcA, const Quorin_Buffer* srcR,
@@ -93,7 +93,7 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFToXRGBFFFF(float alpha, const Quori
 QUORIN_API Quorin_Error QuorinConvert_PlanarFToBGRXFFFF(const Quorin_Buffer* srcB, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcR, float alpha,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return Merge<Copy<uint32_t>, 4>(
+    return MergePlanes<Copy<uint32_t>, 4>(
         {.planes = {srcB, srcG, srcR, kConstantChannel}, .dest = dest, .constant = {std::bit_cast<uint32_t>(alpha)}},
         flags);
 }
@@ -101,25 +101,25 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFToBGRXFFFF(const Quorin_Buffer* src
 QUORIN_API Quorin_Error QuorinConvert_Planar16UtoARGB16U(const Quorin_Buffer* srcA, const Quorin_Buffer* srcR,
                                                          const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                          const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return Merge<Copy<uint16_t>, 4>({.planes = {srcA, srcR, srcG, srcB}, .dest = dest}, flags);
+    return MergePlanes<Copy<uint16_t>, 4>({.planes = {srcA, srcR, srcG, srcB}, .dest = dest}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar16UtoRGB16U(const Quorin_Buffer* srcR, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                                         Quorin_Flags flags) {
-    return Merge<Copy<uint16_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
+    return MergePlanes<Copy<uint16_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar8toRGB888(const Quorin_Buffer* srcR, const Quorin_Buffer* srcG,
                                                       const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                                       Quorin_Flags flags) {
-    return Merge<Copy<uint8_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
+    return MergePlanes<Copy<uint8_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFtoRGBFFF(const Quorin_Buffer* srcR, const Quorin_Buffer* srcG,
                                                       const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                                       Quorin_Flags flags) {
-    return Merge<Copy<uint32_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
+    return MergePlanes<Copy<uint32_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
 }
 
 // ---- Planes into interleaved pixels, 8-bit to float ---------------------------------
@@ -128,7 +128,7 @@ QUORIN_API Quorin_Error QuorinConvert_Planar8ToARGBFFFF(const Quorin_Buffer* src
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return Merge<ByteToFloat, 4>(
+    return MergePlanes<ByteToFloat, 4>(
         {.planes = {srcA, srcR, srcG, srcB}, .dest = dest, .ranges = {maxFloat, minFloat}}, flags);
 }
 
@@ -136,22 +136,22 @@ QUORIN_API Quorin_Error QuorinConvert_Planar8ToXRGBFFFF(float alpha, const Quori
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return Merge<ByteToFloat, 4>({.planes = {kConstantChannel, srcR, srcG, srcB},
-                                  .dest = dest,
-                                  .constant = {alpha},
-                                  .ranges = {maxFloat, minFloat}},
-                                 flags);
+    return MergePlanes<ByteToFloat, 4>({.planes = {kConstantChannel, srcR, srcG, srcB},
+                                        .dest = dest,
+                                        .constant = {alpha},
+                                        .ranges = {maxFloat, minFloat}},
+                                      flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToBGRXFFFF(const Quorin_Buffer* srcB, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcR, float alpha,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return Merge<ByteToFloat, 4>({.planes = {srcB, srcG, srcR, kConstantChannel},
-                                  .dest = dest,
-                                  .constant = {alpha},
-                                  .ranges = {maxFloat, minFloat}},
-                                 flags);
+    return MergePlanes<ByteToFloat, 4>({.planes = {srcB, srcG, srcR, kConstantChannel},
+                                        .dest = dest,
+                                        .constant = {alpha},
+                                        .ranges = {maxFloat, minFloat}},
+                                      flags);
 }
 
 // ---- Planes into interleaved pixels, float to 8-bit ---------------------------------
@@ -174,11 +174,11 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFToBGRX8888(const Quorin_Buffer* src
                                                         const Quorin_Buffer* srcR, uint8_t alpha,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return Merge<FloatToByte, 4>({.planes = {srcB, srcG, srcR, kConstantChannel},
-                                  .dest = dest,
-                                  .constant = {alpha},
-                                  .ranges = {maxFloat, minFloat}},
-                                 flags);
+    return MergePlanes<FloatToByte, 4>({.planes = {srcB, srcG, srcR, kConstantChannel},
+                                        .dest = dest,
+                                        .constant = {alpha},
+                                        .ranges = {maxFloat, minFloat}},
+                                      flags);
 }
 
 // ---- Interleaved pixels into planes, same depth -------------------------------------
@@ -186,49 +186,49 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFToBGRX8888(const Quorin_Buffer* src
 QUORIN_API Quorin_Error QuorinConvert_ARGB8888toPlanar8(const Quorin_Buffer* src, const Quorin_Buffer* destA,
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, Quorin_Flags flags) {
-    return Split<Copy<uint8_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
+    return SplitPixels<Copy<uint8_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoPlanarF(const Quorin_Buffer* src, const Quorin_Buffer* destA,
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, Quorin_Flags flags) {
-    return Split<Copy<uint32_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
+    return SplitPixels<Copy<uint32_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_ARGB16UtoPlanar16U(const Quorin_Buffer* src, const Quorin_Buffer* destA,
                                                          const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                          const Quorin_Buffer* destB, Quorin_Flags flags) {
-    return Split<Copy<uint16_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
+    return SplitPixels<Copy<uint16_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_RGB16UtoPlanar16U(const Quorin_Buffer* src, const Quorin_Buffer* destR,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destB,
                                                         Quorin_Flags flags) {
-    return Split<Copy<uint16_t>, 3>({.src = src, .planes = {destR, destG, destB}}, flags);
+    return SplitPixels<Copy<uint16_t>, 3>({.src = src, .planes = {destR, destG, destB}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_XRGB8888ToPlanar8(const Quorin_Buffer* src, const Quorin_Buffer* destR,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destB,
                                                         Quorin_Flags flags) {
-    return Split<Copy<uint8_t>, 4>({.src = src, .planes = {kSkippedChannel, destR, destG, destB}}, flags);
+    return SplitPixels<Copy<uint8_t>, 4>({.src = src, .planes = {kSkippedChannel, destR, destG, destB}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_BGRX8888ToPlanar8(const Quorin_Buffer* src, const Quorin_Buffer* destB,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destR,
                                                         Quorin_Flags flags) {
-    return Split<Copy<uint8_t>, 4>({.src = src, .planes = {destB, destG, destR, kSkippedChannel}}, flags);
+    return SplitPixels<Copy<uint8_t>, 4>({.src = src, .planes = {destB, destG, destR, kSkippedChannel}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_XRGBFFFFToPlanarF(const Quorin_Buffer* src, const Quorin_Buffer* destR,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destB,
                                                         Quorin_Flags flags) {
-    return Split<Copy<uint32_t>, 4>({.src = src, .planes = {kSkippedChannel, destR, destG, destB}}, flags);
+    return SplitPixels<Copy<uint32_t>, 4>({.src = src, .planes = {kSkippedChannel, destR, destG, destB}}, flags);
 }
 
 QUORIN_API Quorin_Error QuorinConvert_BGRXFFFFToPlanarF(const Quorin_Buffer* src, const Quorin_Buffer* destB,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destR,
                                                         Quorin_Flags flags) {
-    return Split<Copy<uint32_t>, 4>({.src = src, .planes = {destB, destG, destR, kSkippedChannel}}, flags);
+    return SplitPixels<Copy<uint32_t>, 4>({.src = src, .planes = {destB, destG, destR, kSkippedChannel}}, flags);
 }
 
 // ---- Interleaved pixels into planes, with a depth change ----------------------------
@@ -237,7 +237,7 @@ QUORIN_API Quorin_Error QuorinConvert_ARGB8888toPlanarF(const Quorin_Buffer* src
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return Split<ByteToFloat, 4>(
+    return SplitPixels<ByteToFloat, 4>(
         {.src = src, .planes = {destA, destR, destG, destB}, .ranges = {maxFloat, minFloat}}, flags);
 }
 
@@ -245,7 +245,7 @@ QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoPlanar8(const Quorin_Buffer* src
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return Split<FloatToByte, 4>(
+    return SplitPixels<FloatToByte, 4>(
         {.src = src, .planes = {destA, destR, destG, destB}, .ranges = {maxFloat, minFloat}}, flags);
 }
 

@@ -1,5 +1,6 @@
 // Planar and interleaved layouts: the family's argument checks and its two
-// call shapes, planes into pixels (Merge) and pixels into planes (Split).
+// call shapes, planes into pixels (MergePlanes) and pixels into planes
+// (SplitPixels).
 // An entry point describes its buffers, constant and ranges; the shape checks
 // them in the family's order, chooses the kernel pair and the split, and walks
 // the rows.
@@ -14,6 +15,7 @@
 #include <span>
 
 #include "Conversion/LayoutRules.h"
+#include "Core/CheckList.h"
 #include "Core/Checks.h"
 #include "Core/Dispatch.h"
 #include "Core/Features.h"
@@ -59,7 +61,7 @@ struct Constant {
 
 // One buffer as the checks see it. A null record that is not required is
 // simply absent (an optional plane that was not given).
-struct Operand {
+struct LayoutOperand {
     const Quorin_Buffer* record;
     size_t pixelBytes;
     bool required;
@@ -67,36 +69,42 @@ struct Operand {
     bool rowsCut = false;  // an untested destination whose short rows are cut, not refused
 };
 
-// The family's checks, in order; the first failure decides:
-//  1. a required buffer, or a range array the call takes, is null: -21772
-//  2. a buffer has null data: -21773
-//  3. the region is wider than any buffer of the first group, then taller: -21766
-//  4. a tested rowBytes is shorter than its row: -21773
-//  5. a flag outside 0x10 | 0x80: -21775
-//  6. the second group (`later`, when there is one): -21766 for its size, then
-//     -21773 for its rowBytes
-// There is no zero-size test: an empty region converts nothing and succeeds.
-inline Quorin_Error CheckArguments(std::span<const Operand> first, const Operand* later, const Quorin_Buffer* region,
-                                   const Ranges* ranges, Quorin_Flags flags) {
-    const auto inFirst = [&](auto test) { return std::any_of(first.begin(), first.end(), test); };
-    const auto anywhere = [&](auto test) { return inFirst(test) || (later && test(*later)); };
+// The family's checks, in order; the first failure decides. There is no
+// zero-size test: an empty region converts nothing and succeeds.
+inline constexpr CheckStep kLayoutChecks[] = {
+    {"a required buffer is null", Check::NullRecord, kQuorinError_NullPointer, kAllOperands, 0, kRoleRequired},
+    {"a range array the call takes is null", Check::NullArgument, kQuorinError_NullPointer},
+    {"a buffer has null pixel data", Check::NullData, kQuorinError_BadArgument},
+    {"the region is wider or taller than a buffer of the first group", Check::ExceedsRegion,
+     kQuorinError_RegionExceedsSource, kAllOperands, 0, kRoleFirstGroup},
+    {"a tested rowBytes of the first group is shorter than its row", Check::RowBytesShort, kQuorinError_BadArgument,
+     kAllOperands, 0, kRoleFirstGroup | kRoleRowBytesTested},
+    {"a flag other than single-threaded or size query", Check::FlagsOutside, kQuorinError_UnsupportedFlags,
+     kAllOperands, kCommonFlags},
+    {"the region is wider or taller than the second group's plane", Check::ExceedsRegion,
+     kQuorinError_RegionExceedsSource, kAllOperands, 0, kRoleSecondGroup},
+    {"the second group's rowBytes is shorter than its row", Check::RowBytesShort, kQuorinError_BadArgument,
+     kAllOperands, 0, kRoleSecondGroup},
+};
 
-    if (anywhere([](const Operand& o) { return o.required && o.record == nullptr; }) ||
-        (ranges && AnyNull(ranges->max, ranges->min)))
-        return kQuorinError_NullPointer;
-    if (anywhere([](const Operand& o) { return o.record && o.record->data == nullptr; }))
-        return kQuorinError_BadArgument;
-    if (inFirst([&](const Operand& o) { return o.record && region->width > o.record->width; }) ||
-        inFirst([&](const Operand& o) { return o.record && region->height > o.record->height; }))
-        return kQuorinError_RegionExceedsSource;
-    if (inFirst([](const Operand& o) {
-            return o.record && o.rowBytesTested && RowBytesTooSmall(o.record, o.pixelBytes);
-        }))
-        return kQuorinError_BadArgument;
-    if (FlagsOutside(flags, kCommonFlags)) return kQuorinError_UnsupportedFlags;
-    if (later && ExceedsSources(region, later->record)) return kQuorinError_RegionExceedsSource;
-    if (later && RowBytesTooSmall(later->record, later->pixelBytes)) return kQuorinError_BadArgument;
-    return kQuorinSuccess;
+// Runs kLayoutChecks over the first group, the second group (`later`, the
+// fourth destination plane of a split, when there is one) and the range
+// arrays when the call takes them.
+inline Quorin_Error CheckArguments(std::span<const LayoutOperand> first, const LayoutOperand* later,
+                                   const Quorin_Buffer* region, const Ranges* ranges, Quorin_Flags flags) {
+    std::array<quorin::Operand, 6> operands;
+    size_t count = 0;
+    const auto add = [&](const LayoutOperand& o, uint8_t group) {
+        const uint8_t roles = group | (o.required ? kRoleRequired : 0) | (o.rowBytesTested ? kRoleRowBytesTested : 0);
+        operands[count++] = {o.record, o.pixelBytes, roles};
+    };
+    for (const LayoutOperand& o : first) add(o, kRoleFirstGroup);
+    if (later) add(*later, kRoleSecondGroup);
+    const void* const rangeArrays[] = {ranges ? ranges->max : nullptr, ranges ? ranges->min : nullptr};
+    const std::span<const void* const> pointers = ranges ? std::span<const void* const>(rangeArrays)
+                                                         : std::span<const void* const>();
+    return RunChecks(kLayoutChecks,
+                     CheckedCall{std::span<const quorin::Operand>(operands.data(), count), flags, region, pointers});
 }
 
 // After the checks and a size query's answer, the records the checks let
@@ -104,8 +112,8 @@ inline Quorin_Error CheckArguments(std::span<const Operand> first, const Operand
 // byte extent that wraps or exceeds the address space, and for a buffer
 // whose rowBytes the family does not test when its rows are shorter than its
 // pixels (except a destination whose rows are cut, see MergeIntoShortRows).
-inline bool AnyUnusable(std::span<const Operand> operands) {
-    return std::any_of(operands.begin(), operands.end(), [](const Operand& o) {
+inline bool AnyUnusable(std::span<const LayoutOperand> operands) {
+    return std::any_of(operands.begin(), operands.end(), [](const LayoutOperand& o) {
         return o.record && (ExtentTooLarge(o.record) ||
                             (!o.rowBytesTested && !o.rowsCut && RowBytesTooSmall(o.record, o.pixelBytes)));
     });
@@ -154,14 +162,6 @@ void ConvertRows(Quorin_Flags flags, const Quorin_Buffer* region, bool streaming
     });
 }
 
-// Transforms with a table may tell that their vector kernels would not give
-// its bits for this call's ranges.
-template <class Transform>
-bool VectorMatchesTable(const Transform& transform) {
-    if constexpr (requires { transform.vectorMatchesTable; }) return transform.vectorMatchesTable;
-    return true;
-}
-
 // ---- Planes into pixels --------------------------------------------------------------
 
 template <class Transform, size_t C>
@@ -202,10 +202,10 @@ void MergeIntoShortRows(Quorin_Flags flags, const Quorin_Buffer* dest, const Ker
 }
 
 template <class Transform, size_t C>
-Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
+Quorin_Error MergePlanes(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
     using From = typename Transform::From;
     using To = typename Transform::To;
-    std::array<Operand, C + 1> operands;
+    std::array<LayoutOperand, C + 1> operands;
     operands[0] = {call.dest, C * sizeof(To), true, !call.requiredPlanesRowBytesOnly, call.requiredPlanesRowBytesOnly};
     for (size_t c = 0; c < C; ++c) {
         const bool required = call.planes[c].role == Role::Required;
@@ -219,8 +219,8 @@ Quorin_Error Merge(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
 
     const Transform transform(call.ranges);
     const To constant = call.constant.resolve(transform);
-    const bool vector = UseVectorKernels() && VectorMatchesTable(transform);
-    const MergeRowKernel<C, Transform> kernel = ChooseMergeKernel<C, Transform>(vector);
+    const bool vector = UseVectorKernels() && transform.vectorKernelsApply();
+    const MergeRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::merge.pick(vector);
     const PlaneRows<const From, C> planes(call.planes);
     if (RowBytesTooSmall(call.dest, C * sizeof(To))) {
         MergeIntoShortRows<Transform, C>(
@@ -253,10 +253,10 @@ struct SplitCall {
 // The region is the first destination plane. With four destination planes
 // the fourth forms a second group, tested after the flags.
 template <class Transform, size_t C>
-Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
+Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
     using From = typename Transform::From;
     using To = typename Transform::To;
-    std::array<Operand, C + 1> operands;
+    std::array<LayoutOperand, C + 1> operands;
     size_t count = 0;
     operands[count++] = {call.src, C * sizeof(From), true, true};
     const Quorin_Buffer* region = nullptr;
@@ -266,16 +266,16 @@ Quorin_Error Split(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
         operands[count++] = {plane.record, sizeof(To), true, true};
     }
     const bool secondGroup = count == 5;
-    const std::span<const Operand> first(operands.data(), secondGroup ? 4 : count);
+    const std::span<const LayoutOperand> first(operands.data(), secondGroup ? 4 : count);
     if (const Quorin_Error error = CheckArguments(first, secondGroup ? &operands[4] : nullptr, region,
                                                   Transform::kTakesRanges ? &call.ranges : nullptr, flags))
         return error;
     if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;
-    if (AnyUnusable(std::span<const Operand>(operands.data(), count))) return kQuorinError_BadArgument;
+    if (AnyUnusable(std::span<const LayoutOperand>(operands.data(), count))) return kQuorinError_BadArgument;
 
     const Transform transform(call.ranges);
-    const bool vector = UseVectorKernels() && VectorMatchesTable(transform);
-    const SplitRowKernel<C, Transform> kernel = ChooseSplitKernel<C, Transform>(vector);
+    const bool vector = UseVectorKernels() && transform.vectorKernelsApply();
+    const SplitRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::split.pick(vector);
     const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
     ConvertRows(
         flags, region, streaming,

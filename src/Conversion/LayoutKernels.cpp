@@ -153,7 +153,7 @@ enum class RangeStep {
 };
 
 template <RangeStep kStep>
-struct FloatToByteRule {
+struct FloatToByteVector {
     static constexpr bool kMultiply = kStep == RangeStep::MultiplyByReciprocal;
     using Lanes = hn::ScalableTag<float>;
     const FloatToByte& rule;
@@ -206,9 +206,9 @@ void WithVectorRule(const ByteToFloat& transform, Body&& body) {
 }
 template <class Body>
 void WithVectorRule(const FloatToByte& transform, Body&& body) {
-    if (transform.unitRangesFromZero()) body(FloatToByteRule<RangeStep::UnitFromZero>{transform});
-    else if (transform.multiplies()) body(FloatToByteRule<RangeStep::MultiplyByReciprocal>{transform});
-    else body(FloatToByteRule<RangeStep::Divide>{transform});
+    if (transform.unitRangesFromZero()) body(FloatToByteVector<RangeStep::UnitFromZero>{transform});
+    else if (transform.multiplies()) body(FloatToByteVector<RangeStep::MultiplyByReciprocal>{transform});
+    else body(FloatToByteVector<RangeStep::Divide>{transform});
 }
 
 // ---- Four channels on 64-byte vectors -----------------------------------------------
@@ -577,77 +577,125 @@ void SplitRow(const typename Transform::From* pixels, typename Transform::To* co
     SplitRowScalar<C>(pixels + i * C, rest, transform, n - i);
 }
 
-// The shapes the family uses, as plain functions the dispatch tables can name.
-#define QUORIN_LAYOUT_SHAPES(X)          \
-    X(U8x4, 4, Copy<uint8_t>)            \
-    X(U8x3, 3, Copy<uint8_t>)            \
-    X(U16x4, 4, Copy<uint16_t>)          \
-    X(U16x3, 3, Copy<uint16_t>)          \
-    X(U32x4, 4, Copy<uint32_t>)          \
-    X(U32x3, 3, Copy<uint32_t>)          \
-    X(ByteToFloatx4, 4, ByteToFloat)     \
-    X(FloatToBytex4, 4, FloatToByte)
-
-#define QUORIN_LAYOUT_DEFINE(Name, C, Transform)                                                          \
-    void Merge##Name(const Transform::From* const* planes, Transform::To fill, const Transform& transform, \
-                     Transform::To* pixels, size_t n, bool stream) {                                      \
-        MergeRow<C, Transform>(planes, fill, transform, pixels, n, stream);                               \
-    }                                                                                                     \
-    void Split##Name(const Transform::From* pixels, Transform::To* const* planes, const Transform& transform, \
-                     size_t n, bool stream) {                                                             \
-        SplitRow<C, Transform>(pixels, planes, transform, n, stream);                                     \
-    }
-QUORIN_LAYOUT_SHAPES(QUORIN_LAYOUT_DEFINE)
-#undef QUORIN_LAYOUT_DEFINE
+// The vector twins of the shapes the family uses, one merge and one split each.
+void MergeU8x4(const uint8_t* const* planes, uint8_t fill, const Copy<uint8_t>& transform,
+               uint8_t* pixels, size_t n, bool stream) {
+    MergeRow<4, Copy<uint8_t>>(planes, fill, transform, pixels, n, stream);
+}
+void SplitU8x4(const uint8_t* pixels, uint8_t* const* planes, const Copy<uint8_t>& transform, size_t n, bool stream) {
+    SplitRow<4, Copy<uint8_t>>(pixels, planes, transform, n, stream);
+}
+void MergeU8x3(const uint8_t* const* planes, uint8_t fill, const Copy<uint8_t>& transform,
+               uint8_t* pixels, size_t n, bool stream) {
+    MergeRow<3, Copy<uint8_t>>(planes, fill, transform, pixels, n, stream);
+}
+void SplitU8x3(const uint8_t* pixels, uint8_t* const* planes, const Copy<uint8_t>& transform, size_t n, bool stream) {
+    SplitRow<3, Copy<uint8_t>>(pixels, planes, transform, n, stream);
+}
+void MergeU16x4(const uint16_t* const* planes, uint16_t fill, const Copy<uint16_t>& transform,
+                uint16_t* pixels, size_t n, bool stream) {
+    MergeRow<4, Copy<uint16_t>>(planes, fill, transform, pixels, n, stream);
+}
+void SplitU16x4(const uint16_t* pixels, uint16_t* const* planes, const Copy<uint16_t>& transform,
+                size_t n, bool stream) {
+    SplitRow<4, Copy<uint16_t>>(pixels, planes, transform, n, stream);
+}
+void MergeU16x3(const uint16_t* const* planes, uint16_t fill, const Copy<uint16_t>& transform,
+                uint16_t* pixels, size_t n, bool stream) {
+    MergeRow<3, Copy<uint16_t>>(planes, fill, transform, pixels, n, stream);
+}
+void SplitU16x3(const uint16_t* pixels, uint16_t* const* planes, const Copy<uint16_t>& transform,
+                size_t n, bool stream) {
+    SplitRow<3, Copy<uint16_t>>(pixels, planes, transform, n, stream);
+}
+void MergeU32x4(const uint32_t* const* planes, uint32_t fill, const Copy<uint32_t>& transform,
+                uint32_t* pixels, size_t n, bool stream) {
+    MergeRow<4, Copy<uint32_t>>(planes, fill, transform, pixels, n, stream);
+}
+void SplitU32x4(const uint32_t* pixels, uint32_t* const* planes, const Copy<uint32_t>& transform,
+                size_t n, bool stream) {
+    SplitRow<4, Copy<uint32_t>>(pixels, planes, transform, n, stream);
+}
+void MergeU32x3(const uint32_t* const* planes, uint32_t fill, const Copy<uint32_t>& transform,
+                uint32_t* pixels, size_t n, bool stream) {
+    MergeRow<3, Copy<uint32_t>>(planes, fill, transform, pixels, n, stream);
+}
+void SplitU32x3(const uint32_t* pixels, uint32_t* const* planes, const Copy<uint32_t>& transform,
+                size_t n, bool stream) {
+    SplitRow<3, Copy<uint32_t>>(pixels, planes, transform, n, stream);
+}
+void MergeByteToFloatx4(const uint8_t* const* planes, float fill, const ByteToFloat& transform,
+                        float* pixels, size_t n, bool stream) {
+    MergeRow<4, ByteToFloat>(planes, fill, transform, pixels, n, stream);
+}
+void SplitByteToFloatx4(const uint8_t* pixels, float* const* planes, const ByteToFloat& transform,
+                        size_t n, bool stream) {
+    SplitRow<4, ByteToFloat>(pixels, planes, transform, n, stream);
+}
+void MergeFloatToBytex4(const float* const* planes, uint8_t fill, const FloatToByte& transform,
+                        uint8_t* pixels, size_t n, bool stream) {
+    MergeRow<4, FloatToByte>(planes, fill, transform, pixels, n, stream);
+}
+void SplitFloatToBytex4(const float* pixels, uint8_t* const* planes, const FloatToByte& transform,
+                        size_t n, bool stream) {
+    SplitRow<4, FloatToByte>(pixels, planes, transform, n, stream);
+}
 
 }  // namespace quorin::layout::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace quorin::layout {
-namespace {
 
-// The dispatch table entry of the best compiled target this processor
-// supports (or the one a test limited us to). Resolving it here, on the
-// calling thread, means parallel pieces never race to initialise the choice.
-template <class Table>
-auto Resolve(const Table& table) {
-    hwy::ChosenTarget& chosen = hwy::GetChosenTarget();
-    if (!chosen.IsInitialized()) chosen.Update(hwy::SupportedTargets());
-    return table[chosen.GetIndex()];
-}
+HWY_EXPORT(MergeU8x4);
+HWY_EXPORT(SplitU8x4);
+HWY_EXPORT(MergeU8x3);
+HWY_EXPORT(SplitU8x3);
+HWY_EXPORT(MergeU16x4);
+HWY_EXPORT(SplitU16x4);
+HWY_EXPORT(MergeU16x3);
+HWY_EXPORT(SplitU16x3);
+HWY_EXPORT(MergeU32x4);
+HWY_EXPORT(SplitU32x4);
+HWY_EXPORT(MergeU32x3);
+HWY_EXPORT(SplitU32x3);
+HWY_EXPORT(MergeByteToFloatx4);
+HWY_EXPORT(SplitByteToFloatx4);
+HWY_EXPORT(MergeFloatToBytex4);
+HWY_EXPORT(SplitFloatToBytex4);
 
-template <size_t C, class Transform>
-struct Exported;
-
-#define QUORIN_LAYOUT_EXPORT(Name, C, Transform)                                                         \
-    HWY_EXPORT(Merge##Name);                                                                             \
-    HWY_EXPORT(Split##Name);                                                                             \
-    template <>                                                                                          \
-    struct Exported<C, Transform> {                                                                      \
-        static MergeRowKernel<C, Transform> Merge() { return Resolve(HWY_DISPATCH_TABLE(Merge##Name)); } \
-        static SplitRowKernel<C, Transform> Split() { return Resolve(HWY_DISPATCH_TABLE(Split##Name)); } \
-    };
-QUORIN_LAYOUT_SHAPES(QUORIN_LAYOUT_EXPORT)
-#undef QUORIN_LAYOUT_EXPORT
-
-}  // namespace
-
-template <size_t C, class Transform>
-MergeRowKernel<C, Transform> ChooseMergeKernel(bool vector) {
-    return vector ? Exported<C, Transform>::Merge() : &MergeRowScalar<C, Transform>;
-}
-
-template <size_t C, class Transform>
-SplitRowKernel<C, Transform> ChooseSplitKernel(bool vector) {
-    return vector ? Exported<C, Transform>::Split() : &SplitRowScalar<C, Transform>;
-}
-
-#define QUORIN_LAYOUT_INSTANTIATE(Name, C, Transform)                            \
-    template MergeRowKernel<C, Transform> ChooseMergeKernel<C, Transform>(bool); \
-    template SplitRowKernel<C, Transform> ChooseSplitKernel<C, Transform>(bool);
-QUORIN_LAYOUT_SHAPES(QUORIN_LAYOUT_INSTANTIATE)
-#undef QUORIN_LAYOUT_INSTANTIATE
+const KernelPair<MergeRowKernel<4, Copy<uint8_t>>> LayoutKernels<4, Copy<uint8_t>>::merge{
+    &MergeRowScalar<4, Copy<uint8_t>>, HWY_DISPATCH_TABLE(MergeU8x4)};
+const KernelPair<SplitRowKernel<4, Copy<uint8_t>>> LayoutKernels<4, Copy<uint8_t>>::split{
+    &SplitRowScalar<4, Copy<uint8_t>>, HWY_DISPATCH_TABLE(SplitU8x4)};
+const KernelPair<MergeRowKernel<3, Copy<uint8_t>>> LayoutKernels<3, Copy<uint8_t>>::merge{
+    &MergeRowScalar<3, Copy<uint8_t>>, HWY_DISPATCH_TABLE(MergeU8x3)};
+const KernelPair<SplitRowKernel<3, Copy<uint8_t>>> LayoutKernels<3, Copy<uint8_t>>::split{
+    &SplitRowScalar<3, Copy<uint8_t>>, HWY_DISPATCH_TABLE(SplitU8x3)};
+const KernelPair<MergeRowKernel<4, Copy<uint16_t>>> LayoutKernels<4, Copy<uint16_t>>::merge{
+    &MergeRowScalar<4, Copy<uint16_t>>, HWY_DISPATCH_TABLE(MergeU16x4)};
+const KernelPair<SplitRowKernel<4, Copy<uint16_t>>> LayoutKernels<4, Copy<uint16_t>>::split{
+    &SplitRowScalar<4, Copy<uint16_t>>, HWY_DISPATCH_TABLE(SplitU16x4)};
+const KernelPair<MergeRowKernel<3, Copy<uint16_t>>> LayoutKernels<3, Copy<uint16_t>>::merge{
+    &MergeRowScalar<3, Copy<uint16_t>>, HWY_DISPATCH_TABLE(MergeU16x3)};
+const KernelPair<SplitRowKernel<3, Copy<uint16_t>>> LayoutKernels<3, Copy<uint16_t>>::split{
+    &SplitRowScalar<3, Copy<uint16_t>>, HWY_DISPATCH_TABLE(SplitU16x3)};
+const KernelPair<MergeRowKernel<4, Copy<uint32_t>>> LayoutKernels<4, Copy<uint32_t>>::merge{
+    &MergeRowScalar<4, Copy<uint32_t>>, HWY_DISPATCH_TABLE(MergeU32x4)};
+const KernelPair<SplitRowKernel<4, Copy<uint32_t>>> LayoutKernels<4, Copy<uint32_t>>::split{
+    &SplitRowScalar<4, Copy<uint32_t>>, HWY_DISPATCH_TABLE(SplitU32x4)};
+const KernelPair<MergeRowKernel<3, Copy<uint32_t>>> LayoutKernels<3, Copy<uint32_t>>::merge{
+    &MergeRowScalar<3, Copy<uint32_t>>, HWY_DISPATCH_TABLE(MergeU32x3)};
+const KernelPair<SplitRowKernel<3, Copy<uint32_t>>> LayoutKernels<3, Copy<uint32_t>>::split{
+    &SplitRowScalar<3, Copy<uint32_t>>, HWY_DISPATCH_TABLE(SplitU32x3)};
+const KernelPair<MergeRowKernel<4, ByteToFloat>> LayoutKernels<4, ByteToFloat>::merge{
+    &MergeRowScalar<4, ByteToFloat>, HWY_DISPATCH_TABLE(MergeByteToFloatx4)};
+const KernelPair<SplitRowKernel<4, ByteToFloat>> LayoutKernels<4, ByteToFloat>::split{
+    &SplitRowScalar<4, ByteToFloat>, HWY_DISPATCH_TABLE(SplitByteToFloatx4)};
+const KernelPair<MergeRowKernel<4, FloatToByte>> LayoutKernels<4, FloatToByte>::merge{
+    &MergeRowScalar<4, FloatToByte>, HWY_DISPATCH_TABLE(MergeFloatToBytex4)};
+const KernelPair<SplitRowKernel<4, FloatToByte>> LayoutKernels<4, FloatToByte>::split{
+    &SplitRowScalar<4, FloatToByte>, HWY_DISPATCH_TABLE(SplitFloatToBytex4)};
 
 void EndStreaming() { hwy::FlushStream(); }
 

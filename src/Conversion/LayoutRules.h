@@ -10,10 +10,12 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include "Core/CanonicalNaN.h"
+#include "Core/KernelPair.h"
 
 namespace quorin::layout {
 
@@ -55,6 +57,7 @@ struct Copy {
     using To = T;
     static constexpr bool kTakesRanges = false;
     explicit Copy(const Ranges& = {}) {}
+    static constexpr bool vectorKernelsApply() { return true; }
     T operator()(size_t, T v) const { return v; }
 };
 
@@ -68,6 +71,11 @@ struct Copy {
 // cheaper, and when they give every one of the 256 table entries of every
 // channel (as they do for the usual ranges starting at 0) they are the same
 // function, so `singlePrecisionExact` lets the vector kernels take them.
+//
+// Ranges that are NaN or infinite can give NaN entries. The table holds them
+// as the canonical NaN, and such a call runs the scalar kernel: which payload
+// a computed NaN keeps depends on operand order, which differs between the
+// compiled scalar rule and the vector steps.
 struct ByteToFloat {
     using From = uint8_t;
     using To = float;
@@ -75,12 +83,7 @@ struct ByteToFloat {
     float min[4];
     float range[4];  // max - min in single precision, as the rule's product uses it
     bool singlePrecisionExact = true;
-    // Whether the vector kernels give the table's bits. Not when a range
-    // bound is NaN: the last addition may then have two NaN operands, and
-    // which one it keeps depends on the order a compiler gives commutative
-    // operands (Clang swaps them in some kernels and not in others), so such
-    // calls read the table instead.
-    bool vectorMatchesTable = true;
+    bool givesNaN = false;
     alignas(64) float table[4][256];
 
     static float SinglePrecisionSteps(uint8_t v, float min, float range) {
@@ -91,15 +94,16 @@ struct ByteToFloat {
         for (size_t c = 0; c < 4; ++c) {
             min[c] = ranges.min[c];
             range[c] = ranges.max[c] - ranges.min[c];
-            vectorMatchesTable = vectorMatchesTable && !std::isnan(ranges.max[c]) && !std::isnan(ranges.min[c]);
             for (unsigned v = 0; v < 256; ++v) {
                 const float exact = ByteToFloatRule(static_cast<uint8_t>(v), ranges.max[c], ranges.min[c]);
                 const float single = SinglePrecisionSteps(static_cast<uint8_t>(v), min[c], range[c]);
-                table[c][v] = exact;
+                table[c][v] = CanonicalNaN(exact);
+                givesNaN = givesNaN || std::isnan(exact);
                 singlePrecisionExact = singlePrecisionExact && std::memcmp(&exact, &single, sizeof exact) == 0;
             }
         }
     }
+    bool vectorKernelsApply() const { return !givesNaN; }
     float operator()(size_t c, uint8_t v) const { return table[c][v]; }
 };
 
@@ -133,6 +137,7 @@ struct FloatToByte {
         }
         for (size_t c = 0; exactReciprocals && c < 4; ++c) reciprocal[c] = 1.0f / range[c];
     }
+    static constexpr bool vectorKernelsApply() { return true; }  // bytes: a NaN gives 0 either way
     bool multiplies() const { return reciprocal[0] != 0.0f; }
     bool unitRangesFromZero() const {
         for (size_t c = 0; c < 4; ++c)
@@ -178,13 +183,51 @@ void SplitRowScalar(const typename Transform::From* pixels, typename Transform::
             if (planes[c]) planes[c][i] = transform(c, pixels[i * C + c]);
 }
 
-// The kernel pair of a shape: the scalar kernel above, or its vector twin for
-// the best instruction set this processor offers (chosen on each call, so
-// tests can limit the instruction sets in between).
+// The kernel pairs of the shapes the family uses: the scalar kernels above
+// and their vector twins (LayoutKernels.cpp).
 template <size_t C, class Transform>
-MergeRowKernel<C, Transform> ChooseMergeKernel(bool vector);
-template <size_t C, class Transform>
-SplitRowKernel<C, Transform> ChooseSplitKernel(bool vector);
+struct LayoutKernels;
+
+template <>
+struct LayoutKernels<4, Copy<uint8_t>> {
+    static const KernelPair<MergeRowKernel<4, Copy<uint8_t>>> merge;
+    static const KernelPair<SplitRowKernel<4, Copy<uint8_t>>> split;
+};
+template <>
+struct LayoutKernels<3, Copy<uint8_t>> {
+    static const KernelPair<MergeRowKernel<3, Copy<uint8_t>>> merge;
+    static const KernelPair<SplitRowKernel<3, Copy<uint8_t>>> split;
+};
+template <>
+struct LayoutKernels<4, Copy<uint16_t>> {
+    static const KernelPair<MergeRowKernel<4, Copy<uint16_t>>> merge;
+    static const KernelPair<SplitRowKernel<4, Copy<uint16_t>>> split;
+};
+template <>
+struct LayoutKernels<3, Copy<uint16_t>> {
+    static const KernelPair<MergeRowKernel<3, Copy<uint16_t>>> merge;
+    static const KernelPair<SplitRowKernel<3, Copy<uint16_t>>> split;
+};
+template <>
+struct LayoutKernels<4, Copy<uint32_t>> {
+    static const KernelPair<MergeRowKernel<4, Copy<uint32_t>>> merge;
+    static const KernelPair<SplitRowKernel<4, Copy<uint32_t>>> split;
+};
+template <>
+struct LayoutKernels<3, Copy<uint32_t>> {
+    static const KernelPair<MergeRowKernel<3, Copy<uint32_t>>> merge;
+    static const KernelPair<SplitRowKernel<3, Copy<uint32_t>>> split;
+};
+template <>
+struct LayoutKernels<4, ByteToFloat> {
+    static const KernelPair<MergeRowKernel<4, ByteToFloat>> merge;
+    static const KernelPair<SplitRowKernel<4, ByteToFloat>> split;
+};
+template <>
+struct LayoutKernels<4, FloatToByte> {
+    static const KernelPair<MergeRowKernel<4, FloatToByte>> merge;
+    static const KernelPair<SplitRowKernel<4, FloatToByte>> split;
+};
 
 // Orders this thread's streaming stores before anything it does next.
 void EndStreaming();

@@ -31,15 +31,18 @@ bool ReadProcessorFeatures(uint64_t* mask) {
 }
 
 void ProbeFeatures() {
-    uint32_t seen = gProbeStarts.load(std::memory_order_relaxed);
-    while (!gProbeStarts.compare_exchange_weak(seen, seen + 1, std::memory_order_relaxed)) {
-    }
-    if (seen != 0) return;  // only the call that raised the counter to 1 probes
+    // Only the call that raises the counter to 1 probes.
+    if (gProbeStarts.fetch_add(1, std::memory_order_relaxed) != 0) return;
     uint64_t mask = 0;
     detail::gProbedFeatures = ReadProcessorFeatures(&mask) ? mask : 0;
 }
 
 void SetProbedFeaturesForTest(uint64_t mask) { detail::gProbedFeatures = mask; }
+
+namespace {
+// At load, right after the platform's constant-string fix-up (101).
+__attribute__((constructor(102))) void ProbeFeaturesAtLoad() { ProbeFeatures(); }
+}  // namespace
 
 }  // namespace quorin
 

@@ -30,14 +30,6 @@ inline bool HasFeature(uint64_t mask) {
 // What a kernel pair asks before choosing its vector twin.
 inline bool UseVectorKernels() { return HasFeature(kFeatureVectorKernels); }
 
-// A scalar kernel and its vector twin, chosen by the feature test at every call.
-template <class Kernel>
-struct KernelPair {
-    Kernel scalar;
-    Kernel vector;
-    Kernel choose() const { return UseVectorKernels() ? vector : scalar; }
-};
-
 // The one-time probe run at load; later calls do nothing.
 void ProbeFeatures();
 

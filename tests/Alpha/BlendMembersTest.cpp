@@ -2,6 +2,8 @@
 // every kernel and split, nothing written outside the region, in-place use,
 // the order of the argument checks and the flags they ignore.
 #include "BlendTestSupport.h"
+#include "support/CheckOrder.h"
+#include "support/Codes.h"
 
 namespace quorin::test {
 namespace {
@@ -39,8 +41,9 @@ TEST_P(EveryMember, InPlaceMatchesSeparateBuffers) {
         ForEachKernel([&] {
             const std::vector<uint8_t> separate = RunMember(m, shape, 0, 7);
             for (size_t source = 0; source < m.pixelBytes.size(); ++source)
-                if (!Contains(m.destinations, source) && m.pixelBytes[source] == m.pixelBytes[m.destinations[0]])
+                if (!Contains(m.destinations, source) && m.pixelBytes[source] == m.pixelBytes[m.destinations[0]]) {
                     EXPECT_TRUE(RunMember(m, shape, 0, 7, int(source)) == separate) << "dest on buffer " << source;
+                }
         });
     }
 }
@@ -87,7 +90,7 @@ TEST_P(EveryMember, ChecksItsArgumentsInOrder) {
         Records records;
         for (auto& record : valid) records.push_back(&record);
         for (auto [index, record] : cases[c].replace) records[index] = record;
-        EXPECT_EQ(m.call(records, 0), cases[c].expected) << "case " << c;
+        EXPECT_TRUE(quorin::test::ReturnsCode(m.call(records, 0), cases[c].expected)) << "case " << c;
         for (size_t i = 0; i < images.size(); ++i) EXPECT_TRUE(images[i].pixels() == before[i]) << "case " << c;
     }
     Records records;
@@ -98,6 +101,19 @@ TEST_P(EveryMember, ChecksItsArgumentsInOrder) {
     for (auto& record : valid) record.width = 9, record.height = 0;
     EXPECT_EQ(m.call(records, 0), kQuorinSuccess);
     for (auto& image : images) EXPECT_EQ(image.damagedGuard(), "");
+}
+
+// The check list of the member's table row, step by step, against the entry point.
+TEST_P(EveryMember, FollowsItsCheckList) {
+    const Member& m = GetParam();
+    std::vector<GuardedImage> images;
+    for (size_t i = 0; i < m.pixelBytes.size(); ++i) images.emplace_back(7, 3, m.pixelBytes[i]).fillRandom(i + 1);
+    std::vector<GuardedImage*> pointers;
+    for (auto& image : images) pointers.push_back(&image);
+    ExpectCheckOrder(m.checks, pointers, m.destinations,
+                     [&m](const std::vector<const Quorin_Buffer*>& records, Quorin_Flags flags) {
+                         return m.call(records, flags);
+                     });
 }
 
 INSTANTIATE_TEST_SUITE_P(BlendAndClip, EveryMember, ::testing::ValuesIn(AllMembers()),

@@ -9,9 +9,11 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "Alpha/BlendMembers.h"
 #include "quorin/Alpha.h"
 #include "support/GuardedImage.h"
 #include "support/Variants.h"
@@ -27,45 +29,29 @@ struct Member {
     std::vector<size_t> checked;       // buffers tested for null and size
     bool floats;
     std::function<Quorin_Error(const Records&, Quorin_Flags)> call;
+    std::span<const CheckStep> checks;  // the member's check list
 };
 inline void PrintTo(const Member& member, std::ostream* os) { *os << member.name; }
 
-using ThreeBuffers = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-using TwoBuffers = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-
+// The members of the family's table, with the constants the tests pass to
+// the constant-alpha blends.
 inline std::vector<Member> AllMembers() {
-    using R = const Records&;
-    using F = Quorin_Flags;
-    // Interleaved top, bottom -> dest, and planar src, alpha -> dest.
-    const auto blend = [](const char* name, size_t bytes, bool floats, ThreeBuffers call) {
-        return Member{name, {bytes, bytes, bytes}, {2}, {0, 1, 2}, floats,
-                      [call](R b, F f) { return call(b[0], b[1], b[2], f); }};
-    };
-    const auto clip = [](const char* name, size_t bytes, bool floats, TwoBuffers call) {
-        return Member{name, {bytes, bytes}, {1}, {0, 1}, floats, [call](R b, F f) { return call(b[0], b[1], f); }};
-    };
-    return {
-        blend("AlphaBlend_ARGB8888", 4, false, QuorinAlphaBlend_ARGB8888),
-        blend("AlphaBlend_ARGBFFFF", 16, true, QuorinAlphaBlend_ARGBFFFF),
-        {"AlphaBlend_Planar8", {1, 1, 1, 1, 1, 1}, {4, 5}, {0, 2, 5}, false,
-         [](R b, F f) { return QuorinAlphaBlend_Planar8(b[0], b[1], b[2], b[3], b[4], b[5], f); }},
-        {"AlphaBlend_PlanarF", {4, 4, 4, 4, 4, 4}, {4, 5}, {0, 2, 5}, true,
-         [](R b, F f) { return QuorinAlphaBlend_PlanarF(b[0], b[1], b[2], b[3], b[4], b[5], f); }},
-        blend("Darken_RGBA8888", 4, false, QuorinPremultipliedAlphaBlendDarken_RGBA8888),
-        blend("Lighten_RGBA8888", 4, false, QuorinPremultipliedAlphaBlendLighten_RGBA8888),
-        blend("Multiply_RGBA8888", 4, false, QuorinPremultipliedAlphaBlendMultiply_RGBA8888),
-        blend("Screen_RGBA8888", 4, false, QuorinPremultipliedAlphaBlendScreen_RGBA8888),
-        {"ConstAlphaBlend_Planar8", {1, 1, 1, 1}, {3}, {0, 1, 2, 3}, false,
-         [](R b, F f) { return QuorinPremultipliedConstAlphaBlend_Planar8(b[0], 77, b[1], b[2], b[3], f); }},
-        {"ConstAlphaBlend_PlanarF", {4, 4, 4, 4}, {3}, {0, 1, 2, 3}, true,
-         [](R b, F f) { return QuorinPremultipliedConstAlphaBlend_PlanarF(b[0], 0.6f, b[1], b[2], b[3], f); }},
-        blend("ClipToAlpha_Planar8", 1, false, QuorinClipToAlpha_Planar8),
-        blend("ClipToAlpha_PlanarF", 4, true, QuorinClipToAlpha_PlanarF),
-        clip("ClipToAlpha_ARGB8888", 4, false, QuorinClipToAlpha_ARGB8888),
-        clip("ClipToAlpha_RGBA8888", 4, false, QuorinClipToAlpha_RGBA8888),
-        clip("ClipToAlpha_ARGBFFFF", 16, true, QuorinClipToAlpha_ARGBFFFF),
-        clip("ClipToAlpha_RGBAFFFF", 16, true, QuorinClipToAlpha_RGBAFFFF),
-    };
+    std::vector<Member> members;
+    for (const alpha::Member* row : alpha::kBlendMembers) {
+        Member m{std::string(row->name).substr(6),  // without "Quorin"
+                 {}, {}, {}, row->format.sample == SampleKind::F32, nullptr, row->checks};
+        for (size_t i = 0; i < row->buffers; ++i) {
+            m.pixelBytes.push_back(row->pixelBytes());
+            if (row->writes(i)) m.destinations.push_back(i);
+            if (row->checks.front().takes(i)) m.checked.push_back(i);
+        }
+        const double constant = m.floats ? 0.6 : 77;
+        m.call = [invoke = row->invoke, constant](const Records& b, Quorin_Flags f) {
+            return invoke(b.data(), constant, f);
+        };
+        members.push_back(std::move(m));
+    }
+    return members;
 }
 
 inline bool Contains(const std::vector<size_t>& set, size_t i) { return std::find(set.begin(), set.end(), i) != set.end(); }
@@ -109,7 +95,9 @@ inline std::vector<uint8_t> RunMember(const Member& member, const Shape& shape, 
     EXPECT_EQ(member.call(records, flags), kQuorinSuccess) << member.name;
     for (size_t i = 0; i < images.size(); ++i) {
         EXPECT_EQ(images[i].damagedGuard(), "") << member.name << " buffer " << i;
-        if (!Contains(written, i)) EXPECT_TRUE(images[i].pixels() == before[i]) << member.name << " changed " << i;
+        if (!Contains(written, i)) {
+            EXPECT_TRUE(images[i].pixels() == before[i]) << member.name << " changed " << i;
+        }
     }
     std::vector<uint8_t> out;
     for (size_t i : written) {

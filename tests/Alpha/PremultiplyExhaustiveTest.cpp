@@ -26,7 +26,7 @@ void CheckAllPairs() {
         ApplyToPixels<Rule, 0>(src.data(), scalar.data(), kPixels);
         for (const int64_t target : targets) {
             hwy::SetSupportedTargetsForTest(target);
-            VectorPixels(Rule{}, src.data(), vector.data(), kPixels, 0, false);
+            Kernels<Rule>::pixels.vector()(src.data(), vector.data(), kPixels, 0, false);
             if (std::memcmp(scalar.data(), vector.data(), scalar.size() * sizeof(Sample)) != 0) {
                 size_t j = 0;
                 while (scalar[j] == vector[j]) ++j;

@@ -11,52 +11,60 @@
 #include <limits>
 #include <vector>
 
+#include "Alpha/PremultiplyMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Utilities.h"
+#include "support/CheckOrder.h"
 #include "support/GuardedImage.h"
 #include "support/Variants.h"
 
 namespace quorin::test {
 namespace {
 
-using PixelsFn = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-using PlanesFn = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-
 enum class Depth { U8, U16, Q12, F32 };
 
+// The family's member table, seen by these tests: the depth picks the
+// independent formula, alpha is the channel of alpha (4 for a separate plane).
 struct Member {
     const char* name;
     Depth depth;
-    size_t alpha;       // channel of alpha, 4 for a separate plane
-    PixelsFn pixels;    // four-channel members
-    PlanesFn planes;    // planar members
+    size_t alpha;
     bool premultiplies;
+    const premultiply::Member* row;
 
-    bool planar() const { return planes != nullptr; }
-    size_t sampleBytes() const { return depth == Depth::U8 ? 1 : depth == Depth::F32 ? 4 : 2; }
-    size_t pixelBytes() const { return sampleBytes() * (planar() ? 1 : 4); }
+    bool planar() const { return row->planar(); }
+    size_t sampleBytes() const { return row->format.sampleBytes(); }
+    size_t pixelBytes() const { return row->format.pixelBytes(); }
     Quorin_Error run(const Quorin_Buffer* src, const Quorin_Buffer* alphaPlane, const Quorin_Buffer* dest,
                      Quorin_Flags flags) const {
-        return planar() ? planes(src, alphaPlane, dest, flags) : pixels(src, dest, flags);
+        return row->run(src, alphaPlane, dest, flags);
     }
 };
 
-#define PIXELS(fn, depth, alpha, pre) Member{#fn, Depth::depth, alpha, fn, nullptr, pre}
-#define PLANES(fn, depth, pre) Member{#fn, Depth::depth, 4, nullptr, fn, pre}
-const Member kMembers[] = {
-    PIXELS(QuorinPremultiplyData_ARGB8888, U8, 0, true),      PIXELS(QuorinPremultiplyData_RGBA8888, U8, 3, true),
-    PIXELS(QuorinPremultiplyData_ARGBFFFF, F32, 0, true),     PIXELS(QuorinPremultiplyData_RGBAFFFF, F32, 3, true),
-    PIXELS(QuorinPremultiplyData_ARGB16U, U16, 0, true),      PIXELS(QuorinPremultiplyData_RGBA16U, U16, 3, true),
-    PIXELS(QuorinPremultiplyData_ARGB16Q12, Q12, 0, true),    PIXELS(QuorinPremultiplyData_RGBA16Q12, Q12, 3, true),
-    PLANES(QuorinPremultiplyData_Planar8, U8, true),          PLANES(QuorinPremultiplyData_PlanarF, F32, true),
-    PIXELS(QuorinUnpremultiplyData_ARGB8888, U8, 0, false),   PIXELS(QuorinUnpremultiplyData_RGBA8888, U8, 3, false),
-    PIXELS(QuorinUnpremultiplyData_ARGBFFFF, F32, 0, false),  PIXELS(QuorinUnpremultiplyData_RGBAFFFF, F32, 3, false),
-    PIXELS(QuorinUnpremultiplyData_ARGB16U, U16, 0, false),   PIXELS(QuorinUnpremultiplyData_RGBA16U, U16, 3, false),
-    PIXELS(QuorinUnpremultiplyData_ARGB16Q12, Q12, 0, false), PIXELS(QuorinUnpremultiplyData_RGBA16Q12, Q12, 3, false),
-    PLANES(QuorinUnpremultiplyData_Planar8, U8, false),       PLANES(QuorinUnpremultiplyData_PlanarF, F32, false),
-};
-#undef PIXELS
-#undef PLANES
+Depth DepthOf(SampleKind kind) {
+    switch (kind) {
+        case SampleKind::U8: return Depth::U8;
+        case SampleKind::U16: return Depth::U16;
+        case SampleKind::S16Q12: return Depth::Q12;
+        default: return Depth::F32;
+    }
+}
+
+const std::vector<Member> kMembers = [] {
+    std::vector<Member> members;
+    for (const premultiply::Member* row : premultiply::kPremultiplyMembers)
+        members.push_back({row->name, DepthOf(row->format.sample),
+                           row->format.planar() ? 4 : static_cast<size_t>(row->format.alpha),
+                           row->direction == premultiply::Direction::Premultiply, row});
+    return members;
+}();
+
+// Members by name, for the tests that single some out.
+const Member& Named(const char* name) {
+    for (const Member& m : kMembers)
+        if (std::strcmp(m.name, name) == 0) return m;
+    std::abort();
+}
 
 // ---- Independent formulas: round to nearest in double precision -----------
 
@@ -269,7 +277,7 @@ TEST(Premultiply, SameBytesForEveryKernelSplitAndLayout) {
 TEST(Premultiply, StreamedRunsGiveTheSameBytes) {
     const StreamingForced forced;
     const std::vector<Variant> kernels = KernelVariants();
-    for (const Member& m : {kMembers[10], kMembers[9]}) {
+    for (const Member& m : {Named("QuorinUnpremultiplyData_ARGB8888"), Named("QuorinPremultiplyData_PlanarF")}) {
         const size_t width = (m.planar() ? 4096 : 2048) / m.sampleBytes() / 16, height = 64;
         for (const size_t destOffset : {0, 4}) {
             SCOPED_TRACE(testing::Message() << m.name << " destination offset " << destOffset);
@@ -306,43 +314,40 @@ TEST(PremultiplyDeathTest, EveryMemberConsultsTheFeatureTest) {
 // ---- Argument checks --------------------------------------------------------
 
 TEST(Premultiply, ChecksInOrderAndWritesNothingOnFailure) {
-    struct Call { Quorin_Buffer src, alpha, dest; const Quorin_Buffer *s, *a, *d; Quorin_Flags flags; };
-    struct Case { const char* fault; Quorin_Error expected; bool planarOnly; void (*apply)(Call&); };
-    const Case cases[] = {
-        {"null source", kQuorinError_NullPointer, false, [](Call& c) { c.s = nullptr; }},
-        {"null destination", kQuorinError_NullPointer, false, [](Call& c) { c.d = nullptr; }},
-        {"null alpha", kQuorinError_NullPointer, true, [](Call& c) { c.a = nullptr; }},
-        {"null source data", kQuorinError_NullPointer, false, [](Call& c) { c.src.data = nullptr; }},
-        {"null destination data", kQuorinError_NullPointer, false, [](Call& c) { c.dest.data = nullptr; }},
-        {"null alpha data", kQuorinError_NullPointer, true, [](Call& c) { c.alpha.data = nullptr; }},
-        {"narrow destination", kQuorinError_BadArgument, false, [](Call& c) { c.dest.width = 4; }},
-        {"short source", kQuorinError_BadArgument, false, [](Call& c) { c.src.height = 3; }},
-        {"narrow alpha", kQuorinError_BadArgument, true, [](Call& c) { c.alpha.width = 4; }},
-        {"tall alpha", kQuorinError_BadArgument, true, [](Call& c) { c.alpha.height = 5; }},
-        {"null before size", kQuorinError_NullPointer, false, [](Call& c) { c.src.data = nullptr, c.dest.width = 4; }},
-        {"zero width", kQuorinSuccess, false, [](Call& c) { c.src.width = c.dest.width = c.alpha.width = 0; }},
-        {"zero height", kQuorinSuccess, false, [](Call& c) { c.src.height = c.dest.height = c.alpha.height = 0; }},
-    };
     for (const Member& m : kMembers) {
+        SCOPED_TRACE(m.name);
         GuardedImage src(5, 4, m.pixelBytes()), alpha(5, 4, m.sampleBytes()), dest(5, 4, m.pixelBytes());
         FillSource(src, m, 1);
         FillSource(alpha, m, 2);
-        for (const Case& k : cases) {
-            if (k.planarOnly && !m.planar()) continue;
-            SCOPED_TRACE(testing::Message() << m.name << ", " << k.fault);
-            dest.fillBytes(0x5A);
-            Call c{*src.record(), *alpha.record(), *dest.record(), nullptr, nullptr, nullptr, 0};
-            c.s = &c.src, c.a = &c.alpha, c.d = &c.dest;
-            k.apply(c);
-            EXPECT_EQ(m.run(c.s, c.a, c.d, c.flags), k.expected);
-            EXPECT_EQ(dest.pixels(), std::vector<uint8_t>(5 * 4 * m.pixelBytes(), 0x5A));
-            EXPECT_EQ(dest.damagedGuard(), "");
-        }
-        // Flag bits other than single-threaded are ignored: the work is done.
+        std::vector<GuardedImage*> images{&src, &dest};
+        if (m.planar()) images.insert(images.begin() + 1, &alpha);
+        ExpectCheckOrder(m.row->checks, images, {images.size() - 1},
+                         [&m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                             return m.planar() ? m.run(r[0], r[1], r[2], flags) : m.run(r[0], nullptr, r[1], flags);
+                         });
+    }
+}
+
+// No flag is tested: bits other than single-threaded are ignored, and an
+// empty image succeeds without touching anything.
+TEST(Premultiply, IgnoresOtherFlagsAndSucceedsOnEmptyImages) {
+    for (const Member& m : kMembers) {
+        SCOPED_TRACE(m.name);
+        GuardedImage src(5, 4, m.pixelBytes()), alpha(5, 4, m.sampleBytes()), dest(5, 4, m.pixelBytes());
+        FillSource(src, m, 1);
+        FillSource(alpha, m, 2);
         GuardedImage plain(5, 4, m.pixelBytes());
         EXPECT_EQ(m.run(src.record(), alpha.record(), dest.record(), ~Quorin_Flags{kQuorinFlag_SingleThreaded}), 0);
         EXPECT_EQ(m.run(src.record(), alpha.record(), plain.record(), 0), kQuorinSuccess);
-        EXPECT_EQ(dest.pixels(), plain.pixels()) << m.name;
+        EXPECT_EQ(dest.pixels(), plain.pixels());
+        for (const bool zeroWidth : {true, false}) {
+            Quorin_Buffer s = *src.record(), a = *alpha.record(), d = *dest.record();
+            (zeroWidth ? s.width : s.height) = 0, (zeroWidth ? a.width : a.height) = 0;
+            (zeroWidth ? d.width : d.height) = 0;
+            dest.fillBytes(0x5A);
+            EXPECT_EQ(m.run(&s, &a, &d, 0), kQuorinSuccess);
+            EXPECT_EQ(dest.pixels(), std::vector<uint8_t>(5 * 4 * m.pixelBytes(), 0x5A));
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #include "Members.h"
 
+#include "Alpha/BlendMembers.h"
+#include "Alpha/PremultiplyMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 
@@ -9,70 +11,29 @@ namespace {
 using B = const Quorin_Buffer* const*;
 using F = Quorin_Flags;
 using R = const float*;
-using Two = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-using Three = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-using Six = Quorin_Error (*)(const Quorin_Buffer*, const Quorin_Buffer*, const Quorin_Buffer*, const Quorin_Buffer*,
-                             const Quorin_Buffer*, const Quorin_Buffer*, Quorin_Flags);
-
-
 constexpr Arg In(size_t bytes) { return {bytes, Use::Read}; }
 constexpr Arg Out(size_t bytes) { return {bytes, Use::Written}; }
 
-SafetyMember Pixels(std::string name, Two fn, size_t bytes) {
-    return {std::move(name), {In(bytes), Out(bytes)}, false, [fn](B b, F f, R, R) { return fn(b[0], b[1], f); }};
-}
-// src or top, alpha or bottom, dest
-SafetyMember Planes(std::string name, Three fn, size_t bytes) {
-    return {std::move(name), {In(bytes), In(bytes), Out(bytes)}, false, [fn](B b, F f, R, R) { return fn(b[0], b[1], b[2], f); }};
-}
-SafetyMember StraightPlanes(std::string name, Six fn, size_t bytes) {
-    return {std::move(name),
-            {In(bytes), In(bytes), In(bytes), In(bytes), Out(bytes), Out(bytes)},
-            false,
-            [fn](B b, F f, R, R) { return fn(b[0], b[1], b[2], b[3], b[4], b[5], f); }};
-}
-
+// The alpha families' rows, from their member tables.
 std::vector<SafetyMember> AlphaMembers() {
-    return {
-        Planes("QuorinAlphaBlend_ARGB8888", QuorinAlphaBlend_ARGB8888, 4),
-        Planes("QuorinAlphaBlend_ARGBFFFF", QuorinAlphaBlend_ARGBFFFF, 16),
-        StraightPlanes("QuorinAlphaBlend_Planar8", QuorinAlphaBlend_Planar8, 1),
-        StraightPlanes("QuorinAlphaBlend_PlanarF", QuorinAlphaBlend_PlanarF, 4),
-        Planes("QuorinPremultipliedAlphaBlendDarken_RGBA8888", QuorinPremultipliedAlphaBlendDarken_RGBA8888, 4),
-        Planes("QuorinPremultipliedAlphaBlendLighten_RGBA8888", QuorinPremultipliedAlphaBlendLighten_RGBA8888, 4),
-        Planes("QuorinPremultipliedAlphaBlendMultiply_RGBA8888", QuorinPremultipliedAlphaBlendMultiply_RGBA8888, 4),
-        Planes("QuorinPremultipliedAlphaBlendScreen_RGBA8888", QuorinPremultipliedAlphaBlendScreen_RGBA8888, 4),
-        {"QuorinPremultipliedConstAlphaBlend_Planar8", {In(1), In(1), In(1), Out(1)}, false,
-         [](B b, F f, R, R) { return QuorinPremultipliedConstAlphaBlend_Planar8(b[0], 0x9C, b[1], b[2], b[3], f); }},
-        {"QuorinPremultipliedConstAlphaBlend_PlanarF", {In(4), In(4), In(4), Out(4)}, false,
-         [](B b, F f, R, R) { return QuorinPremultipliedConstAlphaBlend_PlanarF(b[0], 0.6f, b[1], b[2], b[3], f); }},
-        Pixels("QuorinPremultiplyData_ARGB8888", QuorinPremultiplyData_ARGB8888, 4),
-        Pixels("QuorinPremultiplyData_RGBA8888", QuorinPremultiplyData_RGBA8888, 4),
-        Pixels("QuorinPremultiplyData_ARGBFFFF", QuorinPremultiplyData_ARGBFFFF, 16),
-        Pixels("QuorinPremultiplyData_RGBAFFFF", QuorinPremultiplyData_RGBAFFFF, 16),
-        Pixels("QuorinPremultiplyData_ARGB16U", QuorinPremultiplyData_ARGB16U, 8),
-        Pixels("QuorinPremultiplyData_RGBA16U", QuorinPremultiplyData_RGBA16U, 8),
-        Pixels("QuorinPremultiplyData_ARGB16Q12", QuorinPremultiplyData_ARGB16Q12, 8),
-        Pixels("QuorinPremultiplyData_RGBA16Q12", QuorinPremultiplyData_RGBA16Q12, 8),
-        Planes("QuorinPremultiplyData_Planar8", QuorinPremultiplyData_Planar8, 1),
-        Planes("QuorinPremultiplyData_PlanarF", QuorinPremultiplyData_PlanarF, 4),
-        Pixels("QuorinUnpremultiplyData_ARGB8888", QuorinUnpremultiplyData_ARGB8888, 4),
-        Pixels("QuorinUnpremultiplyData_RGBA8888", QuorinUnpremultiplyData_RGBA8888, 4),
-        Pixels("QuorinUnpremultiplyData_ARGBFFFF", QuorinUnpremultiplyData_ARGBFFFF, 16),
-        Pixels("QuorinUnpremultiplyData_RGBAFFFF", QuorinUnpremultiplyData_RGBAFFFF, 16),
-        Pixels("QuorinUnpremultiplyData_ARGB16U", QuorinUnpremultiplyData_ARGB16U, 8),
-        Pixels("QuorinUnpremultiplyData_RGBA16U", QuorinUnpremultiplyData_RGBA16U, 8),
-        Pixels("QuorinUnpremultiplyData_ARGB16Q12", QuorinUnpremultiplyData_ARGB16Q12, 8),
-        Pixels("QuorinUnpremultiplyData_RGBA16Q12", QuorinUnpremultiplyData_RGBA16Q12, 8),
-        Planes("QuorinUnpremultiplyData_Planar8", QuorinUnpremultiplyData_Planar8, 1),
-        Planes("QuorinUnpremultiplyData_PlanarF", QuorinUnpremultiplyData_PlanarF, 4),
-        Planes("QuorinClipToAlpha_Planar8", QuorinClipToAlpha_Planar8, 1),
-        Planes("QuorinClipToAlpha_PlanarF", QuorinClipToAlpha_PlanarF, 4),
-        Pixels("QuorinClipToAlpha_ARGB8888", QuorinClipToAlpha_ARGB8888, 4),
-        Pixels("QuorinClipToAlpha_RGBA8888", QuorinClipToAlpha_RGBA8888, 4),
-        Pixels("QuorinClipToAlpha_ARGBFFFF", QuorinClipToAlpha_ARGBFFFF, 16),
-        Pixels("QuorinClipToAlpha_RGBAFFFF", QuorinClipToAlpha_RGBAFFFF, 16),
-    };
+    std::vector<SafetyMember> members;
+    for (const alpha::Member* m : alpha::kBlendMembers) {
+        std::vector<Arg> args;
+        for (size_t i = 0; i < m->buffers; ++i)
+            args.push_back(m->writes(i) ? Out(m->pixelBytes()) : In(m->pixelBytes()));
+        const double constant = m->format.sample == SampleKind::F32 ? 0.6 : 0x9C;
+        members.push_back({m->name, std::move(args), false,
+                           [invoke = m->invoke, constant](B b, F f, R, R) { return invoke(b, constant, f); }});
+    }
+    for (const premultiply::Member* m : premultiply::kPremultiplyMembers) {
+        const size_t bytes = m->format.pixelBytes();
+        std::vector<Arg> args{In(bytes), Out(bytes)};
+        if (m->planar()) args.insert(args.begin() + 1, In(bytes));
+        members.push_back({m->name, std::move(args), false, [m](B b, F f, R, R) {
+                               return m->planar() ? m->run(b[0], b[1], b[2], f) : m->run(b[0], nullptr, b[1], f);
+                           }});
+    }
+    return members;
 }
 
 std::vector<SafetyMember> LayoutMembers() {
