@@ -53,7 +53,8 @@ inline void dispatch_apply_f(size_t iterations, dispatch_queue_t queue, void* co
     __tsan_acquire(&apply.joined);
 }
 
-// One submission; its join edge is the group's address, which the wait acquires.
+// One submission; its join edge is the group's address, which the wait acquires
+// (a submission without a group has no join edge here).
 struct GroupWork {
     void* context;
     dispatch_function_t function;
@@ -74,6 +75,19 @@ inline void dispatch_group_async_f(dispatch_group_t group, dispatch_queue_t queu
     });
 }
 
+// A submission with no group: its join is the caller's own wait on atomics,
+// which ThreadSanitizer sees, so only the submit edge is told here.
+inline void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t function) {
+    auto* work = new GroupWork{context, function, nullptr, 0};
+    __tsan_release(&work->submitted);
+    ::dispatch_async_f(queue, work, [](void* submitted) {
+        auto* w = static_cast<GroupWork*>(submitted);
+        __tsan_acquire(&w->submitted);
+        w->function(w->context);
+        delete w;
+    });
+}
+
 inline long dispatch_group_wait(dispatch_group_t group, dispatch_time_t timeout) {
     const long result = ::dispatch_group_wait(group, timeout);
     __tsan_acquire(static_cast<void*>(group));
@@ -84,5 +98,6 @@ inline long dispatch_group_wait(dispatch_group_t group, dispatch_time_t timeout)
 
 #define dispatch_apply_f quorin::annotated::dispatch_apply_f
 #define dispatch_group_async_f quorin::annotated::dispatch_group_async_f
+#define dispatch_async_f quorin::annotated::dispatch_async_f
 #define dispatch_group_wait quorin::annotated::dispatch_group_wait
 #endif
