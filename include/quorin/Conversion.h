@@ -236,7 +236,8 @@ QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoPlanar8(const Quorin_Buffer *src
  * shorter than width x bytes per pixel, or height x rowBytes wrapping or
  * larger than any object) is refused before any work, as each member says.
  *
- * Processor chunks (the fills and the four-channel overwrite with a scalar):
+ * Processor chunks (permute, the fills and the four-channel overwrite with
+ * a scalar):
  * on the calling thread with kQuorinFlag_SingleThreaded, fewer than two
  * processors, fewer rows than processors, or fewer than 64000 pixels;
  * otherwise one chunk per processor (height / n rows when n divides the
@@ -291,6 +292,51 @@ QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_Planar16S(int16_t scal
                                                                     Quorin_Flags flags);
 QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_Planar16U(uint16_t scalar, const Quorin_Buffer *dest,
                                                                     Quorin_Flags flags);
+
+/* ---- Permute ------------------------------------------------------------- */
+
+/* Each dest pixel: channel i receives src channel permuteMap[i] & 3 (a map
+ * value above 3 is folded, never refused: 7 acts as 3). dest may be src.
+ * No flag bit is refused.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_NullPointer (-21772): src or dest is null or has null data;
+ *   2. kQuorinError_NullPointer (-21772): permuteMap is null;
+ *   3. kQuorinError_BadArgument (-21773): src and dest differ in width or in
+ *      height (a smaller dest is refused too);
+ *   4. kQuorinError_BadArgument (-21773): a record cannot describe its image.
+ * Threading: processor chunks. */
+QUORIN_API Quorin_Error QuorinPermuteChannels_ARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const uint8_t permuteMap[4], Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPermuteChannels_ARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const uint8_t permuteMap[4], Quorin_Flags flags);
+
+/* ---- Extract one channel ------------------------------------------------- */
+
+/* dest is a plane of src's samples. Each dest row receives the sample at
+ * channelIndex of successive src pixels while the src byte offset is below
+ * dest's rowBytes: ceil(dest rowBytes / src pixel bytes) samples a row,
+ * padding included, whatever dest's width (this count is kept as it is); a
+ * dest whose rows are longer than src's reads on into src's next rows. No
+ * flag bit is refused; the call runs on the calling thread.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_BadArgument (-21773): src is null or has null data, or
+ *      channelIndex is outside 0..3 (a negative index too);
+ *   2. kQuorinError_BadArgument (-21773): dest is null or has null data (not
+ *      -21772);
+ *   3. kQuorinError_RegionExceedsSource (-21766): dest wider or taller than src;
+ *   4. kQuorinError_BadArgument (-21773): src rowBytes below its width of
+ *      pixels, or dest rowBytes below its width of samples;
+ *   5. kQuorinError_BadArgument (-21773): a byte extent that wraps or is
+ *      larger than any object;
+ *   then dest height 0 returns 0, and
+ *   6. kQuorinError_BadArgument (-21773): the walk would write past dest's
+ *      rowBytes (a rowBytes below one sample) or read past src's last byte. */
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      int channelIndex, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     int channelIndex, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      int channelIndex, Quorin_Flags flags);
 
 /* ---- Copy ---------------------------------------------------------------- */
 

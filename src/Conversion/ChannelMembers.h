@@ -21,16 +21,19 @@ enum class Shape : uint8_t {
     OverwritePlane,     // scalar, dest, flags: every element up to rowBytes
     Copy,               // src, dest, pixelSize, flags
     Clip,               // src, dest, maxFloat, minFloat, flags
+    Permute,            // src, dest, permuteMap, flags
+    Extract,            // src, dest (a plane), channelIndex, flags
 };
 
 // One call of any member: the arguments its shape takes, the rest unused.
 struct Call {
     const Quorin_Buffer* src;
     const Quorin_Buffer* dest;
-    const void* value;  // fill pixel or value, overwrite scalar, clip bounds {max, min}
+    const void* value;  // fill pixel or value, overwrite scalar, clip bounds {max, min}, permute map
     uint32_t copyMask;
     size_t pixelSize;
     Quorin_Flags flags;
+    int channel = 0;    // extract
 };
 
 using Entry = Quorin_Error (*)(const Call& call);
@@ -93,6 +96,26 @@ inline constexpr CheckStep kClipChecks[] = {
     {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
 };
 
+// Permute: src, dest, then the map pointer.
+inline constexpr CheckStep kPermuteChecks[] = {
+    {"a record or its pixel data is null", Check::Missing, kQuorinError_NullPointer},
+    {"the map is null", Check::NullArgument, kQuorinError_NullPointer},
+    {"the buffers differ in width or height", Check::SizesDiffer, kQuorinError_BadArgument},
+    {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
+};
+
+// Extract: dest (the region, a plane), src. A channel index outside 0..3 is
+// refused with -21773 before these (the first step's code); the walk's
+// bounds after them.
+inline constexpr CheckStep kExtractChecks[] = {
+    {"the source is null or has null data", Check::Missing, kQuorinError_BadArgument, Operands({1})},
+    {"the destination is null or has null data", Check::Missing, kQuorinError_BadArgument, Operands({0})},
+    {"the destination is wider or taller than the source", Check::ExceedsRegion, kQuorinError_RegionExceedsSource,
+     Operands({1})},
+    {"a row is shorter than its pixels", Check::RowBytesShort, kQuorinError_BadArgument},
+    {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
+};
+
 // ---- Members ---------------------------------------------------------------------
 
 template <const Member& kMember>
@@ -132,10 +155,23 @@ inline constexpr Member kCopyBuffer{"QuorinCopyBuffer", Shape::Copy, kPlanar8, S
 inline constexpr Member kClipPlanarF{"QuorinClip_PlanarF", Shape::Clip, kPlanarF, SplitRule::Rows, kClipChecks,
                                      &Run<kClipPlanarF>};
 
+inline constexpr Member kPermuteARGB8888{"QuorinPermuteChannels_ARGB8888", Shape::Permute, kARGB8888, kChunks,
+                                         kPermuteChecks, &Run<kPermuteARGB8888>};
+inline constexpr Member kPermuteARGBFFFF{"QuorinPermuteChannels_ARGBFFFF", Shape::Permute, kARGBFFFF, kChunks,
+                                         kPermuteChecks, &Run<kPermuteARGBFFFF>};
+// The source's format; the destination is a plane of its samples.
+inline constexpr Member kExtractARGB8888{"QuorinExtractChannel_ARGB8888", Shape::Extract, kARGB8888,
+                                         SplitRule::Serial, kExtractChecks, &Run<kExtractARGB8888>};
+inline constexpr Member kExtractARGB16U{"QuorinExtractChannel_ARGB16U", Shape::Extract, kARGB16U, SplitRule::Serial,
+                                        kExtractChecks, &Run<kExtractARGB16U>};
+inline constexpr Member kExtractARGBFFFF{"QuorinExtractChannel_ARGBFFFF", Shape::Extract, kARGBFFFF,
+                                         SplitRule::Serial, kExtractChecks, &Run<kExtractARGBFFFF>};
+
 inline constexpr const Member* kChannelMembers[] = {
     &kFillARGB8888,      &kFillARGBFFFF,      &kFillPlanar8,       &kFillPlanarF,
     &kOverwriteScalarARGB8888, &kOverwriteScalarARGBFFFF, &kOverwritePlanar8, &kOverwritePlanarF,
     &kOverwritePlanar16S, &kOverwritePlanar16U, &kCopyBuffer, &kClipPlanarF,
+    &kPermuteARGB8888, &kPermuteARGBFFFF, &kExtractARGB8888, &kExtractARGB16U, &kExtractARGBFFFF,
 };
 
 }  // namespace quorin::channels

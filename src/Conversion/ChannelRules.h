@@ -38,6 +38,36 @@ inline void SelectBytes(const uint8_t* src, uint8_t* dst, size_t bytes, const ui
     }
 }
 
+// Each pixel of `pixelBytes` takes, at byte k, its own byte order[k]: the
+// first `pixelBytes` entries of a shuffle whose later entries repeat them
+// for the following pixels of a 16-byte block (ShuffleOf).
+inline void PermuteBytes(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* order, size_t pixelBytes,
+                         bool /*stream*/) {
+    uint8_t pixel[16];
+    for (size_t i = 0; i < bytes; i += pixelBytes) {
+        std::memcpy(pixel, src + i, pixelBytes);  // dst may be src
+        for (size_t k = 0; k < pixelBytes; ++k) dst[i + k] = pixel[order[k]];
+    }
+}
+
+// The shuffle of a 16-byte block for a map of four channel positions, each
+// folded to 0..3: destination channel c receives source channel map[c] & 3.
+inline Pattern ShuffleOf(const uint8_t map[4], size_t sampleBytes) {
+    Pattern order{};
+    const size_t pixelBytes = 4 * sampleBytes;
+    for (size_t k = 0; k < order.size(); ++k) {
+        const size_t pixel = k / pixelBytes, channel = k % pixelBytes / sampleBytes, b = k % sampleBytes;
+        order[k] = static_cast<uint8_t>(pixel * pixelBytes + (map[channel] & 3u) * sampleBytes + b);
+    }
+    return order;
+}
+
+// Element `channel` of successive four-element pixels.
+template <class T>
+void ExtractElements(const T* src, T* dst, size_t count, size_t channel) {
+    for (size_t k = 0; k < count; ++k) dst[k] = src[4 * k + channel];
+}
+
 // Below the lower bound gives the lower bound, else above the upper bound
 // gives the upper bound: a NaN fails both tests and passes, and when the
 // bounds cross the lower one wins for values below it.

@@ -1,5 +1,5 @@
-// Channel operations: fills, overwrites with a scalar, the buffer copy and
-// the float clip. Each entry point runs its row of the member table
+// Channel operations: fills, overwrites with a scalar, the buffer copy, the
+// float clip, channel permutes and channel extracts. Each entry point runs its row of the member table
 // (ChannelMembers.h): the check list, then the kernel pair over one
 // contiguous run or row by row, under the member's split.
 #include <algorithm>
@@ -114,6 +114,51 @@ Quorin_Error RunClip(const Quorin_Buffer* src, const Quorin_Buffer* dest, float 
     return kQuorinSuccess;
 }
 
+template <const Member& kMember>
+Quorin_Error RunPermute(const Quorin_Buffer* src, const Quorin_Buffer* dest, const uint8_t* map, Quorin_Flags flags) {
+    constexpr PixelFormat kFormat = kMember.format;
+    constexpr size_t kBytes = kFormat.pixelBytes();
+    const Operand operands[] = {{src, kBytes}, {dest, kBytes}};
+    const void* const pointers[] = {map};
+    if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags, nullptr, pointers}))
+        return error;
+    const Pattern order = ShuffleOf(map, kFormat.sampleBytes());
+    const auto kernel = ChooseStreaming(kPermuteKernels, dest->height * dest->width * kBytes);
+    const auto run = [=](uint8_t* s, uint8_t* d, size_t pixels) { kernel(s, d, pixels * kBytes, order.data(), kBytes); };
+    return RunSplit<kMember.split>(flags, dest->width, dest->height,
+                                   OverRows(dest->width, run, Plane<uint8_t, kBytes>(src), Plane<uint8_t, kBytes>(dest)));
+}
+
+// Each destination row takes element `channel` of successive source pixels
+// while the source byte offset is below the destination's rowBytes:
+// ceil(rowBytes / pixel bytes) elements a row, padding included, reading
+// on past the source row when the destination's rows are the longer.
+template <const Member& kMember>
+Quorin_Error RunExtract(const Quorin_Buffer* src, const Quorin_Buffer* dest, int channel, Quorin_Flags flags) {
+    constexpr PixelFormat kFormat = kMember.format;
+    using T = Sample<kFormat>;
+    constexpr size_t kPixel = kFormat.pixelBytes(), kElement = sizeof(T);
+    if (channel < 0 || channel > 3) return kQuorinError_BadArgument;
+    const Operand operands[] = {{dest, kElement}, {src, kPixel}};
+    if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags, dest})) return error;
+    if (dest->height == 0) return kQuorinSuccess;
+    // The walk stays inside both buffers: its last row's writes inside dest,
+    // and the last element it reads inside src.
+    const size_t count = (dest->rowBytes + kPixel - 1) / kPixel;
+    if (count == 0) return kQuorinSuccess;
+    const size_t lastRead = (dest->height - 1) * src->rowBytes + (count - 1) * kPixel + (channel + 1) * kElement;
+    if (count * kElement > dest->rowBytes || dest->height > src->height || lastRead > src->height * src->rowBytes)
+        return kQuorinError_BadArgument;
+    const auto kernel = ExtractKernels<T>().choose();
+    const auto* const from = static_cast<const uint8_t*>(src->data);
+    auto* const to = static_cast<uint8_t*>(dest->data);
+    return RunSplit<kMember.split>(flags, dest->width, dest->height, [&](size_t firstRow, size_t rows) {
+        for (size_t y = firstRow; y < firstRow + rows; ++y)
+            kernel(reinterpret_cast<const T*>(from + y * src->rowBytes), reinterpret_cast<T*>(to + y * dest->rowBytes),
+                   count, static_cast<size_t>(channel));
+    });
+}
+
 }  // namespace
 
 template <const Member& kMember>
@@ -126,6 +171,10 @@ Quorin_Error Run(const Call& c) {
         return RunOverwritePlane<kMember>(c.dest, c.value, c.flags);
     } else if constexpr (kMember.shape == Shape::Copy) {
         return RunCopy<kMember>(c.src, c.dest, c.pixelSize, c.flags);
+    } else if constexpr (kMember.shape == Shape::Permute) {
+        return RunPermute<kMember>(c.src, c.dest, static_cast<const uint8_t*>(c.value), c.flags);
+    } else if constexpr (kMember.shape == Shape::Extract) {
+        return RunExtract<kMember>(c.src, c.dest, c.channel, c.flags);
     } else {
         const auto* bounds = static_cast<const float*>(c.value);
         return RunClip<kMember>(c.src, c.dest, bounds[0], bounds[1], c.flags);
@@ -194,6 +243,29 @@ QUORIN_API Quorin_Error QuorinClip_PlanarF(const Quorin_Buffer* src, const Quori
                                            float minFloat, Quorin_Flags flags) {
     const float bounds[2] = {maxFloat, minFloat};
     return kClipPlanarF.run({src, dest, bounds, 0, 0, flags});
+}
+
+// ---- permute and extract ---------------------------------------------------
+
+QUORIN_API Quorin_Error QuorinPermuteChannels_ARGB8888(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                                       const uint8_t permuteMap[4], Quorin_Flags flags) {
+    return kPermuteARGB8888.run({src, dest, permuteMap, 0, 0, flags});
+}
+QUORIN_API Quorin_Error QuorinPermuteChannels_ARGBFFFF(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                                       const uint8_t permuteMap[4], Quorin_Flags flags) {
+    return kPermuteARGBFFFF.run({src, dest, permuteMap, 0, 0, flags});
+}
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGB8888(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                                      int channelIndex, Quorin_Flags flags) {
+    return kExtractARGB8888.run({src, dest, nullptr, 0, 0, flags, channelIndex});
+}
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGB16U(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                                     int channelIndex, Quorin_Flags flags) {
+    return kExtractARGB16U.run({src, dest, nullptr, 0, 0, flags, channelIndex});
+}
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGBFFFF(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                                      int channelIndex, Quorin_Flags flags) {
+    return kExtractARGBFFFF.run({src, dest, nullptr, 0, 0, flags, channelIndex});
 }
 
 }  // extern "C"

@@ -4,6 +4,8 @@
 // processor-count chunking's cut.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -214,6 +216,110 @@ TEST(Channels, ClipOfOverlappingRunsKeepsTheElementOrder) {
     EXPECT_EQ(memory, expected);
 }
 
+// ---- Permute ------------------------------------------------------------------
+
+TEST(Channels, PermuteFollowsEveryFoldedMapUnderEveryKernelAndSplit) {
+    for (const char* name : {"QuorinPermuteChannels_ARGB8888", "QuorinPermuteChannels_ARGBFFFF"}) {
+        const Member& m = Named(name);
+        SCOPED_TRACE(name);
+        const size_t bytes = m.format.pixelBytes(), sample = m.format.sampleBytes();
+        // Every map on a small image under every kernel; every 51st also
+        // split, on an image large enough to split.
+        GuardedImage small(67, 9, bytes, 8, 1), large(kWidth, kHeight, bytes, 8, 1);
+        small.fillRandom(9);
+        large.fillRandom(10);
+        Random random(4);
+        for (unsigned code = 0; code < 256; ++code) {
+            // Bits above the two that count are set at random: they must fold.
+            uint8_t map[4];
+            for (unsigned c = 0; c < 4; ++c) map[c] = static_cast<uint8_t>((code >> (2 * c) & 3) | (random.next() & 0xFC));
+            SCOPED_TRACE(code);
+            const bool split = code % 51 == 0;
+            GuardedImage& src = split ? large : small;
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest(src.width(), src.height(), bytes, 4, 3);
+                EXPECT_EQ(m.run({src.record(), dest.record(), map, 0, 0, flags}), kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                for (size_t y = 0; y < src.height(); y += 5)
+                    for (size_t x = 0; x < src.width(); ++x)
+                        for (size_t c = 0; c < 4; ++c)
+                            if (std::memcmp(dest.row(y) + x * bytes + c * sample,
+                                            src.row(y) + x * bytes + (code >> (2 * c) & 3) * sample, sample) != 0)
+                                ADD_FAILURE() << x << "," << y << " channel " << c;
+                return dest.pixels();
+            }, split ? KernelAndSplitVariants() : KernelVariants());
+        }
+        // In place, reversing the channels.
+        GuardedImage image(33, 2, bytes, 0);
+        image.fillRandom(2);
+        const std::vector<uint8_t> before = image.pixels();
+        const uint8_t reverse[4] = {3, 2, 1, 0};
+        ASSERT_EQ(m.run({image.record(), image.record(), reverse, 0, 0, 0}), kQuorinSuccess);
+        const std::vector<uint8_t> after = image.pixels();
+        for (size_t i = 0; i < before.size(); i += bytes)
+            for (size_t c = 0; c < 4; ++c)
+                ASSERT_EQ(std::memcmp(&after[i + c * sample], &before[i + (3 - c) * sample], sample), 0);
+    }
+}
+
+// ---- Extract -------------------------------------------------------------------
+
+// Each destination row takes ceil(rowBytes / pixel bytes) samples, padding
+// included, reading on into the source's next rows when its rows are the
+// longer; nothing outside those bytes changes.
+TEST(Channels, ExtractWritesItsCountOfSamplesPerRowUnderEveryKernel) {
+    for (const char* name : {"QuorinExtractChannel_ARGB8888", "QuorinExtractChannel_ARGB16U",
+                             "QuorinExtractChannel_ARGBFFFF"}) {
+        const Member& m = Named(name);
+        SCOPED_TRACE(name);
+        const size_t e = m.format.sampleBytes(), pb = m.format.pixelBytes();
+        const size_t width = 150, rows = 9, srcRowBytes = width * pb + 3 * e;
+        std::vector<uint8_t> source(rows * srcRowBytes);
+        Random random(8);
+        for (uint8_t& b : source) b = static_cast<uint8_t>(random.next());
+        for (const size_t destRowBytes : {width * e, width * e + 1, width * e + e, width * e + 77, srcRowBytes}) {
+            for (int channel = 0; channel < 4; ++channel) {
+                SCOPED_TRACE(testing::Message() << "rowBytes " << destRowBytes << " channel " << channel);
+                const size_t count = (destRowBytes + pb - 1) / pb;
+                // The last row's last sample read must lie inside the source.
+                const bool fits = (rows - 1) * srcRowBytes + (count - 1) * pb + (channel + 1) * e <= source.size();
+                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                    std::vector<uint8_t> out(rows * destRowBytes + 32, 0xEE);
+                    const Quorin_Buffer src{source.data(), rows, width, srcRowBytes};
+                    const Quorin_Buffer dest{out.data(), rows, width, destRowBytes};
+                    Call call{&src, &dest, nullptr, 0, 0, flags, channel};
+                    EXPECT_EQ(m.run(call), fits ? kQuorinSuccess : kQuorinError_BadArgument);
+                    if (!fits) {
+                        EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 0xEE));
+                        return out;
+                    }
+                    for (size_t y = 0; y < rows; ++y)
+                        for (size_t k = 0; k < destRowBytes; ++k) {
+                            const size_t from = y * srcRowBytes + k / e * pb + channel * e + k % e;
+                            const uint8_t want = k < count * e ? source[from] : 0xEE;
+                            if (out[y * destRowBytes + k] != want) ADD_FAILURE() << "row " << y << " byte " << k;
+                        }
+                    for (size_t k = rows * destRowBytes; k < out.size(); ++k) EXPECT_EQ(out[k], 0xEE);
+                    return out;
+                }, KernelVariants());
+            }
+        }
+        // Refusals beyond the list: a channel outside 0..3, and walks that
+        // would leave a buffer.
+        std::vector<uint8_t> out(rows * srcRowBytes * 2, 0xEE);
+        const Quorin_Buffer src{source.data(), rows, width, srcRowBytes};
+        const Quorin_Buffer dest{out.data(), rows, width, width * e};
+        for (const int channel : {-1, 4, 1 << 30}) EXPECT_EQ(m.run({&src, &dest, nullptr, 0, 0, 0, channel}), -21773);
+        const Quorin_Buffer longRows{out.data(), rows, width, srcRowBytes + pb};
+        EXPECT_EQ(m.run({&src, &longRows, nullptr, 0, 0, 0, 3}), kQuorinError_BadArgument);
+        const Quorin_Buffer tinyRow{out.data(), 1, 0, e - 1 + (e == 1)};
+        if (e > 1) EXPECT_EQ(m.run({&src, &tinyRow, nullptr, 0, 0, 0, 0}), kQuorinError_BadArgument);
+        const Quorin_Buffer noRows{out.data(), 0, width, width * e};
+        EXPECT_EQ(m.run({&src, &noRows, nullptr, 0, 0, 0, 0}), kQuorinSuccess);
+        EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 0xEE));
+    }
+}
+
 // ---- Check lists ------------------------------------------------------------
 
 TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
@@ -221,7 +327,7 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
     for (const Member* m : channels::kChannelMembers) {
         SCOPED_TRACE(m->name);
         const size_t bytes = m->shape == Shape::Copy ? 4 : m->format.pixelBytes();
-        GuardedImage a(9, 7, bytes, 4), b(9, 7, bytes, 8);
+        GuardedImage a(9, 7, bytes, 4), b(9, 7, bytes, 8), plane(9, 7, m->format.sampleBytes(), 4);
         a.fillRandom(1);
         std::vector<GuardedImage*> images;
         std::vector<size_t> written;
@@ -240,6 +346,19 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
                     return m->run({r[0], r[1], value, 0x9, 0, flags});
                 };
                 break;
+            case Shape::Permute:
+                images = {&a, &b}, written = {1};
+                entry = [m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    static const uint8_t map[4] = {1, 2, 3, 0};
+                    return m->run({r[0], r[1], map, 0, 0, flags});
+                };
+                break;
+            case Shape::Extract:
+                images = {&plane, &a}, written = {0};
+                entry = [m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    return m->run({r[1], r[0], nullptr, 0, 0, flags, 2});
+                };
+                break;
             default:  // copy and clip list the destination (the region) first
                 images = {&b, &a}, written = {0};
                 entry = [m, &value](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
@@ -253,6 +372,8 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
     EXPECT_EQ(Named("QuorinBufferFill_ARGBFFFF").run({nullptr, dest.record(), nullptr, 0, 0, 0}),
               kQuorinError_NullPointer);
     EXPECT_EQ(Named("QuorinBufferFill_ARGB8888").run({nullptr, dest.record(), nullptr, 0, 0, 0}),
+              kQuorinError_NullPointer);
+    EXPECT_EQ(Named("QuorinPermuteChannels_ARGBFFFF").run({dest.record(), dest.record(), nullptr, 0, 0, 0}),
               kQuorinError_NullPointer);
 }
 
