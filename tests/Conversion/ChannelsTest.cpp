@@ -13,6 +13,7 @@
 
 #include "Conversion/ChannelMembers.h"
 #include "Core/ProcessorChunks.h"
+#include "quorin/Utilities.h"
 #include "support/CheckOrder.h"
 #include "support/GuardedImage.h"
 #include "support/Variants.h"
@@ -420,6 +421,19 @@ TEST(Channels, ProcessorChunksCoverEveryRowOnceInTheNamedCut) {
     EXPECT_EQ(bands[1], (std::pair<size_t, size_t>{2, 2}));
     EXPECT_EQ(bands[2], (std::pair<size_t, size_t>{4, 2}));
     EXPECT_EQ(bands[3], (std::pair<size_t, size_t>{6, 0}));
+}
+
+// A speed-up switch the library does not support ends the process at the
+// chunking members' kernel choice, before any byte is written.
+TEST(ChannelsDeathTest, UnsupportedSpeedupSwitchIsFatalInTheChunkingMembers) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const uint8_t colour[4] = {1, 2, 3, 4}, map[4] = {0, 1, 2, 3};
+    GuardedImage image(300, 300, 4);
+    EXPECT_DEATH((Quorin_Boosten(1), Named("QuorinBufferFill_ARGB8888").run({nullptr, image.record(), colour, 0, 0, 0})),
+                 "GetCPUFeatures");
+    EXPECT_DEATH((Quorin_Boosten(3), Named("QuorinPermuteChannels_ARGB8888").run(
+                                         {image.record(), image.record(), map, 0, 0, 0})),
+                 "GetCPUFeatures");
 }
 
 }  // namespace
