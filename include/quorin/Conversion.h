@@ -277,6 +277,32 @@ QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_ARGBFFFF(float scalar,
                                                                    const Quorin_Buffer *dest, uint32_t copyMask,
                                                                    Quorin_Flags flags);
 
+/* ---- Overwrite channels with a pixel ------------------------------------ */
+
+/* The channels copyMask selects take the pixel's value for that channel,
+ * the others src's, pixel by pixel along each of dest's height rows, with
+ * the pixel count taken from dest's rowBytes (padding included), not its
+ * width: rowBytes / 8 pixels a row (ARGB16U), rowBytes / 16 (ARGBFFFF).
+ * The 8-bit member is deliberately different: its loop counts bytes in
+ * steps of 4 against rowBytes / 4, so it rewrites only the first
+ * ceil((rowBytes / 4) / 4) pixels of each row (4 of the 16 pixels of a
+ * 64-byte row) and nothing when rowBytes < 4; the rest of the row keeps its
+ * bytes. src is read at the same positions of its own rows (its rowBytes).
+ * dest may be src. No flag is tested; the call runs on the calling thread.
+ * These check nothing else and return 0, except that these are refused
+ * with kQuorinError_BadArgument (-21773) before any write: src or dest null
+ * or with null data; either unable to describe its image; a src whose
+ * height x rowBytes bytes are fewer than the walk reads. */
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGB8888(const uint8_t pixel[4], const Quorin_Buffer *src,
+                                                                  const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                  Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGB16U(const uint16_t pixel[4], const Quorin_Buffer *src,
+                                                                 const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                 Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGBFFFF(const float pixel[4], const Quorin_Buffer *src,
+                                                                  const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                  Quorin_Flags flags);
+
 /* One plane: the scalar is written over every whole element of each of the
  * height rows up to rowBytes, padding included (rowBytes, rowBytes / 2 or
  * rowBytes / 4 elements a row; the bytes of a partial last element are

@@ -23,6 +23,7 @@ enum class Shape : uint8_t {
     Clip,               // src, dest, maxFloat, minFloat, flags
     Permute,            // src, dest, permuteMap, flags
     Extract,            // src, dest (a plane), channelIndex, flags
+    OverwritePixel,     // pixel, src, dest, copyMask, flags: pixels counted from dest's rowBytes
 };
 
 // One call of any member: the arguments its shape takes, the rest unused.
@@ -116,6 +117,14 @@ inline constexpr CheckStep kExtractChecks[] = {
     {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
 };
 
+// Overwrite with a pixel: src, dest. These check nothing of their own; a
+// record that cannot describe its image is refused, and (after the list)
+// a source too short for the walk.
+inline constexpr CheckStep kOverwritePixelChecks[] = {
+    {"a record or its pixel data is null", Check::Missing, kQuorinError_BadArgument},
+    {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
+};
+
 // ---- Members ---------------------------------------------------------------------
 
 template <const Member& kMember>
@@ -167,11 +176,22 @@ inline constexpr Member kExtractARGB16U{"QuorinExtractChannel_ARGB16U", Shape::E
 inline constexpr Member kExtractARGBFFFF{"QuorinExtractChannel_ARGBFFFF", Shape::Extract, kARGBFFFF,
                                          SplitRule::Serial, kExtractChecks, &Run<kExtractARGBFFFF>};
 
+inline constexpr Member kOverwritePixelARGB8888{"QuorinOverwriteChannelsWithPixel_ARGB8888", Shape::OverwritePixel,
+                                                kARGB8888, SplitRule::Serial, kOverwritePixelChecks,
+                                                &Run<kOverwritePixelARGB8888>};
+inline constexpr Member kOverwritePixelARGB16U{"QuorinOverwriteChannelsWithPixel_ARGB16U", Shape::OverwritePixel,
+                                               kARGB16U, SplitRule::Serial, kOverwritePixelChecks,
+                                               &Run<kOverwritePixelARGB16U>};
+inline constexpr Member kOverwritePixelARGBFFFF{"QuorinOverwriteChannelsWithPixel_ARGBFFFF", Shape::OverwritePixel,
+                                                kARGBFFFF, SplitRule::Serial, kOverwritePixelChecks,
+                                                &Run<kOverwritePixelARGBFFFF>};
+
 inline constexpr const Member* kChannelMembers[] = {
     &kFillARGB8888,      &kFillARGBFFFF,      &kFillPlanar8,       &kFillPlanarF,
     &kOverwriteScalarARGB8888, &kOverwriteScalarARGBFFFF, &kOverwritePlanar8, &kOverwritePlanarF,
     &kOverwritePlanar16S, &kOverwritePlanar16U, &kCopyBuffer, &kClipPlanarF,
     &kPermuteARGB8888, &kPermuteARGBFFFF, &kExtractARGB8888, &kExtractARGB16U, &kExtractARGBFFFF,
+    &kOverwritePixelARGB8888, &kOverwritePixelARGB16U, &kOverwritePixelARGBFFFF,
 };
 
 }  // namespace quorin::channels

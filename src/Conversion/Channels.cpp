@@ -159,6 +159,39 @@ Quorin_Error RunExtract(const Quorin_Buffer* src, const Quorin_Buffer* dest, int
     });
 }
 
+// Pixels a row of dest's rowBytes takes: every whole pixel, except at 8 bits,
+// where the loop counts bytes in steps of 4 against rowBytes / 4 and so
+// reaches only the first ceil((rowBytes / 4) / 4) pixels.
+template <const Member& kMember>
+size_t PixelsOverwritten(size_t rowBytes) {
+    constexpr size_t kBytes = kMember.format.pixelBytes();
+    if constexpr (kBytes == 4) return (rowBytes / 4 + 3) / 4;
+    return rowBytes / kBytes;
+}
+
+template <const Member& kMember>
+Quorin_Error RunOverwritePixel(const Quorin_Buffer* src, const Quorin_Buffer* dest, const void* pixel,
+                               uint32_t copyMask, Quorin_Flags flags) {
+    constexpr PixelFormat kFormat = kMember.format;
+    constexpr size_t kBytes = kFormat.pixelBytes();
+    if (const Quorin_Error error = RunChecks(kMember.checks, {{src, kBytes}, {dest, kBytes}}, flags)) return error;
+    const size_t count = PixelsOverwritten<kMember>(dest->rowBytes), rows = dest->height;
+    if (rows == 0 || count == 0) return kQuorinSuccess;
+    // The source is read at dest's pixel count on each of dest's rows.
+    if (rows > src->height || (rows - 1) * src->rowBytes + count * kBytes > src->height * src->rowBytes)
+        return kQuorinError_BadArgument;
+    const Pattern pattern = Repeat(pixel, kBytes);
+    const Pattern mask = SelectedBytes(copyMask, kFormat.sampleBytes());
+    const auto kernel = ChooseStreaming(kSelectKernels, rows * count * kBytes);
+    const auto* const from = static_cast<const uint8_t*>(src->data);
+    auto* const to = static_cast<uint8_t*>(dest->data);
+    return RunSplit<kMember.split>(flags, count, rows, [&](size_t firstRow, size_t band) {
+        for (size_t y = firstRow; y < firstRow + band; ++y)
+            kernel(from + y * src->rowBytes, to + y * dest->rowBytes, count * kBytes, pattern.data(), mask.data(),
+                   kBytes);
+    });
+}
+
 }  // namespace
 
 template <const Member& kMember>
@@ -173,6 +206,8 @@ Quorin_Error Run(const Call& c) {
         return RunCopy<kMember>(c.src, c.dest, c.pixelSize, c.flags);
     } else if constexpr (kMember.shape == Shape::Permute) {
         return RunPermute<kMember>(c.src, c.dest, static_cast<const uint8_t*>(c.value), c.flags);
+    } else if constexpr (kMember.shape == Shape::OverwritePixel) {
+        return RunOverwritePixel<kMember>(c.src, c.dest, c.value, c.copyMask, c.flags);
     } else if constexpr (kMember.shape == Shape::Extract) {
         return RunExtract<kMember>(c.src, c.dest, c.channel, c.flags);
     } else {
@@ -243,6 +278,24 @@ QUORIN_API Quorin_Error QuorinClip_PlanarF(const Quorin_Buffer* src, const Quori
                                            float minFloat, Quorin_Flags flags) {
     const float bounds[2] = {maxFloat, minFloat};
     return kClipPlanarF.run({src, dest, bounds, 0, 0, flags});
+}
+
+// ---- overwrite with a pixel ---------------------------------------------------
+
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGB8888(const uint8_t pixel[4], const Quorin_Buffer* src,
+                                                                  const Quorin_Buffer* dest, uint32_t copyMask,
+                                                                  Quorin_Flags flags) {
+    return kOverwritePixelARGB8888.run({src, dest, pixel, copyMask, 0, flags});
+}
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGB16U(const uint16_t pixel[4], const Quorin_Buffer* src,
+                                                                 const Quorin_Buffer* dest, uint32_t copyMask,
+                                                                 Quorin_Flags flags) {
+    return kOverwritePixelARGB16U.run({src, dest, pixel, copyMask, 0, flags});
+}
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGBFFFF(const float pixel[4], const Quorin_Buffer* src,
+                                                                  const Quorin_Buffer* dest, uint32_t copyMask,
+                                                                  Quorin_Flags flags) {
+    return kOverwritePixelARGBFFFF.run({src, dest, pixel, copyMask, 0, flags});
 }
 
 // ---- permute and extract ---------------------------------------------------

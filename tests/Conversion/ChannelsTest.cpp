@@ -120,6 +120,62 @@ TEST(Channels, OverwriteWithScalarTakesTheMaskedChannelsUnderEveryKernelAndSplit
     }
 }
 
+// The pixel overwrites walk dest's rowBytes: every whole pixel, except at 8
+// bits, where a loop over bytes in steps of 4 below rowBytes / 4 reaches
+// only some. Nothing else in the row or past the buffer changes.
+TEST(Channels, PixelOverwriteWalksTheCountItsRowBytesGive) {
+    const uint8_t pixel8[4] = {0x10, 0x20, 0x30, 0x40};
+    const uint16_t pixel16[4] = {0x1111, 0xFFFF, 0x0000, 0x8001};
+    const float pixelF[4] = {std::nanf("0x9"), -0.0f, 2.0f, -7.5f};
+    for (const char* name : {"QuorinOverwriteChannelsWithPixel_ARGB8888", "QuorinOverwriteChannelsWithPixel_ARGB16U",
+                             "QuorinOverwriteChannelsWithPixel_ARGBFFFF"}) {
+        const Member& m = Named(name);
+        SCOPED_TRACE(name);
+        const size_t pb = m.format.pixelBytes(), e = m.format.sampleBytes();
+        const void* pixel = e == 1 ? static_cast<const void*>(pixel8) : e == 2 ? static_cast<const void*>(pixel16) : pixelF;
+        for (const size_t rowBytes : {size_t{3}, size_t{17}, size_t{64}, pb * 100 + 5, pb * 333}) {
+            size_t count = 0;  // pixels the walk reaches
+            if (pb == 4) {
+                for (size_t b = 0; b < rowBytes / 4; b += 4) ++count;
+            } else {
+                count = rowBytes / pb;
+            }
+            for (const uint32_t mask : {0x0u, 0x9u, 0x6u, 0xFu}) {
+                SCOPED_TRACE(testing::Message() << "rowBytes " << rowBytes << " mask " << mask);
+                const size_t rows = 7;
+                std::vector<uint8_t> source(rows * rowBytes);
+                Random random(rowBytes + mask);
+                for (uint8_t& b : source) b = static_cast<uint8_t>(random.next());
+                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                    std::vector<uint8_t> out(rows * rowBytes + 40, 0xEE);
+                    const Quorin_Buffer src{source.data(), rows, 0, rowBytes}, dest{out.data(), rows, 0, rowBytes};
+                    EXPECT_EQ(m.run({&src, &dest, pixel, mask, 0, flags}), kQuorinSuccess);
+                    for (size_t y = 0; y < rows; ++y)
+                        for (size_t k = 0; k < rowBytes; ++k) {
+                            const uint8_t* p = &out[y * rowBytes + k];
+                            if (k >= count * pb) {
+                                if (*p != 0xEE) ADD_FAILURE() << "row " << y << " byte " << k << " written";
+                                continue;
+                            }
+                            const size_t channel = k % pb / e;
+                            const uint8_t want = (mask >> (3 - channel) & 1)
+                                                     ? static_cast<const uint8_t*>(pixel)[k % pb]
+                                                     : source[y * rowBytes + k];
+                            if (*p != want) ADD_FAILURE() << "row " << y << " byte " << k;
+                        }
+                    for (size_t k = rows * rowBytes; k < out.size(); ++k) EXPECT_EQ(out[k], 0xEE);
+                    return out;
+                }, KernelVariants());
+            }
+        }
+        // A source shorter than the walk reads is refused before any write.
+        std::vector<uint8_t> small(pb * 10), out(pb * 200, 0xEE);
+        const Quorin_Buffer src{small.data(), 2, 1, pb * 5}, dest{out.data(), 2, 1, pb * 100};
+        EXPECT_EQ(m.run({&src, &dest, pixel, 0xF, 0, 0}), kQuorinError_BadArgument);
+        EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 0xEE));
+    }
+}
+
 // The planar overwrites write every whole element up to rowBytes, padding
 // included, and not a byte of a partial last element nor past the buffer.
 TEST(Channels, PlanarOverwriteWritesWholeElementsUpToRowBytes) {
@@ -313,8 +369,10 @@ TEST(Channels, ExtractWritesItsCountOfSamplesPerRowUnderEveryKernel) {
         for (const int channel : {-1, 4, 1 << 30}) EXPECT_EQ(m.run({&src, &dest, nullptr, 0, 0, 0, channel}), -21773);
         const Quorin_Buffer longRows{out.data(), rows, width, srcRowBytes + pb};
         EXPECT_EQ(m.run({&src, &longRows, nullptr, 0, 0, 0, 3}), kQuorinError_BadArgument);
-        const Quorin_Buffer tinyRow{out.data(), 1, 0, e - 1 + (e == 1)};
-        if (e > 1) EXPECT_EQ(m.run({&src, &tinyRow, nullptr, 0, 0, 0, 0}), kQuorinError_BadArgument);
+        if (e > 1) {  // a row too short for one sample
+            const Quorin_Buffer tinyRow{out.data(), 1, 0, e - 1};
+            EXPECT_EQ(m.run({&src, &tinyRow, nullptr, 0, 0, 0, 0}), kQuorinError_BadArgument);
+        }
         const Quorin_Buffer noRows{out.data(), 0, width, width * e};
         EXPECT_EQ(m.run({&src, &noRows, nullptr, 0, 0, 0, 0}), kQuorinSuccess);
         EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 0xEE));
@@ -339,6 +397,12 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
                 images = {&a}, written = {0};
                 entry = [m, &value](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
                     return m->run({nullptr, r[0], value, 0, 0, flags});
+                };
+                break;
+            case Shape::OverwritePixel:  // dest's rows the shorter: the walk reads src's at dest's count
+                images = {&b, &a}, written = {1};
+                entry = [m, &value](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    return m->run({r[0], r[1], value, 0x9, 0, flags});
                 };
                 break;
             case Shape::OverwriteScalar:
