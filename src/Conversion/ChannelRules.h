@@ -62,10 +62,22 @@ inline Pattern ShuffleOf(const uint8_t map[4], size_t sampleBytes) {
     return order;
 }
 
+// Elements are moved as bytes: rows need not be aligned to their samples.
+template <class T>
+T LoadElement(const T* p) {
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+template <class T>
+void StoreElement(T* p, T v) {
+    std::memcpy(p, &v, sizeof v);
+}
+
 // Element `channel` of successive four-element pixels.
 template <class T>
 void ExtractElements(const T* src, T* dst, size_t count, size_t channel) {
-    for (size_t k = 0; k < count; ++k) dst[k] = src[4 * k + channel];
+    for (size_t k = 0; k < count; ++k) StoreElement(dst + k, LoadElement(src + 4 * k + channel));
 }
 
 // Below the lower bound gives the lower bound, else above the upper bound
@@ -74,7 +86,7 @@ void ExtractElements(const T* src, T* dst, size_t count, size_t channel) {
 inline float Clip(float x, float upper, float lower) { return x < lower ? lower : x > upper ? upper : x; }
 
 inline void ClipFloats(const float* src, float* dst, size_t count, float upper, float lower, bool /*stream*/) {
-    for (size_t i = 0; i < count; ++i) dst[i] = Clip(src[i], upper, lower);
+    for (size_t i = 0; i < count; ++i) StoreElement(dst + i, Clip(LoadElement(src + i), upper, lower));
 }
 
 }  // namespace quorin::channels

@@ -240,7 +240,10 @@ TEST(Channels, ClipMatchesTheBoundsRuleOnSpecialValuesUnderEveryKernelAndSplit) 
     GuardedImage src(kWidth, kHeight, 4, 8, 2);
     Random random(11);
     for (size_t y = 0; y < kHeight; ++y)
-        for (size_t x = 0; x < kWidth; ++x) *src.pixel<float>(x, y) = Special(random.next());
+        for (size_t x = 0; x < kWidth; ++x) {
+            const float v = Special(random.next());
+            std::memcpy(src.pixel<float>(x, y), &v, 4);  // rows need not be aligned
+        }
     for (const auto& [upper, lower] : bounds) {
         SCOPED_TRACE(testing::Message() << "max " << upper << " min " << lower);
         const float values[2] = {upper, lower};
@@ -250,8 +253,8 @@ TEST(Channels, ClipMatchesTheBoundsRuleOnSpecialValuesUnderEveryKernelAndSplit) 
             EXPECT_EQ(dest.damagedGuard(), "");
             for (size_t y = 0; y < dest.height(); ++y)
                 for (size_t x = 0; x < dest.width(); ++x) {
-                    const float want = Clipped(*src.pixel<float>(x, y), upper, lower);
-                    const float got = *dest.pixel<float>(x, y);
+                    const float want = Clipped(At<float>(src.row(y) + 4 * x), upper, lower);
+                    const float got = At<float>(dest.row(y) + 4 * x);
                     if (std::memcmp(&want, &got, 4) != 0) ADD_FAILURE() << x << "," << y;
                 }
             return dest.pixels();
