@@ -102,11 +102,12 @@ const RegisterFamily kAlphaBlend([] {
         for (Split split : {Split::Single, Split::Default}) {
             for (const alpha::Member* m : InterleavedBytes()) {
                 auto images = ImagesOf(side);
-                RegisterRow({OperationOf(*m), side, side, split, pixels * 4 * m->buffers},
-                            [images, m, flags = FlagsOf(split)] {
-                                Run(*m, images->top.buffer, images->bottom.buffer, images->dest.buffer, flags);
-                            },
-                            PeerOf(*m));
+                const RowShape shape{OperationOf(*m), side, side, split, pixels * 4 * m->buffers};
+                const auto call = [images, m, flags = FlagsOf(split)] {
+                    Run(*m, images->top.buffer, images->bottom.buffer, images->dest.buffer, flags);
+                };
+                RegisterRow(shape, call, PeerOf(*m));
+                if (split == Split::Single) RegisterScalarRow(shape, call);
             }
         }
         if (WantsPairRow(side)) {

@@ -73,12 +73,13 @@ const RegisterFamily kPremultiply([] {
             auto images = std::make_shared<Images>(Images{size, size, nullptr, nullptr, nullptr});
             for (const Split split : {Split::Single, Split::Default}) {
                 const Quorin_Flags flags = FlagsOf(split);
-                RegisterRow(
-                    {m.operation, size, size, split, m.bytesMoved(size * size)},
-                    [images, &m, flags] {
-                        m.row->run(&images->src->buffer, &images->alpha->buffer, &images->dest->buffer, flags);
-                    },
-                    m.peer, [images, &m] { images->prepare(m); });
+                const RowShape shape{m.operation, size, size, split, m.bytesMoved(size * size)};
+                const auto call = [images, &m, flags] {
+                    m.row->run(&images->src->buffer, &images->alpha->buffer, &images->dest->buffer, flags);
+                };
+                const auto prepare = [images, &m] { images->prepare(m); };
+                RegisterRow(shape, call, m.peer, prepare);
+                if (split == Split::Single) RegisterScalarRow(shape, call, prepare);
             }
             if (WantsPairRow(size)) {
                 RegisterPairRow(

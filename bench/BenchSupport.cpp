@@ -1,10 +1,15 @@
 #include "BenchSupport.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <memory>
+#include <regex>
 #include <set>
 #include <thread>
 
@@ -23,9 +28,62 @@ std::map<std::string, RowInfo>& Rows() {
 
 std::string MemcpyName(size_t bytes) { return "memcpy/" + std::to_string(bytes >> 20) + "MiB+" + std::to_string(bytes & 0xFFFFF); }
 
-// Prints the usual console output, then the ratio table.
+// The rows a row's ratios are taken against: the peer at the same size and
+// split, and the same operation single-threaded.
+std::string PeerName(const RowInfo& info) {
+    RowShape peer = info.shape;
+    peer.operation = info.peer;
+    return RowName(peer);
+}
+std::string SingleName(const RowInfo& info) {
+    RowShape single = info.shape;
+    single.split = Split::Single;
+    return RowName(single);
+}
+
+// What the library appends to the name of every row, all being timed in real time.
+constexpr const char* kTimeSuffix = "/real_time";
+
+// A name as a regular expression that matches only itself.
+std::string Literal(const std::string& name) {
+    static const std::regex special(R"([\]\[\\^$.|?*+(){}])");
+    return std::regex_replace(name, special, "\\$&");
+}
+
+// A --benchmark_filter that selects some of our rows also selects the rows
+// their ratios need (memcpy of the same bytes, the peer, the /st twin), so a
+// filtered run prints whole lines. The filter is matched as the benchmark
+// library matches it: an extended regular expression found anywhere in the
+// name. A negative filter ("-...") is left alone.
+std::string WithRatioRows(const std::string& filter) {
+    if (filter.empty() || filter[0] == '-' || filter == "." || filter == "all") return filter;
+    const std::regex wanted(filter, std::regex::extended);
+    std::set<std::string> needed;
+    for (const auto& [name, info] : Rows()) {
+        if (!std::regex_search(name + kTimeSuffix, wanted)) continue;
+        needed.insert(MemcpyName(info.shape.bytesMoved));
+        if (!info.peer.empty()) needed.insert(PeerName(info));
+        if (info.shape.split != Split::Single) needed.insert(SingleName(info));
+    }
+    std::string extended = "(" + filter + ")";
+    for (const std::string& name : needed) extended += "|^" + Literal(name + kTimeSuffix) + "$";
+    return extended;
+}
+
+// Colour only for a terminal that takes it: piped or redirected output (a
+// file, a CI log, median_of_runs.py) gets plain text. NO_COLOR turns it off.
+bool WantsColour() {
+    const char* term = std::getenv("TERM");
+    return isatty(fileno(stdout)) && std::getenv("NO_COLOR") == nullptr && term != nullptr &&
+           std::string(term) != "dumb";
+}
+
+// The console lines as the runs finish, in plain units (the library's own
+// reporter writes "2.34k/s" for 2340 megapixels/s), then the ratio table.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
+    explicit RatioReporter(bool colour) : ConsoleReporter(colour ? OO_ColorTabular : OO_Tabular), colour_(colour) {}
+
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs)
@@ -33,6 +91,7 @@ public:
                 // The registered name: str() would add "/real_time".
                 seconds_[run.run_name.function_name] = run.GetAdjustedRealTime() / 1e9 * TimeUnitScale(run.time_unit);
     }
+
     void Finalize() override {
         ConsoleReporter::Finalize();
         std::printf("\n%-52s %10s %8s %9s %9s %9s\n", "row", "MP/s", "GB/s", "x memcpy", "x peer", "x st");
@@ -42,24 +101,64 @@ public:
             const double t = found->second;
             const double pixels = static_cast<double>(info.shape.width * info.shape.height);
             std::printf("%-52s %10.0f %8.2f", name.c_str(), pixels / t / 1e6, info.shape.bytesMoved / t / 1e9);
-            printRatio(MemcpyName(info.shape.bytesMoved), t);
-            if (!info.peer.empty()) {
-                RowShape peer = info.shape;
-                peer.operation = info.peer;
-                printRatio(RowName(peer), t);
-            } else {
-                std::printf(" %9s", "");
-            }
-            if (info.shape.split != Split::Single) {
-                RowShape single = info.shape;
-                single.split = Split::Single;
-                printRatio(RowName(single), t);
-            }
+            printRatio(MemcpyName(info.shape.bytesMoved), true, t);
+            printRatio(PeerName(info), !info.peer.empty() && Rows().count(PeerName(info)) != 0, t);
+            printRatio(SingleName(info), info.shape.split != Split::Single, t);
             std::printf("\n");
         }
+        std::printf(
+            "\nMP/s: megapixels (10^6 pixels) per second. GB/s: bytes read and written per second, in 10^9 bytes.\n"
+            "x memcpy, x peer, x st: the time of the row compared with divided by this row's time, so above 1\n"
+            "means this row is faster. x memcpy compares with a memcpy of the same bytes, x peer with the peer\n"
+            "library's row doing the same job (or, for a .scalar row, the vector row), x st with the same row\n"
+            "single-threaded. '-': that row exists but was not measured in this run. Empty: there is no such\n"
+            "row (no peer for this job or this split; /st rows have no x st). With repetitions, each figure is\n"
+            "the median of the repetitions.\n");
+    }
+
+protected:
+    // Once: every row has the same columns, whatever counters it sets. Not
+    // "row", which starts the ratio table that median_of_runs.py looks for.
+    void PrintHeader(const Run&) override {
+        if (printedHeader_) return;
+        printedHeader_ = true;
+        const std::string line = Format("%-*s %13s %12s %11s %9s", Width(), "benchmark", "time (ms)", "iterations",
+                                        "MP/s", "GB/s");
+        std::printf("%s\n%s\n", line.c_str(), std::string(line.size(), '-').c_str());
+    }
+
+    void PrintRunData(const Run& run) override {
+        std::string name = run.benchmark_name();
+        if (name.size() > std::strlen(kTimeSuffix) && name.find(kTimeSuffix) != std::string::npos)
+            name.erase(name.find(kTimeSuffix), std::strlen(kTimeSuffix));
+        std::printf("%s%-*s%s", colour_ ? "\033[32m" : "", Width(), name.c_str(), colour_ ? "\033[0m" : "");
+        if (run.error_occurred) {
+            std::printf(" error: %s\n", run.error_message.c_str());
+            return;
+        }
+        if (run.aggregate_unit == benchmark::kPercentage) {  // the coefficient of variation
+            std::printf(" %12.1f%%\n", run.real_accumulated_time * 100);
+            return;
+        }
+        const double ms = run.GetAdjustedRealTime() * TimeUnitScale(run.time_unit) / 1e6;
+        std::printf(" %13.3f %12lld", ms, static_cast<long long>(run.iterations));
+        for (const char* counter : {"MP/s", "GB/s"}) {
+            const auto found = run.counters.find(counter);
+            if (found == run.counters.end()) std::printf(" %*s", counter[0] == 'M' ? 11 : 9, "");
+            else std::printf(" %*.*f", counter[0] == 'M' ? 11 : 9, counter[0] == 'M' ? 1 : 2, found->second.value);
+        }
+        std::printf("\n");
     }
 
 private:
+    int Width() const { return static_cast<int>(std::max<size_t>(name_field_width_, 20)); }
+
+    template <class... Args>
+    static std::string Format(const char* format, Args... args) {
+        char line[256];
+        std::snprintf(line, sizeof line, format, args...);
+        return line;
+    }
     static double TimeUnitScale(benchmark::TimeUnit unit) {
         switch (unit) {
             case benchmark::kNanosecond: return 1;
@@ -68,11 +167,16 @@ private:
             default: return 1e9;
         }
     }
-    void printRatio(const std::string& other, double t) {
+    // The ratio to row `other`; empty when there is no such row to compare
+    // with, "-" when there is one but this run did not measure it.
+    void printRatio(const std::string& other, bool exists, double t) {
         const auto found = seconds_.find(other);
-        if (found == seconds_.end()) std::printf(" %9s", "-");
+        if (!exists) std::printf(" %9s", "");
+        else if (found == seconds_.end()) std::printf(" %9s", "-");
         else std::printf(" %9.2f", found->second / t);  // >1: this row is faster
     }
+    bool colour_;
+    bool printedHeader_ = false;
     std::map<std::string, double> seconds_;
 };
 
@@ -154,6 +258,21 @@ void RegisterPairRow(const RowShape& shape, std::function<void(size_t, size_t)> 
         [helper] { helper->reset(); });
 }
 
+void RegisterScalarRow(const RowShape& shape, std::function<void()> body, std::function<void()> prepare) {
+    RowShape scalar = shape;
+    scalar.operation += ".scalar";
+    scalar.split = Split::Single;
+    // The switch is process-wide: it is set for one timed run and restored
+    // before any other row runs.
+    RegisterRow(
+        scalar, std::move(body), shape.operation,
+        [prepare = std::move(prepare)] {
+            if (prepare) prepare();
+            Quorin_Decelerate();
+        },
+        [] { Quorin_Boosten(~uint64_t{0}); });
+}
+
 void RegisterMemcpy(size_t bytes) {
     static std::set<size_t> registered;
     if (!registered.insert(bytes).second) return;
@@ -194,8 +313,19 @@ std::vector<std::function<void()>>& Registrars() {
 
 int main(int argc, char** argv) {
     for (auto& registrar : quorin::bench::Registrars()) registrar();
+    // The filter is widened before the library reads it; the strings live
+    // until the end of main.
+    std::vector<std::string> widened;
+    widened.reserve(static_cast<size_t>(argc));
+    const std::string flag = "--benchmark_filter=";
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg.rfind(flag, 0) != 0) continue;
+        widened.push_back(flag + quorin::bench::WithRatioRows(arg.substr(flag.size())));
+        argv[i] = widened.back().data();
+    }
     benchmark::Initialize(&argc, argv);
-    quorin::bench::RatioReporter reporter;
+    quorin::bench::RatioReporter reporter(quorin::bench::WantsColour());
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;

@@ -48,6 +48,12 @@ void RegisterRow(const RowShape& shape, std::function<void()> body, const std::s
 void RegisterPairRow(const RowShape& shape, std::function<void(size_t firstRow, size_t rows)> half,
                      std::function<void()> prepare = {});
 
+// Registers the scalar-kernel row beside the single-threaded row of `shape`
+// (whose split is ignored): "<operation>.scalar", timed with the speed-ups
+// switched off, and compared with the vector row as its peer. `body` must be
+// single-threaded.
+void RegisterScalarRow(const RowShape& shape, std::function<void()> body, std::function<void()> prepare = {});
+
 // Rows [firstRow, firstRow + rows) of an image, as a record of its own.
 inline Quorin_Buffer RowsOf(const Quorin_Buffer& image, size_t firstRow, size_t rows) {
     return Quorin_Buffer{static_cast<uint8_t*>(image.data) + firstRow * image.rowBytes, rows, image.width,
@@ -75,9 +81,12 @@ struct RegisterFamily {
     explicit RegisterFamily(std::function<void()> registrar) { Registrars().push_back(std::move(registrar)); }
 };
 
-// The sizes every family benchmarks.
+// The sizes every family benchmarks: two larger than the caches, and two just
+// above the 64000-pixel parallel threshold, where waking a second thread costs
+// most against the work; the 256x256 images of a four-byte format (source and
+// destination, 512 KiB) stay in one core's 1 MiB L2.
 inline const std::vector<size_t>& StandardSizes() {
-    static const std::vector<size_t> sizes{4096, 1024};
+    static const std::vector<size_t> sizes{4096, 1024, 512, 256};
     return sizes;
 }
 

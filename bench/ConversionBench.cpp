@@ -89,44 +89,43 @@ struct Member {
     size_t planes, planeBytes, pixelBytes;
     Content input;
     const char* peer;  // the OpenCV row doing the same job
-    bool smallSizes;   // also measured at 256x256 and 512x512
     Call call;
 };
 
 using I = const Quorin_Buffer*;
 using F = Quorin_Flags;
 const Member kMembers[] = {
-    {"Planar8toARGB8888", true, 4, 1, 4, Content::Bytes, "cv.merge.8UC4", true,
+    {"Planar8toARGB8888", true, 4, 1, 4, Content::Bytes, "cv.merge.8UC4",
      [](I i, Planes p, F f) { return QuorinConvert_Planar8toARGB8888(p[0], p[1], p[2], p[3], i, f); }},
-    {"ARGB8888toPlanar8", false, 4, 1, 4, Content::Bytes, "cv.split.8UC4", true,
+    {"ARGB8888toPlanar8", false, 4, 1, 4, Content::Bytes, "cv.split.8UC4",
      [](I i, Planes p, F f) { return QuorinConvert_ARGB8888toPlanar8(i, p[0], p[1], p[2], p[3], f); }},
-    {"Planar8toRGB888", true, 3, 1, 3, Content::Bytes, "cv.merge.8UC3", false,
+    {"Planar8toRGB888", true, 3, 1, 3, Content::Bytes, "cv.merge.8UC3",
      [](I i, Planes p, F f) { return QuorinConvert_Planar8toRGB888(p[0], p[1], p[2], i, f); }},
-    {"XRGB8888ToPlanar8", false, 3, 1, 4, Content::Bytes, "cv.split.8UC4", false,
+    {"XRGB8888ToPlanar8", false, 3, 1, 4, Content::Bytes, "cv.split.8UC4",
      [](I i, Planes p, F f) { return QuorinConvert_XRGB8888ToPlanar8(i, p[0], p[1], p[2], f); }},
-    {"Planar16UtoARGB16U", true, 4, 2, 8, Content::Bytes, "cv.merge.16UC4", false,
+    {"Planar16UtoARGB16U", true, 4, 2, 8, Content::Bytes, "cv.merge.16UC4",
      [](I i, Planes p, F f) { return QuorinConvert_Planar16UtoARGB16U(p[0], p[1], p[2], p[3], i, f); }},
-    {"ARGB16UtoPlanar16U", false, 4, 2, 8, Content::Bytes, "cv.split.16UC4", false,
+    {"ARGB16UtoPlanar16U", false, 4, 2, 8, Content::Bytes, "cv.split.16UC4",
      [](I i, Planes p, F f) { return QuorinConvert_ARGB16UtoPlanar16U(i, p[0], p[1], p[2], p[3], f); }},
-    {"Planar16UtoRGB16U", true, 3, 2, 6, Content::Bytes, "cv.merge.16UC3", false,
+    {"Planar16UtoRGB16U", true, 3, 2, 6, Content::Bytes, "cv.merge.16UC3",
      [](I i, Planes p, F f) { return QuorinConvert_Planar16UtoRGB16U(p[0], p[1], p[2], i, f); }},
-    {"RGB16UtoPlanar16U", false, 3, 2, 6, Content::Bytes, "cv.split.16UC3", false,
+    {"RGB16UtoPlanar16U", false, 3, 2, 6, Content::Bytes, "cv.split.16UC3",
      [](I i, Planes p, F f) { return QuorinConvert_RGB16UtoPlanar16U(i, p[0], p[1], p[2], f); }},
-    {"PlanarFtoARGBFFFF", true, 4, 4, 16, Content::UnitFloats, "cv.merge.32FC4", true,
+    {"PlanarFtoARGBFFFF", true, 4, 4, 16, Content::UnitFloats, "cv.merge.32FC4",
      [](I i, Planes p, F f) { return QuorinConvert_PlanarFtoARGBFFFF(p[0], p[1], p[2], p[3], i, f); }},
-    {"ARGBFFFFtoPlanarF", false, 4, 4, 16, Content::UnitFloats, "cv.split.32FC4", true,
+    {"ARGBFFFFtoPlanarF", false, 4, 4, 16, Content::UnitFloats, "cv.split.32FC4",
      [](I i, Planes p, F f) { return QuorinConvert_ARGBFFFFtoPlanarF(i, p[0], p[1], p[2], p[3], f); }},
-    {"PlanarFtoRGBFFF", true, 3, 4, 12, Content::UnitFloats, "cv.merge.32FC3", false,
+    {"PlanarFtoRGBFFF", true, 3, 4, 12, Content::UnitFloats, "cv.merge.32FC3",
      [](I i, Planes p, F f) { return QuorinConvert_PlanarFtoRGBFFF(p[0], p[1], p[2], i, f); }},
-    {"XRGBFFFFToPlanarF", false, 3, 4, 16, Content::UnitFloats, "cv.split.32FC4", false,
+    {"XRGBFFFFToPlanarF", false, 3, 4, 16, Content::UnitFloats, "cv.split.32FC4",
      [](I i, Planes p, F f) { return QuorinConvert_XRGBFFFFToPlanarF(i, p[0], p[1], p[2], f); }},
-    {"Planar8ToARGBFFFF", true, 4, 1, 16, Content::Bytes, "cv.convertTo.8U-32F", true,
+    {"Planar8ToARGBFFFF", true, 4, 1, 16, Content::Bytes, "cv.convertTo.8U-32F",
      [](I i, Planes p, F f) { return QuorinConvert_Planar8ToARGBFFFF(p[0], p[1], p[2], p[3], i, kMax, kMin, f); }},
-    {"ARGB8888toPlanarF", false, 4, 4, 4, Content::Bytes, "cv.convertTo.8U-32F", true,
+    {"ARGB8888toPlanarF", false, 4, 4, 4, Content::Bytes, "cv.convertTo.8U-32F",
      [](I i, Planes p, F f) { return QuorinConvert_ARGB8888toPlanarF(i, p[0], p[1], p[2], p[3], kMax, kMin, f); }},
-    {"PlanarFToARGB8888", true, 4, 4, 4, Content::UnitFloats, "cv.convertTo.32F-8U", true,
+    {"PlanarFToARGB8888", true, 4, 4, 4, Content::UnitFloats, "cv.convertTo.32F-8U",
      [](I i, Planes p, F f) { return QuorinConvert_PlanarFToARGB8888(p[0], p[1], p[2], p[3], i, kMax, kMin, f); }},
-    {"ARGBFFFFtoPlanar8", false, 4, 1, 16, Content::UnitFloats, "cv.convertTo.32F-8U", true,
+    {"ARGBFFFFtoPlanar8", false, 4, 1, 16, Content::UnitFloats, "cv.convertTo.32F-8U",
      [](I i, Planes p, F f) { return QuorinConvert_ARGBFFFFtoPlanar8(i, p[0], p[1], p[2], p[3], kMax, kMin, f); }},
 };
 
@@ -165,12 +164,11 @@ void RegisterMember(const Member& m, size_t size, Split split) {
             prepare);
         return;
     }
-    RegisterRow(
-        shape,
-        [&m, buffers, split] {
-            if (m.call(&buffers->image, buffers->records, FlagsOf(split)) != kQuorinSuccess) std::abort();
-        },
-        m.peer, prepare);
+    const auto call = [&m, buffers, split] {
+        if (m.call(&buffers->image, buffers->records, FlagsOf(split)) != kQuorinSuccess) std::abort();
+    };
+    RegisterRow(shape, call, m.peer, prepare);
+    if (split == Split::Single) RegisterScalarRow(shape, call, prepare);
 }
 
 #if QUORIN_BENCH_OPENCV
@@ -240,15 +238,11 @@ void RegisterPeer(const Peer& p, size_t size, Split split) {
 
 const RegisterFamily kConversion([] {
     // Rows of one size run together so the shared workspace is filled once per size.
-    // The small sizes sit just above the parallel threshold: both splits are
-    // measured there to show where waking the second thread pays.
-    for (size_t size : {size_t{4096}, size_t{1024}, size_t{512}, size_t{256}}) {
-        const bool standard = std::find(StandardSizes().begin(), StandardSizes().end(), size) != StandardSizes().end();
+    for (size_t size : StandardSizes()) {
         for (Split split : {Split::Single, Split::Default, Split::Pair}) {
             if (split == Split::Pair && !WantsPairRow(size)) continue;
             std::vector<std::string> peers;
             for (const Member& m : kMembers) {
-                if (!standard && !m.smallSizes) continue;
                 RegisterMember(m, size, split);
                 if (split != Split::Pair) peers.push_back(m.peer);
             }

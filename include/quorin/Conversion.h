@@ -28,9 +28,23 @@ QUORIN_EXTERN_C_BEGIN
  * (kQuorinError_NullPointer), null data (kQuorinError_BadArgument), a
  * region wider, then taller, than a buffer (kQuorinError_RegionExceedsSource),
  * a rowBytes shorter than its row (kQuorinError_BadArgument; the 8-bit ARGB
- * and XRGB interleaves do not test their destination's or alpha plane's),
- * another flag bit (kQuorinError_UnsupportedFlags); the forms that split into
- * four planes test the fourth plane's size and rowBytes only after the flags. */
+ * and XRGB interleaves do not test their destination's or alpha plane's
+ * here), another flag bit (kQuorinError_UnsupportedFlags, even the bits
+ * other families accept); the forms that split into four planes test the
+ * fourth plane's size and rowBytes only after the flags. A size query
+ * returns 0 at this point and touches no pixel. Last, before any work:
+ * kQuorinError_BadArgument for a record whose byte extent (height x
+ * rowBytes) wraps or exceeds the address space, or whose untested rowBytes
+ * is shorter than its row (the 8-bit ARGB interleave's alpha plane).
+ * Irregular: a destination of the 8-bit ARGB and XRGB interleaves whose
+ * rowBytes is shorter than its row is not refused; each row's first
+ * rowBytes bytes are written (its last pixel cut where the row ends), what
+ * a row-by-row walk would leave, and nothing past height x rowBytes.
+ * In place: not supported; no destination may overlap a source.
+ * Threading: bands of rows through the rows dispatcher on libdispatch's
+ * global queue when kQuorinFlag_SingleThreaded is clear and the region has
+ * 64000 pixels or more (a 32-bit product); otherwise on the calling thread.
+ * The bytes are those of the single-threaded call. */
 
 /* ---- Planes to interleaved, same depth ---------------------------------- */
 
@@ -101,6 +115,7 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFtoRGBFFF(const Quorin_Buffer *srcR,
 /* 8-bit planes into float pixels: byte v of channel c becomes
  * minFloat[c] + v * (maxFloat[c] - minFloat[c]) / 255. The filler constant is
  * a float, since it is written as is into a float channel. */
+/* NaN results of NaN or infinite ranges are written as the quiet NaN 0x7FC00000 by every kernel. */
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToARGBFFFF(const Quorin_Buffer *srcA,
                                                         const Quorin_Buffer *srcR,
                                                         const Quorin_Buffer *srcG,
@@ -204,6 +219,7 @@ QUORIN_API Quorin_Error QuorinConvert_BGRXFFFFToPlanarF(const Quorin_Buffer *src
 
 /* 8-bit pixels into float planes and float pixels into 8-bit planes, with
  * the same per-channel ranges as the planes-to-interleaved members. */
+/* NaN results of NaN or infinite ranges are written as the quiet NaN 0x7FC00000 by every kernel. */
 QUORIN_API Quorin_Error QuorinConvert_ARGB8888toPlanarF(const Quorin_Buffer *src,
                                                         const Quorin_Buffer *destA,
                                                         const Quorin_Buffer *destR,

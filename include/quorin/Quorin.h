@@ -3,7 +3,9 @@
 #ifndef QUORIN_QUORIN_H
 #define QUORIN_QUORIN_H
 
+#include <quorin/Version.h> /* written by the build */
 #include "Types.h"
+#include "ErrorNames.h"
 #include "Utilities.h"
 #include "Alpha.h"
 #include "Conversion.h"

@@ -37,18 +37,23 @@ typedef struct Quorin_Size {
 QUORIN_API Quorin_Error QuorinBuffer_Init(Quorin_Buffer *buffer, size_t height, size_t width,
                                           uint32_t pixelBits, Quorin_Flags flags);
 
-/* The buffer's width and height as floats that never exceed the integers. */
+/* The buffer's width and height as floats that never exceed the integers
+ * (below 2^24 they are exact; above, the step down from a float that rounded
+ * up is coarse on purpose: 16777219 gives 16776964.0). A null buffer gives
+ * (0, 0). No flags, no failure code; reads only the record. */
 QUORIN_API Quorin_Size QuorinBuffer_GetSize(const Quorin_Buffer *buffer);
 
 /* ---- Processor features ------------------------------------------------- */
 
 /* 1 when the effective feature mask shares a bit with mask. Bit 0 means the
- * vector kernels may run on this processor. */
+ * vector kernels may run on this processor. Thread-safe; the processor is
+ * probed once when the library loads. */
 QUORIN_API int Quorin_HasFeature(uint64_t mask);
 
 /* Sets the speed-up switch: all ones (the default) lets the probed processor
  * features govern; any other value except 0 is unsupported and ends the
- * process at the next feature test. */
+ * process at the next feature test. Process-wide and unlocked: set it before
+ * operations run, not while they do. */
 QUORIN_API void Quorin_Boosten(uint64_t mask);
 
 /* Turns every speed-up off: each operation then runs its scalar kernel. */
@@ -72,14 +77,23 @@ typedef struct Quorin_PieceClosure {
 } Quorin_PieceClosure;
 
 /* Cuts width x height into one horizontal band per active processor (the
- * last band takes the remainder) and runs them concurrently; returns when all
- * have finished. A null closure (or function) gives kQuorinError_InternalFault. */
+ * last band takes the remainder) and runs them concurrently on libdispatch's
+ * global queue, the calling thread taking part; returns when all have
+ * finished. No flags and no size threshold: callers decide whether to split.
+ * Every band is called, even with 0 rows (height below the processor count
+ * gives empty bands and one band of all rows), so the piece function must
+ * accept empty pieces and be safe to run on several threads at once.
+ * Failure: a null closure (or function) gives kQuorinError_InternalFault
+ * before any piece runs; otherwise 0. */
 QUORIN_API Quorin_Error _QuorinDispatchApplyOnRows(size_t width, size_t height,
                                                    const Quorin_PieceClosure *closure);
 
 /* Cuts width x height into tilesAcross x tilesDown tiles (the last column and
- * row take the remainders) and runs them concurrently. When either count is 0
- * the grid is chosen from the processor count. */
+ * row take the remainders) and runs them concurrently, as the rows
+ * dispatcher does. When either count is 0 both are chosen from the processor
+ * count P: floor(sqrt(P)) rows of tiles, P / that many across. Tiles may be
+ * empty. Failure: a null closure (or function) gives
+ * kQuorinError_InternalFault before any piece runs; otherwise 0. */
 QUORIN_API Quorin_Error _QuorinDispatchApplyOnGrid(size_t tilesAcross, size_t tilesDown,
                                                    size_t width, size_t height,
                                                    const Quorin_PieceClosure *closure);

@@ -219,7 +219,7 @@ Quorin_Error MergePlanes(const MergeCall<Transform, C>& call, Quorin_Flags flags
 
     const Transform transform(call.ranges);
     const To constant = call.constant.resolve(transform);
-    const bool vector = UseVectorKernels();
+    const bool vector = UseVectorKernels() && transform.vectorKernelsApply();
     const MergeRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::merge.pick(vector);
     const PlaneRows<const From, C> planes(call.planes);
     if (RowBytesTooSmall(call.dest, C * sizeof(To))) {
@@ -274,7 +274,7 @@ Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, Quorin_Flags flags
     if (AnyUnusable(std::span<const LayoutOperand>(operands.data(), count))) return kQuorinError_BadArgument;
 
     const Transform transform(call.ranges);
-    const bool vector = UseVectorKernels();
+    const bool vector = UseVectorKernels() && transform.vectorKernelsApply();
     const SplitRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::split.pick(vector);
     const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
     ConvertRows(

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "Core/CanonicalNaN.h"
 #include "Core/KernelPair.h"
 
 namespace quorin::layout {
@@ -56,6 +57,7 @@ struct Copy {
     using To = T;
     static constexpr bool kTakesRanges = false;
     explicit Copy(const Ranges& = {}) {}
+    static constexpr bool vectorKernelsApply() { return true; }
     T operator()(size_t, T v) const { return v; }
 };
 
@@ -69,6 +71,11 @@ struct Copy {
 // cheaper, and when they give every one of the 256 table entries of every
 // channel (as they do for the usual ranges starting at 0) they are the same
 // function, so `singlePrecisionExact` lets the vector kernels take them.
+//
+// Ranges that are NaN or infinite can give NaN entries. The table holds them
+// as the canonical NaN, and such a call runs the scalar kernel: which payload
+// a computed NaN keeps depends on operand order, which differs between the
+// compiled scalar rule and the vector steps.
 struct ByteToFloat {
     using From = uint8_t;
     using To = float;
@@ -76,6 +83,7 @@ struct ByteToFloat {
     float min[4];
     float range[4];  // max - min in single precision, as the rule's product uses it
     bool singlePrecisionExact = true;
+    bool givesNaN = false;
     alignas(64) float table[4][256];
 
     static float SinglePrecisionSteps(uint8_t v, float min, float range) {
@@ -89,11 +97,13 @@ struct ByteToFloat {
             for (unsigned v = 0; v < 256; ++v) {
                 const float exact = ByteToFloatRule(static_cast<uint8_t>(v), ranges.max[c], ranges.min[c]);
                 const float single = SinglePrecisionSteps(static_cast<uint8_t>(v), min[c], range[c]);
-                table[c][v] = exact;
+                table[c][v] = CanonicalNaN(exact);
+                givesNaN = givesNaN || std::isnan(exact);
                 singlePrecisionExact = singlePrecisionExact && std::memcmp(&exact, &single, sizeof exact) == 0;
             }
         }
     }
+    bool vectorKernelsApply() const { return !givesNaN; }
     float operator()(size_t c, uint8_t v) const { return table[c][v]; }
 };
 
@@ -127,6 +137,7 @@ struct FloatToByte {
         }
         for (size_t c = 0; exactReciprocals && c < 4; ++c) reciprocal[c] = 1.0f / range[c];
     }
+    static constexpr bool vectorKernelsApply() { return true; }  // bytes: a NaN gives 0 either way
     bool multiplies() const { return reciprocal[0] != 0.0f; }
     bool unitRangesFromZero() const {
         for (size_t c = 0; c < 4; ++c)

@@ -48,8 +48,8 @@ constexpr bool IsEmpty(const Quorin_Buffer* buffer) { return buffer->width == 0 
 // ---- Records that cannot describe their image ---------------------------------
 // No operation may touch a byte outside the height x rowBytes bytes a record
 // hands over, whatever its fields say. Sizes are formed from caller-supplied
-// fields, so every product and sum below is computed without wrap-around: a
-// product that would wrap fails its test instead of passing it.
+// fields, so every product below is computed without wrap-around: a product
+// that would wrap fails its test instead of passing it.
 
 // The largest byte extent a record can describe: pointer arithmetic is only
 // defined inside one object, and no object is larger than this.
@@ -84,7 +84,8 @@ constexpr bool ExtentTooLarge(const Quorin_Buffer* buffer) {
 // its pixels, or its byte extent wraps or exceeds the address space. Every
 // family refuses such a record before any work: at its own rowBytes test,
 // with that test's code, or with kQuorinError_BadArgument right after its
-// other checks where it has none.
+// other checks where it has none. A size query touches no pixel, so it is
+// still answered where the family's own tests let the record through.
 constexpr bool CannotDescribeImage(const Quorin_Buffer* buffer, size_t pixelBytes) {
     return RowBytesTooSmall(buffer, pixelBytes) || ExtentTooLarge(buffer);
 }

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <memory>
 
@@ -14,64 +15,144 @@ namespace quorin {
 namespace {
 
 std::atomic<unsigned> gProcessorCountOverride{0};
+std::atomic<void (*)()> gWorkerStartHook{nullptr};
 
 dispatch_queue_t GlobalQueue() { return dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0); }
 
-// The tasks of one group, taken in order by whichever thread comes first: the
-// group's workers, and the caller, which would otherwise only wait. A caller
-// that sleeps right after waking the workers lets Linux queue them both on its
-// own processor while the other one idles, for milliseconds (up to a
-// scheduler tick); a caller that keeps working keeps them apart, and picks up
-// any task whose worker is late.
-struct GroupTasks {
-    void* context;
-    detail::ApplyFunction function;
-    size_t count;
+constexpr std::chrono::microseconds kWatchBeforeSleeping{100};
+
+// What the caller of one parallel call shares with its workers. Indices are
+// taken in order by whichever thread asks first. The caller keeps taking them
+// rather than sleeping once it has woken the workers: a caller that sleeps
+// lets Linux queue the workers on its own processor while another idles (for
+// up to a scheduler tick), and a worker that wakes late (20-40 µs is usual,
+// longer on a loaded virtual machine) would otherwise hold the whole call
+// back. So the caller runs every index no worker has started, and waits only
+// for those that workers are running. A late worker may then run after the
+// call has returned: it finds no index left and never touches the caller's
+// context, but it still reads the record, which is why records live in a
+// static table and are reused only once every thread that was handed one has
+// let go of it. One cache line each, so that calls under way at once on
+// other threads do not slow each other's counters.
+struct alignas(64) SharedRun {
+    std::atomic<uint32_t> holders{0};  // 0: free; else the caller and the workers not yet done with it
     std::atomic<size_t> next{0};
+    std::atomic<size_t> finished{0};
+    size_t count = 0;
+    void* context = nullptr;
+    detail::ApplyFunction function = nullptr;
 
     void runUntilNoneLeft() {
-        for (size_t i = next.fetch_add(1); i < count; i = next.fetch_add(1)) function(context, i);
+        for (size_t i = next.fetch_add(1, std::memory_order_relaxed); i < count;
+             i = next.fetch_add(1, std::memory_order_relaxed)) {
+            function(context, i);
+            if (finished.fetch_add(1, std::memory_order_acq_rel) + 1 == count) finished.notify_all();
+        }
     }
+    // The indices left are ones a worker started while the caller was still
+    // running its own, so they end soon: the caller watches for that rather
+    // than sleeping at once, since being woken again costs it more (tens of
+    // microseconds here) than most of those indices take.
+    void waitForAll() {
+        const auto giveUp = std::chrono::steady_clock::now() + kWatchBeforeSleeping;
+        for (unsigned n = 1; finished.load(std::memory_order_acquire) != count; ++n) {
+            if (n % 64 == 0 && std::chrono::steady_clock::now() > giveUp) break;
+        }
+        for (size_t done = finished.load(std::memory_order_acquire); done != count;
+             done = finished.load(std::memory_order_acquire)) {
+            finished.wait(done, std::memory_order_acquire);
+        }
+    }
+    void release() { holders.fetch_sub(1, std::memory_order_acq_rel); }
 };
+
+// More records than calls can overlap in practice (each is held for one call
+// and, at most, a late worker's wake-up after it); when every one is taken
+// the call runs on the caller alone, with the same result.
+SharedRun gSharedRuns[detail::kSharedRuns];
+
+SharedRun* ClaimSharedRun(uint32_t holders) {
+    for (SharedRun& run : gSharedRuns) {
+        uint32_t free = 0;
+        if (run.holders.compare_exchange_strong(free, holders, std::memory_order_acquire, std::memory_order_relaxed))
+            return &run;
+    }
+    return nullptr;
+}
+
+void WorkerEntry(void* shared) {
+    if (void (*hook)() = gWorkerStartHook.load(std::memory_order_acquire)) hook();
+    auto* run = static_cast<SharedRun*>(shared);
+    run->runUntilNoneLeft();
+    run->release();
+}
 
 }  // namespace
 
-// The processors this process may run on. Asked on every parallel call, so
-// it must be cheap: the affinity mask is one system call (0.2 µs here), where
-// counting the online processors reads a file (5.6 µs), which is what a
-// mask too small for the machine's processors falls back to.
+// The processors this thread may run on, read afresh from the affinity mask
+// (or, should the mask be too small for the machine's processors, from the
+// online count) at most every few milliseconds. Asked on every parallel call,
+// so it must be cheap: the mask is one system call, 0.2 µs on a quiet machine
+// but 1-2 µs on this one when loaded, a fifth of a conversion just above the
+// parallel threshold; reading the online count reads a file (5.6 µs).
 unsigned ActiveProcessorCount() {
     if (const unsigned forced = gProcessorCountOverride.load(std::memory_order_relaxed)) return forced;
+    constexpr auto kRefresh = std::chrono::milliseconds(10);
+    thread_local unsigned count = 0;
+    thread_local std::chrono::steady_clock::time_point readAt;
+    const auto now = std::chrono::steady_clock::now();
+    if (count != 0 && now - readAt < kRefresh) return count;
     cpu_set_t allowed;
-    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) {
-        const int count = CPU_COUNT(&allowed);
-        if (count > 0) return static_cast<unsigned>(count);
+    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0 && CPU_COUNT(&allowed) > 0) {
+        count = static_cast<unsigned>(CPU_COUNT(&allowed));
+    } else {
+        const long online = sysconf(_SC_NPROCESSORS_ONLN);
+        count = online > 0 ? static_cast<unsigned>(online) : 1u;
     }
-    const long online = sysconf(_SC_NPROCESSORS_ONLN);
-    return online > 0 ? static_cast<unsigned>(online) : 1u;
+    readAt = now;
+    return count;
 }
 
 void SetProcessorCountForTest(unsigned count) { gProcessorCountOverride.store(count, std::memory_order_relaxed); }
 
 namespace detail {
 
-void ApplyOnGlobalQueue(size_t iterations, void* context, ApplyFunction function) {
-    dispatch_apply_f(iterations, GlobalQueue(), context, function);
+bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission submission) {
+    const size_t workers = tasks > 1 ? tasks - 1 : 0;
+    // The group only carries the workers; the call never waits on it (a late
+    // worker would hold it back), and releasing it while they are queued is
+    // safe, since each submission keeps it alive until it has run.
+    dispatch_group_t group = nullptr;
+    if (submission == Submission::Group && workers != 0 && (group = dispatch_group_create()) == nullptr) return false;
+    SharedRun* run = workers != 0 ? ClaimSharedRun(static_cast<uint32_t>(workers + 1)) : nullptr;
+    if (run == nullptr) {
+        for (size_t i = 0; i < tasks; ++i) function(context, i);
+    } else {
+        run->next.store(0, std::memory_order_relaxed);
+        run->finished.store(0, std::memory_order_relaxed);
+        run->count = tasks;
+        run->context = context;
+        run->function = function;
+        for (size_t w = 0; w < workers; ++w) {
+            if (group != nullptr) dispatch_group_async_f(group, GlobalQueue(), run, WorkerEntry);
+            else dispatch_async_f(GlobalQueue(), run, WorkerEntry);
+        }
+        run->runUntilNoneLeft();
+        run->waitForAll();
+        run->release();
+    }
+    if (group != nullptr) dispatch_release(group);
+    return true;
 }
 
-bool RunOnGroup(size_t tasks, void* context, ApplyFunction function) {
-    dispatch_group_t group = dispatch_group_create();
-    if (group == nullptr) return false;
-    // Lives until the group has been awaited, so every submitted task finds it.
-    GroupTasks shared{context, function, tasks};
-    for (size_t i = 0; i < tasks; ++i) {
-        dispatch_group_async_f(group, GlobalQueue(), &shared,
-                               [](void* all) { static_cast<GroupTasks*>(all)->runUntilNoneLeft(); });
-    }
-    shared.runUntilNoneLeft();
-    dispatch_group_wait(group, DISPATCH_TIME_FOREVER);
-    dispatch_release(group);
-    return true;
+void SetWorkerStartHookForTest(void (*hook)()) { gWorkerStartHook.store(hook, std::memory_order_release); }
+
+void ApplyOnRows(size_t processors, size_t width, size_t height, const Quorin_PieceClosure& closure) {
+    const size_t band = height / processors;
+    const size_t lastBand = height - band * processors + band;
+    ParallelApply(processors, [&](size_t i) {
+        closure.function(closure.context, i, 0, band * i, width, i == processors - 1 ? lastBand : band);
+    });
 }
 
 }  // namespace detail
@@ -101,12 +182,7 @@ extern "C" {
 QUORIN_API Quorin_Error _QuorinDispatchApplyOnRows(size_t width, size_t height,
                                                    const Quorin_PieceClosure* closure) {
     if (closure == nullptr || closure->function == nullptr) return kQuorinError_InternalFault;
-    const size_t n = ActiveProcessorCount();
-    const size_t band = height / n;
-    const size_t lastBand = height - band * n + band;
-    ParallelApply(n, [&](size_t i) {
-        closure->function(closure->context, i, 0, band * i, width, i == n - 1 ? lastBand : band);
-    });
+    quorin::detail::ApplyOnRows(ActiveProcessorCount(), width, height, *closure);
     return kQuorinSuccess;
 }
 

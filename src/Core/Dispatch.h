@@ -1,4 +1,4 @@
-// The parallel frame: processor count, parallel apply, dispatch groups, and
+// The parallel frame: processor count, the parallel runner, and
 // the splitting rules the families share. Every use of libdispatch goes
 // through here.
 #pragma once
@@ -7,16 +7,20 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <type_traits>
 #include <utility>
 
 #include "quorin/Types.h"
+#include "quorin/Utilities.h"
 
 namespace quorin {
 
 // Pixels below which an operation stays on the calling thread.
 inline constexpr uint32_t kParallelPixelThreshold = 64000;
 
-// Number of processors available to the process (at least 1).
+// Number of processors the calling thread may run on (at least 1), as read
+// at most 10 ms ago.
 unsigned ActiveProcessorCount();
 
 // Test hook: pretend the machine has `count` processors (0 restores the truth).
@@ -24,30 +28,41 @@ void SetProcessorCountForTest(unsigned count);
 
 namespace detail {
 using ApplyFunction = void (*)(void* context, size_t iteration);
-void ApplyOnGlobalQueue(size_t iterations, void* context, ApplyFunction function);
-// Submits `tasks` tasks to a fresh dispatch group on the global queue, runs
-// any of them not yet started on the calling thread, and waits for the group;
-// each index runs exactly once. False when the group cannot be created.
-bool RunOnGroup(size_t tasks, void* context, ApplyFunction function);
+// Calls function(context, i) once for each i in [0, tasks), on the calling
+// thread and on up to tasks - 1 workers of the default-priority global queue,
+// and returns when every call has returned. The workers take indices
+// in order from the same counter as the caller, and the caller waits only for
+// the indices a worker has started: a worker that wakes after the caller has
+// taken the rest finds nothing to do and does not hold the call back.
+// Submission::Group submits the workers to a dispatch group made for the
+// call, for the splits that report -21771 when none can be made: false then,
+// before any call of `function`. Otherwise always true.
+enum class Submission { Queue, Group };
+bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission submission = Submission::Queue);
+// Calls that can share work with workers at once; one more runs on its caller
+// alone until a record is free again.
+inline constexpr size_t kSharedRuns = 64;
+// Test hook: every worker calls `hook` before it takes an index (null: none).
+void SetWorkerStartHookForTest(void (*hook)());
 }  // namespace detail
 
-// dispatch_apply on the default-priority global queue: calls fn(i) for
-// i in [0, iterations) concurrently and returns when all have returned.
+// Calls fn(i) for i in [0, iterations) concurrently, on the calling thread and
+// the global queue's workers, and returns when all have returned. Up to one
+// thread per iteration: every caller cuts about one piece per processor, and
+// has read the processor count already (a system call, not read again here).
 template <class Fn>
 void ParallelApply(size_t iterations, Fn&& fn) {
-    detail::ApplyOnGlobalQueue(iterations, &fn, [](void* context, size_t i) {
-        (*static_cast<std::remove_reference_t<Fn>*>(context))(i);
-    });
+    detail::RunShared(iterations, &fn,
+                      [](void* context, size_t i) { (*static_cast<std::remove_reference_t<Fn>*>(context))(i); });
 }
 
-// As ParallelApply, but each iteration is its own task on a dispatch group
-// that is awaited and released (the caller, like dispatch_apply's, takes
-// part); false when the group cannot be created.
+// The same with the workers submitted to a dispatch group made for the call:
+// false, with nothing run, when the group cannot be made.
 template <class Fn>
-[[nodiscard]] bool GroupApply(size_t tasks, Fn&& fn) {
-    return detail::RunOnGroup(tasks, &fn, [](void* context, size_t i) {
-        (*static_cast<std::remove_reference_t<Fn>*>(context))(i);
-    });
+[[nodiscard]] bool ParallelApplyOnGroup(size_t iterations, Fn&& fn) {
+    return detail::RunShared(
+        iterations, &fn, [](void* context, size_t i) { (*static_cast<std::remove_reference_t<Fn>*>(context))(i); },
+        detail::Submission::Group);
 }
 
 // ---- Splitting rules --------------------------------------------------------
@@ -149,10 +164,10 @@ private:
 };
 
 // Runs bandFn(firstRow, rows) over `height` rows. Serial (one call over all
-// rows) unless WantsBands; otherwise a dispatch group that is awaited gets one
-// task for each of the n bands and the remainder band, and those tasks (the
-// caller taking part) run the bands, shared out in pieces when large.
-// Returns kQuorinError_OutOfMemory when the group cannot be created, else 0.
+// rows) unless WantsBands; otherwise one task for each of the n bands and the
+// remainder band, run by the caller and workers submitted to a dispatch group,
+// the bands shared out in pieces when large. kQuorinError_OutOfMemory, with
+// nothing run, when the group cannot be made.
 template <class BandFn>
 Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, BandFn&& bandFn) {
     const size_t processors = ActiveProcessorCount();
@@ -162,8 +177,9 @@ Quorin_Error RunBandsOnGroup(Quorin_Flags flags, size_t width, size_t height, Ba
     }
     const BandPlan plan = PlanBands(processors, height);
     BandPieces pieces(plan, width);
-    const bool ran = GroupApply(plan.bandsWithRows(), [&](size_t i) { pieces.run(i, bandFn); });
-    return ran ? kQuorinSuccess : kQuorinError_OutOfMemory;
+    if (!ParallelApplyOnGroup(plan.bandsWithRows(), [&](size_t i) { pieces.run(i, bandFn); }))
+        return kQuorinError_OutOfMemory;
+    return kQuorinSuccess;
 }
 
 // Same bands through a parallel apply of P iterations; iteration n has
@@ -200,8 +216,6 @@ public:
     virtual ~QuorinRowWork() = default;
     virtual size_t pixelCount() const = 0;
     virtual size_t rowCount() const = 0;
-    // Free for the job's own use; the dispatcher never calls it.
-    virtual void reserved() {}
     virtual QuorinRowJob* makeJob(size_t firstRow, size_t rows) const = 0;
 };
 
@@ -213,15 +227,31 @@ public:
 
     size_t pixelCount() const override { return width_ * height_; }
     size_t rowCount() const override { return height_; }
-    QuorinRowJob* makeJob(size_t firstRow, size_t rows) const override { return new Job(band_, firstRow, rows); }
+    QuorinRowJob* makeJob(size_t firstRow, size_t rows) const override { return Job::Make(band_, firstRow, rows); }
 
 private:
+    // A band's job lives in its thread's one slot, not on the heap: making it
+    // cannot fail on the C entry points' path, where an allocation failure
+    // would otherwise throw through C callers or leave some bands written and
+    // others not. The dispatcher makes, runs and destroys each job on one
+    // thread before that thread makes another, and a band never dispatches
+    // another job of its own type, so one slot per thread is enough.
     class Job final : public QuorinRowJob {
     public:
-        Job(const BandFn& band, size_t firstRow, size_t rows) : band_(band), firstRow_(firstRow), rows_(rows) {}
+        static Job* Make(const BandFn& band, size_t firstRow, size_t rows) {
+            alignas(Job) static thread_local unsigned char slot[sizeof(Job)];
+            return new (static_cast<void*>(slot)) Job(band, firstRow, rows);
+        }
+        static void* operator new(size_t, void* slot) noexcept { return slot; }
+        // Destroying the job leaves its slot for the thread's next job.
+        static void operator delete(void*) noexcept {}
+        static void operator delete(void*, void*) noexcept {}
+
         void run() override { band_(firstRow_, rows_); }
 
     private:
+        Job(const BandFn& band, size_t firstRow, size_t rows) : band_(band), firstRow_(firstRow), rows_(rows) {}
+
         const BandFn& band_;
         size_t firstRow_, rows_;
     };
@@ -236,11 +266,10 @@ private:
 // P-or-P-1 rule (the last may be empty and still runs).
 void QuorinRunRowWork(const QuorinRowWork& work, Quorin_Flags flags);
 
-}  // namespace quorin
-
-#include "quorin/Utilities.h"
-
-namespace quorin {
+namespace detail {
+// The rows dispatcher's bands for `processors` processors.
+void ApplyOnRows(size_t processors, size_t width, size_t height, const Quorin_PieceClosure& closure);
+}  // namespace detail
 
 // The rows dispatcher calls the closure once per band (height / P rows, the
 // last band taking the rest); large bands are shared out in pieces as the
@@ -262,8 +291,6 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
     const Quorin_PieceClosure closure{
         [](void* context, size_t band, size_t x, size_t y, size_t w, size_t h) {
             auto& all = *static_cast<Shared*>(context);
-            // Whole bands are the dispatcher's own, even should its processor
-            // count differ from the one read above.
             if (!all.pieces.cut()) {
                 all.pieceFn(x, y, w, h);
                 return;
@@ -272,7 +299,7 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
             all.pieces.run(band, rows);
         },
         &shared};
-    _QuorinDispatchApplyOnRows(width, height, &closure);
+    detail::ApplyOnRows(processors, width, height, closure);
 }
 
 }  // namespace quorin

@@ -11,4 +11,13 @@
 #endif
 #endif
 
+// The headers put an "unavailable on Linux" attribute in front of their
+// extern "C" for the Mach source types, which g++ rejects in that position and
+// answers with a note per declaration that no pragma silences. Every header
+// that declares something already opens its own extern "C" block, so a plain
+// extern keeps C linkage and leaves the attribute where g++ accepts it.
+#if defined(__cplusplus) && !defined(DISPATCH_EXTERN)
+#define DISPATCH_EXTERN extern
+#endif
+
 #include <dispatch/dispatch.h>

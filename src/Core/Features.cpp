@@ -31,10 +31,8 @@ bool ReadProcessorFeatures(uint64_t* mask) {
 }
 
 void ProbeFeatures() {
-    uint32_t seen = gProbeStarts.load(std::memory_order_relaxed);
-    while (!gProbeStarts.compare_exchange_weak(seen, seen + 1, std::memory_order_relaxed)) {
-    }
-    if (seen != 0) return;  // only the call that raised the counter to 1 probes
+    // Only the call that raises the counter to 1 probes.
+    if (gProbeStarts.fetch_add(1, std::memory_order_relaxed) != 0) return;
     uint64_t mask = 0;
     detail::gProbedFeatures = ReadProcessorFeatures(&mask) ? mask : 0;
 }

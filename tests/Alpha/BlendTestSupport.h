@@ -95,7 +95,9 @@ inline std::vector<uint8_t> RunMember(const Member& member, const Shape& shape, 
     EXPECT_EQ(member.call(records, flags), kQuorinSuccess) << member.name;
     for (size_t i = 0; i < images.size(); ++i) {
         EXPECT_EQ(images[i].damagedGuard(), "") << member.name << " buffer " << i;
-        if (!Contains(written, i)) EXPECT_TRUE(images[i].pixels() == before[i]) << member.name << " changed " << i;
+        if (!Contains(written, i)) {
+            EXPECT_TRUE(images[i].pixels() == before[i]) << member.name << " changed " << i;
+        }
     }
     std::vector<uint8_t> out;
     for (size_t i : written) {

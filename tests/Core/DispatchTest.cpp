@@ -185,35 +185,41 @@ TEST(Dispatch, RowsDecisionUsesA32BitPixelCount) {
     EXPECT_FALSE(WantsRowsOrGrid(0, 65536, 65536));
 }
 
-// The band splitters and the rows runner deal their bands out in pieces:
-// every row must still be run exactly once, whatever the height (fewer rows
-// than pieces or than processors included), and a small image must stay one
-// call on the caller's thread.
-TEST(Dispatch, BandPiecesCoverEveryRowOnceOnGroupApplyAndRows) {
-    enum Splitter { kGroup, kApply, kRows };
-    for (unsigned processors : {2u, 3u, 4u}) {
+// The band splitters, the rows runner and the row-work dispatcher share
+// their bands out (in pieces, or whole bands to whichever thread comes
+// first): every row must still be run exactly once, for every processor
+// count and every height (fewer rows than pieces or than processors
+// included), and a small image must stay one call on the caller's thread.
+TEST(Dispatch, EveryRowRunsOnceForEveryProcessorCountAndHeight) {
+    enum Splitter { kGroup, kApply, kRows, kRowWork };
+    std::vector<size_t> heights;
+    for (size_t h = 0; h <= 40; ++h) heights.push_back(h);
+    for (size_t h : {63u, 64u, 65u, 101u, 257u, 1000u, 4097u}) heights.push_back(h);
+    for (unsigned processors = 1; processors <= 9; ++processors) {
         ForcedProcessors forced(processors);
-        for (size_t height : {1u, 4u, 7u, 10u, 17u, 101u, 4097u}) {
-            for (Splitter splitter : {kGroup, kApply, kRows}) {
-                std::mutex mutex;
-                std::vector<size_t> hits(height, 0);
+        for (size_t height : heights) {
+            for (Splitter splitter : {kGroup, kApply, kRows, kRowWork}) {
+                std::vector<std::atomic<int>> hits(height);
                 const auto band = [&](size_t first, size_t rows) {
-                    std::lock_guard<std::mutex> lock(mutex);
-                    for (size_t r = first; r < first + rows; ++r) ++hits[r];
+                    ASSERT_LE(first + rows, height);
+                    for (size_t r = first; r < first + rows; ++r) hits[r].fetch_add(1);
                 };
                 if (splitter == kGroup) {
                     EXPECT_EQ(RunBandsOnGroup(0, 64000, height, band), kQuorinSuccess);
                 } else if (splitter == kApply) {
                     RunBandsOnApply(0, 64000, height, band);
-                } else {
+                } else if (splitter == kRows) {
                     RunRows(0, 64000, height, [&](size_t x, size_t y, size_t w, size_t h) {
                         EXPECT_EQ(x, 0u);
                         EXPECT_EQ(w, 64000u);
                         band(y, h);
                     });
+                } else {
+                    QuorinRunRowWork(BandWork(64000, height, band), 0);
                 }
-                EXPECT_EQ(std::count(hits.begin(), hits.end(), 1u), static_cast<std::ptrdiff_t>(height))
-                    << processors << " processors, " << height << " rows, splitter " << splitter;
+                for (size_t r = 0; r < height; ++r)
+                    ASSERT_EQ(hits[r].load(), 1) << "row " << r << ", " << processors << " processors, " << height
+                                                 << " rows, splitter " << splitter;
             }
         }
     }
@@ -256,17 +262,92 @@ TEST(Dispatch, OneBandWithRowsMeansOneThreadForAllItsPieces) {
     }
 }
 
-// The caller takes tasks too: each must still run once, and the call must not
-// return while a slow task (on a worker or on the caller) is still running.
-TEST(Dispatch, GroupTasksRunOnceEachAndTheCallReturnsAfterTheLast) {
-    for (size_t tasks : {1u, 2u, 5u, 33u}) {
+// The caller takes indices too: each must still run once, and the call must
+// not return while a slow index (on a worker or on the caller) is running.
+TEST(Dispatch, ParallelApplyRunsEachIndexOnceAndReturnsAfterTheLast) {
+    for (size_t tasks : {0u, 1u, 2u, 5u, 33u}) {
         std::vector<std::atomic<int>> runs(tasks);
-        ASSERT_TRUE(GroupApply(tasks, [&](size_t i) {
+        std::atomic<size_t> running{0};
+        ParallelApply(tasks, [&](size_t i) {
+            running.fetch_add(1);
             std::this_thread::sleep_for(std::chrono::microseconds(300 * (i % 3)));
             runs[i].fetch_add(1);
-        }));
-        for (size_t i = 0; i < tasks; ++i) EXPECT_EQ(runs[i].load(), 1) << "task " << i << " of " << tasks;
+            running.fetch_sub(1);
+        });
+        EXPECT_EQ(running.load(), 0u);
+        for (size_t i = 0; i < tasks; ++i) EXPECT_EQ(runs[i].load(), 1) << "index " << i << " of " << tasks;
     }
+}
+
+// Keeps every worker of the global queue from taking an index until released.
+class HeldWorkers {
+public:
+    HeldWorkers() {
+        held_.store(true);
+        entered_.store(0);
+        detail::SetWorkerStartHookForTest(&Hold);
+    }
+    ~HeldWorkers() { release(0); }
+    // Lets the workers go and waits until `expected` of them have passed the hook.
+    void release(size_t expected) {
+        held_.store(false);
+        held_.notify_all();
+        while (entered_.load() < expected) std::this_thread::sleep_for(std::chrono::microseconds(100));
+        detail::SetWorkerStartHookForTest(nullptr);
+    }
+    static size_t entered() { return entered_.load(); }
+
+private:
+    static void Hold() {
+        entered_.fetch_add(1);
+        held_.wait(true);
+    }
+    static inline std::atomic<bool> held_{false};
+    static inline std::atomic<size_t> entered_{0};
+};
+
+// A caller must not wait for workers that have not started: with every
+// worker held back, each dispatcher still completes, every piece on the
+// caller's thread, with the pieces it hands out unchanged.
+TEST(Dispatch, TheCallerRunsEveryPieceNoWorkerHasStarted) {
+    ForcedProcessors forced(4);
+    HeldWorkers held;
+    const auto caller = std::this_thread::get_id();
+    std::vector<std::thread::id> threads;
+    ParallelApply(8, [&](size_t) { threads.push_back(std::this_thread::get_id()); });
+    EXPECT_EQ(threads, std::vector<std::thread::id>(8, caller));
+
+    Recorder recorder;
+    Quorin_PieceClosure closure{&Recorder::Record, &recorder};
+    ASSERT_EQ(_QuorinDispatchApplyOnRows(13, 7, &closure), kQuorinSuccess);
+    EXPECT_EQ(recorder.sorted(), (std::vector<Piece>{{0, 0, 0, 13, 1}, {1, 0, 1, 13, 1}, {2, 0, 2, 13, 1}, {3, 0, 3, 13, 4}}));
+
+    threads.clear();
+    EXPECT_EQ(RunBandsOnGroup(0, 64000, 101, [&](size_t, size_t) { threads.push_back(std::this_thread::get_id()); }),
+              kQuorinSuccess);
+    EXPECT_EQ(threads, std::vector<std::thread::id>(threads.size(), caller));
+
+    CountingWork work(10, 64000);
+    QuorinRunRowWork(work, 0);
+    EXPECT_EQ(work.jobs(), (std::vector<std::pair<size_t, size_t>>{{0, 3}, {3, 3}, {6, 3}, {9, 1}}));
+    EXPECT_EQ(work.threads_, std::vector<std::thread::id>(4, caller));
+    held.release(7 + 3 + 3 + 3);  // one worker asked for by each call per index but its own
+}
+
+// A late worker keeps its call's shared record until it wakes. When every
+// record is held so, a further call runs on the caller alone and asks for no
+// worker.
+TEST(Dispatch, WithEveryRecordHeldACallRunsOnTheCallerAlone) {
+    ForcedProcessors forced(2);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // earlier tests' late workers let go
+    HeldWorkers held;
+    const size_t calls = detail::kSharedRuns + 16;
+    std::vector<size_t> runs(2, 0);  // touched by the caller only: the workers are held
+    for (size_t c = 0; c < calls; ++c) ParallelApply(2, [&](size_t i) { ++runs[i]; });
+    EXPECT_EQ(runs, std::vector<size_t>(2, calls));
+    held.release(detail::kSharedRuns);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(HeldWorkers::entered(), detail::kSharedRuns);  // one worker per record, none for the calls after
 }
 
 }  // namespace

@@ -47,11 +47,19 @@ TEST(Features, FailedProbeLeavesEveryTestAnsweringNo) {
     EXPECT_FALSE(UseVectorKernels());
 }
 
+// The supported values return at once: no record, and the switch left as set.
 TEST(Features, PrintInfoIsQuietForTheTwoSupportedSwitchValues) {
+    ProbedMask probed(1);
+    testing::internal::CaptureStderr();
     Quorin_Decelerate();
     _printCPUInfo();
+    const int afterDecelerate = Quorin_HasFeature(1);
     Quorin_Boosten(kAllOnes);
     _printCPUInfo();
+    const int afterBoosten = Quorin_HasFeature(1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(afterDecelerate, 0);
+    EXPECT_EQ(afterBoosten, 1);
 }
 
 using FeaturesDeathTest = ::testing::Test;

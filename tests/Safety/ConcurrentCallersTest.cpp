@@ -32,7 +32,7 @@ struct Prepared {
                 records.push_back(sources[i]->record());
                 continue;
             }
-            outputs.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, member->args[i].pixelBytes, 3));
+            outputs.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, member->args[i].pixelBytes, 4));
             outputs.back()->fillBytes(0x5A);
             records.push_back(outputs.back()->record());
         }
@@ -54,7 +54,7 @@ Prepared Prepare(const SafetyMember& m, uint64_t seed) {
             p.sources.push_back(nullptr);
             continue;
         }
-        p.sources.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, m.args[i].pixelBytes, 5));
+        p.sources.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, m.args[i].pixelBytes, 8));
         p.sources.back()->fillRandom(seed + i);
     }
     Quorin_Error result;

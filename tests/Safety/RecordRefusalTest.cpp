@@ -126,6 +126,39 @@ TEST(RecordRefusal, UntestedDestinationRowsAreCutAtTheirRowBytes) {
             }
 }
 
+// The refusals that come after the described checks come after all of them:
+// a null record, a flag outside the mask and a size query each win.
+TEST(RecordRefusal, RefusalsAfterTheChecksLoseToEveryDescribedFailure) {
+    for (const SafetyMember& m : ImplementedMembers()) {
+        const bool conversion = m.name.starts_with("QuorinConvert_");
+        for (size_t i = 0; i < m.args.size(); ++i) {
+            Call call(m, 5, 3);
+            call.buffers[i]->mutableRecord().rowBytes = size_t{1} << 62;  // 3 rows of it wrap
+            const size_t nulled = (i + 1) % m.args.size();
+            call.buffers[nulled]->mutableRecord().data = nullptr;
+            // The planar straight blend does not test planes 1, 3 and 4 for null.
+            const bool untested = m.args.size() == 6 && (nulled == 1 || nulled == 3 || nulled == 4);
+            const Quorin_Error nullCode =
+                conversion || untested ? kQuorinError_BadArgument : kQuorinError_NullPointer;
+            EXPECT_EQ(call.run(), nullCode) << m.name << " buffer " << i;
+            if (!conversion) continue;
+            Call flagged(m, 5, 3);
+            flagged.buffers[i]->mutableRecord().rowBytes = size_t{1} << 62;
+            EXPECT_EQ(flagged.run(0x20), kQuorinError_UnsupportedFlags) << m.name << " buffer " << i;
+            EXPECT_TRUE(flagged.outputsUntouched()) << m.name;
+        }
+    }
+    // The 8-bit interleave's alpha plane, whose rowBytes is not among its checks.
+    for (const SafetyMember& m : ImplementedMembers()) {
+        if (m.name != "QuorinConvert_Planar8toARGB8888") continue;
+        Call call(m, 5, 3, 0);
+        EXPECT_EQ(call.run(0x20), kQuorinError_UnsupportedFlags);
+        EXPECT_EQ(call.run(kQuorinFlag_QueryTempSize), kQuorinSuccess);
+        EXPECT_EQ(call.run(), kQuorinError_BadArgument);
+        EXPECT_TRUE(call.outputsUntouched());
+    }
+}
+
 // The planar straight blend tests only three of its six buffers; the other
 // three are refused when missing, too short or too narrow for the walk.
 TEST(RecordRefusal, StraightPlanarBlendRefusesUntestedPlanesTheWalkWouldLeave) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/Codes.h"
+
 #include <bit>
 #include <cstdint>
 
@@ -101,7 +103,7 @@ size_t ExpectCheckOrder(std::span<const CheckStep> steps, const std::vector<Guar
                 for (const size_t d : destinations) images[d]->fillBytes(0x5A);
                 std::vector<std::vector<uint8_t>> before;
                 for (const size_t d : destinations) before.push_back(images[d]->pixels());
-                EXPECT_EQ(entry(call.pointers(), call.flags), steps[s].code);
+                EXPECT_TRUE(ReturnsCode(entry(call.pointers(), call.flags), steps[s].code));
                 for (size_t k = 0; k < destinations.size(); ++k) {
                     EXPECT_EQ(images[destinations[k]]->pixels(), before[k]) << "destination " << destinations[k];
                     EXPECT_EQ(images[destinations[k]]->damagedGuard(), "");
@@ -109,11 +111,12 @@ size_t ExpectCheckOrder(std::span<const CheckStep> steps, const std::vector<Guar
                 ++triedHere;
             }
         }
-        if (steps[s].check != Check::NullArgument)
+        if (steps[s].check != Check::NullArgument) {
             EXPECT_GT(triedHere, 0u) << "no input fails step " << s << " (" << steps[s].name << ")";
+        }
         tried += triedHere;
     }
-    EXPECT_EQ(entry(valid.pointers(), 0), kQuorinSuccess) << "the valid input";
+    EXPECT_TRUE(ReturnsCode(entry(valid.pointers(), 0), kQuorinSuccess)) << "the valid input";
     return tried;
 }
 

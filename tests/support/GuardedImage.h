@@ -1,5 +1,9 @@
 // Test images with guard bytes around every row and after the last, so a test
-// can prove that an operation wrote nothing outside its region.
+// can prove that an operation wrote nothing outside its region, placed so
+// that reading outside it fails too: the last row's last byte lies less than
+// 64 bytes (0 when the alignment asked for allows) before a page that may not
+// be touched at all, another such page lies before the first guard byte, and
+// under AddressSanitizer every guard and padding byte is poisoned.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +19,12 @@ class GuardedImage {
 public:
     // `padding` bytes follow each row's pixels (rowBytes = width*pixelBytes + padding);
     // `offset` shifts the first pixel off the allocation's alignment.
+    // `offset` is the first pixel's address modulo 64.
     GuardedImage(size_t width, size_t height, size_t pixelBytes, size_t padding = 0, size_t offset = 0);
+    GuardedImage(const GuardedImage& other);
+    GuardedImage(GuardedImage&& other) noexcept;
+    GuardedImage& operator=(GuardedImage other) noexcept;
+    ~GuardedImage();
 
     const Quorin_Buffer* record() const { return &record_; }
     Quorin_Buffer* mutableRecord() { return &record_; }
@@ -42,10 +51,19 @@ public:
     std::string damagedGuard() const;
 
 private:
-    std::vector<uint8_t> storage_;
+    // Poisons (or unpoisons) every byte between the protected pages that is
+    // not a pixel; nothing without AddressSanitizer.
+    void poisonGuards(bool poisoned) const;
+    void swap(GuardedImage& other) noexcept;
+
+    uint8_t* mapping_ = nullptr;  // protected page, storage, protected page
+    size_t mappingBytes_ = 0;
+    uint8_t* storage_ = nullptr;  // the pages between the protected ones
+    size_t storageBytes_ = 0;
     Quorin_Buffer record_{};
-    size_t pixelBytes_;
-    size_t front_;
+    size_t pixelBytes_ = 0;
+    size_t front_ = 0;            // the first pixel's index in the storage
+    size_t width_ = 0, height_ = 0, padding_ = 0, offset_ = 0;  // as made, whatever the record says later
 };
 
 // A reproducible 64-bit generator (splitmix64): the same seed, the same image.

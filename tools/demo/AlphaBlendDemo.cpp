@@ -41,6 +41,8 @@ void BlendAndClip(Context& context) {
     for (size_t i = 0; i < straight.bytes.size(); i += 4)
         if (context.sample.bytes[i] == 255)
             opaqueMismatch += !std::equal(&straight.bytes[i], &straight.bytes[i] + 4, &context.sample.bytes[i]);
+    std::printf("  straight blend expected: where the top is opaque the result is the top pixel; found %zu pixels "
+                "that differ%s\n", opaqueMismatch, opaqueMismatch == 0 ? ": as expected" : "");
     if (opaqueMismatch) context.fail(std::to_string(opaqueMismatch) + " opaque pixels changed by the blend");
     context.writePng("blend-straight.png", straight.buffer, 4);
 
@@ -48,7 +50,7 @@ void BlendAndClip(Context& context) {
     Image top(width, height, 4), bottom(width, height, 4), topRgba(width, height, 4), bottomRgba(width, height, 4);
     if (QuorinPremultiplyData_ARGB8888(&sample, &top.buffer, 0) != kQuorinSuccess ||
         QuorinPremultiplyData_ARGB8888(&background, &bottom.buffer, 0) != kQuorinSuccess)
-        return context.fail("premultiply");
+        return context.fail("premultiply for the blend modes");
     RotateChannels(top, topRgba, 1);
     RotateChannels(bottom, bottomRgba, 1);
 
@@ -78,7 +80,8 @@ void BlendAndClip(Context& context) {
     context.timed("QuorinClipToAlpha_ARGB8888", pixels,
                   [&] { return QuorinClipToAlpha_ARGB8888(&damaged.buffer, &clipped.buffer, 0); });
     const size_t after = ColourAboveAlpha(clipped);
-    std::printf("  colour above alpha: %zu pixels before clipping, %zu after\n", before, after);
+    std::printf("  clip to alpha expected: no colour above its alpha after; found %zu pixels with colour above alpha "
+                "before, %zu after%s\n", before, after, after == 0 ? ": as expected" : "");
     if (after != 0) context.fail("clip to alpha left colour above alpha");
     QuorinUnpremultiplyData_ARGB8888(&clipped.buffer, &shown.buffer, 0);
     context.writePng("clip-to-alpha.png", shown.buffer, 4);

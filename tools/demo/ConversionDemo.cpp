@@ -34,7 +34,10 @@ void RunLayouts(Context& c) {
         return QuorinConvert_Planar8toARGB8888(&planes8[0].buffer, &planes8[1].buffer, &planes8[2].buffer,
                                                &planes8[3].buffer, &merged.buffer, 0);
     });
-    if (!SamePixels(merged.buffer, sample, 4)) c.fail("split then interleave does not give the sample back");
+    const bool sameMerged = SamePixels(merged.buffer, sample, 4);
+    std::printf("  split then interleave expected: the sample byte for byte; found %s\n",
+                sameMerged ? "the sample: as expected" : "other bytes");
+    if (!sameMerged) c.fail("split then interleave does not give the sample back");
 
     // Bytes onto [0, 1] and back: the rounding half up makes this exact.
     const float max[4] = {1, 1, 1, 1}, min[4] = {0, 0, 0, 0};
@@ -61,7 +64,10 @@ void RunLayouts(Context& c) {
         return QuorinConvert_PlanarFToARGB8888(&planesF[0].buffer, &planesF[1].buffer, &planesF[2].buffer,
                                                &planesF[3].buffer, &roundTrip.buffer, max, min, 0);
     });
-    if (!SamePixels(roundTrip.buffer, sample, 4)) c.fail("8-bit -> float -> 8-bit does not give the sample back");
+    const bool sameRoundTrip = SamePixels(roundTrip.buffer, sample, 4);
+    std::printf("  bytes -> floats in [0, 1] -> bytes expected: the sample byte for byte (rounding half up undoes "
+                "v / 255 exactly); found %s\n", sameRoundTrip ? "the sample: as expected" : "other bytes");
+    if (!sameRoundTrip) c.fail("8-bit -> float -> 8-bit does not give the sample back");
     c.writePng("layout-round-trip.png", roundTrip.buffer, 4);
 
     // A range with min > max for the colour channels gives the negative.

@@ -38,6 +38,8 @@ struct Context {
     // Writes an 8-bit image of 1 (gray) or 4 (ARGB order) channels as PNG into outputDir.
     void writePng(const std::string& fileName, const Quorin_Buffer& image, int channels);
     void fail(const std::string& what);
+    // A call that returned a failure code: says which, by name.
+    void fail(const std::string& call, Quorin_Error result);
 };
 
 struct Step {
