@@ -46,21 +46,26 @@ std::vector<SafetyMember> ChannelMembers() {
     std::vector<SafetyMember> members;
     for (const channels::Member* m : channels::kChannelMembers) {
         const size_t bytes = m->format.pixelBytes();
+        Quorin_Error nullCode = kQuorinSuccess;  // the first null step's
+        for (const CheckStep& step : m->checks)
+            if (nullCode == kQuorinSuccess && step.check == Check::Missing) nullCode = step.code;
         const void* value = m->shape == Shape::Permute ? static_cast<const void*>(kMap) : kValues;
         switch (m->shape) {
             case Shape::Fill:
             case Shape::OverwritePlane:
-                members.push_back({m->name, {Out(bytes)}, false, [m, value](B b, F f, R, R) {
-                                       return m->run({nullptr, b[0], value, 0, 0, f});
-                                   }});
+                members.push_back({m->name, {Out(bytes)}, false,
+                                   [m, value](B b, F f, R, R) { return m->run({nullptr, b[0], value, 0, 0, f}); },
+                                   nullCode});
                 break;
             case Shape::Extract:
                 members.push_back({m->name, {In(bytes), Out(m->format.sampleBytes())}, false,
-                                   [m](B b, F f, R, R) { return m->run({b[0], b[1], nullptr, 0, 0, f, 1}); }});
+                                   [m](B b, F f, R, R) { return m->run({b[0], b[1], nullptr, 0, 0, f, 1}); },
+                                   nullCode});
                 break;
             default:
                 members.push_back({m->name, {In(m->shape == Shape::Copy ? 4 : bytes), Out(m->shape == Shape::Copy ? 4 : bytes)},
-                                   false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); }});
+                                   false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); },
+                                   nullCode});
         }
     }
     return members;

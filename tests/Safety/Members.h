@@ -38,6 +38,9 @@ struct SafetyMember {
     std::function<Quorin_Error(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max,
                                const float* min)>
         call;
+    // The code a null pixel pointer gets, for members whose family answers
+    // it differently from member to member (0: the test knows the family's).
+    Quorin_Error nullCode = kQuorinSuccess;
 
     Quorin_Error run(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max = kWideMax,
                      const float* min = kWideMin) const {
