@@ -389,14 +389,20 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
     for (const Member* m : channels::kChannelMembers) {
         SCOPED_TRACE(m->name);
         const size_t bytes = m->shape == Shape::Copy ? 4 : m->format.pixelBytes();
-        GuardedImage a(9, 7, bytes, 4), b(9, 7, bytes, 8), plane(9, 7, m->format.sampleBytes(), 4);
+        GuardedImage a(9, 7, bytes, 4), b(9, 7, bytes, 8), plane(9, 7, m->format.sampleBytes(), 4),
+            tight(9, 7, bytes, 0);
         a.fillRandom(1);
         std::vector<GuardedImage*> images;
         std::vector<size_t> written;
         CheckedEntry entry;
         switch (m->shape) {
+            case Shape::OverwritePlane:  // writes up to rowBytes: no padding to write into
+                images = {&tight}, written = {0};
+                entry = [m, &value](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    return m->run({nullptr, r[0], value, 0, 0, flags});
+                };
+                break;
             case Shape::Fill:
-            case Shape::OverwritePlane:
                 images = {&a}, written = {0};
                 entry = [m, &value](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
                     return m->run({nullptr, r[0], value, 0, 0, flags});

@@ -53,7 +53,9 @@ std::vector<SafetyMember> ChannelMembers() {
         switch (m->shape) {
             case Shape::Fill:
             case Shape::OverwritePlane:
-                members.push_back({m->name, {Out(bytes)}, false,
+                members.push_back({m->name,
+                                   {m->shape == Shape::Fill ? Out(bytes) : Arg{bytes, Use::WrittenWithPadding}},
+                                   false,
                                    [m, value](B b, F f, R, R) { return m->run({nullptr, b[0], value, 0, 0, f}); },
                                    nullCode});
                 break;

@@ -18,6 +18,8 @@ enum class Use {
     // The 8-bit interleave worker's destination, whose rowBytes is never
     // tested: a short one is converted, each row cut where its rowBytes end.
     WrittenCutToRows,
+    // A destination written over its whole rowBytes, padding included.
+    WrittenWithPadding,
 };
 
 struct Arg {
