@@ -4,7 +4,16 @@
 #   make bench       build and run the benchmark (Release)
 #   make demo-check  what a fresh machine meets: the demo configured and built with
 #                    the test-only and bench-only packages hidden from CMake
-.PHONY: demo test test-release test-sanitize bench demo-check deps clean
+#   make test-clang  build with Debian's Clang and run the suite
+#   make test-tsan   build the suite under ThreadSanitizer (Clang) and run it
+#   make fuzz        fuzz every image entry point for FUZZ_SECONDS (default 300)
+#                    under ASan+UBSan; new inputs go to build-fuzz/corpus,
+#                    findings to build-fuzz/artifacts
+#   make fuzz-corpus minimise the seeds and build-fuzz/corpus into fuzz/corpus
+.PHONY: demo test test-release test-sanitize test-clang test-tsan fuzz fuzz-build fuzz-corpus bench demo-check deps clean
+
+FUZZ_SECONDS ?= 300
+FUZZ_ARGS ?=
 
 JOBS ?= $(shell nproc)
 # Extra configure arguments, for example CI's -DCMAKE_COMPILE_WARNING_AS_ERROR=ON.
@@ -37,6 +46,26 @@ test-sanitize: deps-test
 	cmake --build build-sanitize -j $(JOBS)
 	ctest --preset sanitize
 
+# The suite under a Clang preset, built in build-<preset>.
+test-clang test-tsan: test-%: deps-clang
+	cmake --preset $* >/dev/null
+	cmake --build build-$* -j $(JOBS)
+	ctest --preset $*
+
+fuzz-build: deps-clang
+	cmake --preset fuzz >/dev/null
+	cmake --build build-fuzz -j $(JOBS) --target quorin_fuzz
+
+fuzz: fuzz-build
+	mkdir -p build-fuzz/corpus build-fuzz/artifacts
+	./build-fuzz/fuzz/quorin_fuzz -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 \
+	    -artifact_prefix=build-fuzz/artifacts/ $(FUZZ_ARGS) build-fuzz/corpus fuzz/corpus
+
+fuzz-corpus: fuzz-build
+	rm -rf build-fuzz/minimised && mkdir -p build-fuzz/minimised build-fuzz/corpus
+	./build-fuzz/fuzz/quorin_fuzz -merge=1 build-fuzz/minimised fuzz/corpus build-fuzz/corpus
+	rm -f fuzz/corpus/* && cp build-fuzz/minimised/* fuzz/corpus/
+
 bench: deps-bench
 	cmake --preset release -DQUORIN_BUILD_BENCH=ON $(CMAKE_ARGS) >/dev/null
 	cmake --build build -j $(JOBS) --target quorin-bench
@@ -46,4 +75,4 @@ demo-check: deps-build
 	bash scripts/check-demo-build.sh build-demo-check
 
 clean:
-	rm -rf build build-sanitize build-demo-check out
+	rm -rf build build-sanitize build-demo-check build-clang build-tsan build-fuzz out

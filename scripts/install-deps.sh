@@ -1,18 +1,23 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project needs, only those missing.
-# Usage: scripts/install-deps.sh [build|test|bench|all]   (default: all)
+# Usage: scripts/install-deps.sh [build|test|bench|clang|all]   (default: all)
+# clang: the test packages plus Debian's Clang and its sanitizer and libFuzzer
+# runtimes, for the clang, tsan and fuzz presets only.
 # Quiet when nothing is missing; fails with a clear message otherwise.
 set -euo pipefail
 
 build_pkgs=(cmake ninja-build g++ pkg-config libhwy-dev libpng-dev python3 binutils)
 test_pkgs=(libgtest-dev libgmock-dev)
 bench_pkgs=(libbenchmark-dev libyuv-dev libpixman-1-dev libopencv-dev)
+clang_pkgs=(clang-14 libclang-rt-14-dev)
 
 case "${1:-all}" in
     build) wanted=("${build_pkgs[@]}") ;;
     test) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}") ;;
-    bench|all) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}") ;;
-    *) echo "usage: $0 [build|test|bench|all]" >&2; exit 2 ;;
+    bench) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}") ;;
+    clang) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${clang_pkgs[@]}") ;;
+    all) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}" "${clang_pkgs[@]}") ;;
+    *) echo "usage: $0 [build|test|bench|clang|all]" >&2; exit 2 ;;
 esac
 
 missing=()

@@ -48,9 +48,10 @@ HWY_INLINE hn::VFromD<D8> AlphaBytesOf16BitPixels(D8 d8, size_t alphaChannel) {
 }
 
 // True in the lanes that hold channel `channel` of 4-channel pixels laid out
-// one channel per lane.
+// one channel per lane. (The mask type is deduced: the emulated 128-bit
+// target names no MFromD.)
 template <class D>
-HWY_INLINE hn::MFromD<D> ChannelLanes(D d, size_t channel) {
+HWY_INLINE auto ChannelLanes(D d, size_t channel) {
     const hn::RebindToUnsigned<D> du;
     using TU = hn::TFromD<decltype(du)>;
     const auto lane = hn::And(hn::Iota(du, 0), hn::Set(du, TU{3}));
