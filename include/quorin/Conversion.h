@@ -306,9 +306,10 @@ QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_ARGBFFFF(float scalar,
  * bytes. src is read at the same positions of its own rows (its rowBytes).
  * dest may be src. No flag is tested; the call runs on the calling thread.
  * These check nothing else and return 0, except that these are refused
- * with kQuorinError_BadArgument (-21773) before any write: src or dest null
- * or with null data; either unable to describe its image; a src whose
- * height x rowBytes bytes are fewer than the walk reads. */
+ * with kQuorinError_BadArgument (-21773) before any write, in this order:
+ * a null pixel; src or dest null or with null data; either unable to
+ * describe its image; a src whose height x rowBytes bytes are fewer than
+ * the walk reads. */
 QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGB8888(const uint8_t pixel[4], const Quorin_Buffer *src,
                                                                   const Quorin_Buffer *dest, uint32_t copyMask,
                                                                   Quorin_Flags flags);

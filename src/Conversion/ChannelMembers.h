@@ -121,6 +121,7 @@ inline constexpr CheckStep kExtractChecks[] = {
 // record that cannot describe its image is refused, and (after the list)
 // a source too short for the walk.
 inline constexpr CheckStep kOverwritePixelChecks[] = {
+    {"the pixel is null", Check::NullArgument, kQuorinError_BadArgument},
     {"a record or its pixel data is null", Check::Missing, kQuorinError_BadArgument},
     {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
 };

@@ -174,7 +174,10 @@ Quorin_Error RunOverwritePixel(const Quorin_Buffer* src, const Quorin_Buffer* de
                                uint32_t copyMask, Quorin_Flags flags) {
     constexpr PixelFormat kFormat = kMember.format;
     constexpr size_t kBytes = kFormat.pixelBytes();
-    if (const Quorin_Error error = RunChecks(kMember.checks, {{src, kBytes}, {dest, kBytes}}, flags)) return error;
+    const Operand operands[] = {{src, kBytes}, {dest, kBytes}};
+    const void* const pointers[] = {pixel};
+    if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags, nullptr, pointers}))
+        return error;
     const size_t count = PixelsOverwritten<kMember>(dest->rowBytes), rows = dest->height;
     if (rows == 0 || count == 0) return kQuorinSuccess;
     // The source is read at dest's pixel count on each of dest's rows.
