@@ -14,6 +14,7 @@
 //     on the calling thread alone.
 // A broken rule prints what broke and aborts, which the fuzzer records.
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -350,6 +351,13 @@ int RunOne(const uint8_t* data, size_t size) {
         args.maxFloat = in.chance(4) ? nullptr : ranges[0];
         args.minFloat = in.chance(4) ? nullptr : ranges[1];
     }
+    alignas(4) std::array<uint8_t, 16> values{};
+    if (m.extras & kWord) args.word = in.chance(128) ? in.byte() : (uint32_t{in.byte()} << 8 | in.byte());
+    if (m.extras & kIndex) args.index = static_cast<int>(in.byte() % 8) - 2;  // -2 to 5: both sides of 0..3
+    if (m.extras & kValues) {
+        for (size_t k = 0; k < values.size(); ++k) values[k] = in.byte();
+        args.values = in.chance(8) ? nullptr : values.data();
+    }
     args.flags = DrawFlags(in, m.accepted);
     const Variant variant = DrawVariant(in);
 
@@ -378,6 +386,7 @@ int RunOne(const uint8_t* data, size_t size) {
             if (!same) fail(code < 0 ? "a destination changed before an error" : "a size query wrote", i);
         } else {
             Quorin_Buffer region = *b.record();
+            if (role == Role::RowBytesDestination) region.width = region.rowBytes / PixelBytes(m.buffers[i].format);
             if (role == Role::MatchedDestination) {
                 region.width = buffers[0]->record()->width;
                 region.height = buffers[0]->record()->height;

@@ -10,6 +10,7 @@ constexpr BufferSpec S(Format f) { return {Role::Source, f}; }
 constexpr BufferSpec A(Format f) { return {Role::OptionalSource, f}; }
 constexpr BufferSpec D(Format f) { return {Role::Destination, f}; }
 constexpr BufferSpec M(Format f) { return {Role::MatchedDestination, f}; }
+constexpr BufferSpec W(Format f) { return {Role::RowBytesDestination, f}; }
 
 using enum Format;
 
@@ -19,6 +20,9 @@ constexpr Quorin_Flags kAlpha = kQuorinFlag_SingleThreaded;
 constexpr Quorin_Flags kLayout = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryTempSize;
 
 #define QUORIN_ROW(name, accepted, ...) Row<&name>(#name, {__VA_ARGS__}, accepted)
+
+// Channel operations refuse no flag; only single-threaded has an effect.
+constexpr Quorin_Flags kChannels = kQuorinFlag_SingleThreaded;
 
 constexpr Member kMembers[] = {
     // Straight-colour blends.
@@ -91,6 +95,27 @@ constexpr Member kMembers[] = {
     // Pixels into planes, with a depth change.
     QUORIN_ROW(QuorinConvert_ARGB8888toPlanarF, kLayout, S(k8x4), D(kF), D(kF), D(kF), D(kF)),
     QUORIN_ROW(QuorinConvert_ARGBFFFFtoPlanar8, kLayout, S(kFx4), D(k8), D(k8), D(k8), D(k8)),
+    // Channel operations and fills (after the rows the seeds were made for).
+    QUORIN_ROW(QuorinBufferFill_ARGB8888, kChannels, D(k8x4)),
+    QUORIN_ROW(QuorinBufferFill_ARGBFFFF, kChannels, D(kFx4)),
+    QUORIN_ROW(QuorinBufferFill_Planar8, kChannels, D(k8)),
+    QUORIN_ROW(QuorinBufferFill_PlanarF, kChannels, D(kF)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_ARGB8888, kChannels, S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_ARGBFFFF, kChannels, S(kFx4), D(kFx4)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_Planar8, kChannels, W(k8)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_PlanarF, kChannels, W(kF)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_Planar16S, kChannels, W(k16)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_Planar16U, kChannels, W(k16)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithPixel_ARGB8888, kChannels, S(k8x4), W(k8x4)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithPixel_ARGB16U, kChannels, S(k16x4), W(k16x4)),
+    QUORIN_ROW(QuorinOverwriteChannelsWithPixel_ARGBFFFF, kChannels, S(kFx4), W(kFx4)),
+    QUORIN_ROW(QuorinCopyBuffer, kChannels, S(k8), D(k8)),
+    QUORIN_ROW(QuorinClip_PlanarF, kChannels, S(kF), D(kF)),
+    QUORIN_ROW(QuorinPermuteChannels_ARGB8888, kChannels, S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinPermuteChannels_ARGBFFFF, kChannels, S(kFx4), D(kFx4)),
+    QUORIN_ROW(QuorinExtractChannel_ARGB8888, kChannels, S(k8x4), W(k8)),
+    QUORIN_ROW(QuorinExtractChannel_ARGB16U, kChannels, S(k16x4), W(k16)),
+    QUORIN_ROW(QuorinExtractChannel_ARGBFFFF, kChannels, S(kFx4), W(kF)),
 };
 
 #undef QUORIN_ROW

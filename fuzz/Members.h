@@ -40,7 +40,9 @@ constexpr bool IsFloat(Format f) { return SampleBytes(f) == 4; }
 // harness passes null more often there); destinations are written, within
 // their own width and height, or within the first buffer's for a destination
 // the member does not check but takes to match it.
-enum class Role : uint8_t { Source, OptionalSource, Destination, MatchedDestination };
+// A destination written along its whole rowBytes (padding included) is
+// written within its rows' bytes.
+enum class Role : uint8_t { Source, OptionalSource, Destination, MatchedDestination, RowBytesDestination };
 
 struct BufferSpec {
     Role role;
@@ -55,12 +57,25 @@ struct Arguments {
     const float* maxFloat = nullptr;
     const float* minFloat = nullptr;
     Quorin_Flags flags = 0;
+    // Channel operations: a mask or count, a channel index, and four
+    // channel values (or a map) as 16 bytes, which may be null.
+    uint32_t word = 0;
+    int index = 0;
+    const uint8_t* values = nullptr;
 };
 
 using Invoker = Quorin_Error (*)(const Arguments&);
 
 // The extra parameters a member's signature takes, besides buffers and flags.
-enum Extra : uint8_t { kNoExtra = 0, kByteConstant = 1, kFloatConstant = 2, kRanges = 4 };
+enum Extra : uint8_t {
+    kNoExtra = 0,
+    kByteConstant = 1,
+    kFloatConstant = 2,
+    kRanges = 4,
+    kWord = 8,     // uint32_t, size_t, 16-bit constants
+    kIndex = 16,   // int
+    kValues = 32,  // const uint8_t* or const uint16_t*
+};
 
 struct Member {
     const char* name;
@@ -90,6 +105,12 @@ struct Feeder {
         else if constexpr (std::is_same_v<T, uint8_t>) return args.byteConstant;
         else if constexpr (std::is_same_v<T, float>) return args.floatConstant;
         else if constexpr (std::is_same_v<T, const float*>) return range++ == 0 ? args.maxFloat : args.minFloat;
+        else if constexpr (std::is_same_v<T, uint32_t> || std::is_same_v<T, size_t> ||
+                           std::is_same_v<T, uint16_t> || std::is_same_v<T, int16_t>)
+            return static_cast<T>(args.word);
+        else if constexpr (std::is_same_v<T, int>) return args.index;
+        else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
+        else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
         else {
             static_assert(std::is_same_v<T, Quorin_Flags>, "a parameter type the fuzzer cannot draw");
             return args.flags;
@@ -117,7 +138,13 @@ constexpr uint8_t ExtrasOf(Quorin_Error (*)(A...)) {
                                  (std::is_same_v<A, uint8_t>        ? kByteConstant
                                   : std::is_same_v<A, float>        ? kFloatConstant
                                   : std::is_same_v<A, const float*> ? kRanges
-                                                                    : 0)));
+                                  : std::is_same_v<A, uint32_t> || std::is_same_v<A, size_t> ||
+                                          std::is_same_v<A, uint16_t> || std::is_same_v<A, int16_t>
+                                      ? kWord
+                                  : std::is_same_v<A, int> ? kIndex
+                                  : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*>
+                                      ? kValues
+                                      : 0)));
 }
 
 }  // namespace detail

@@ -238,6 +238,189 @@ QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoPlanar8(const Quorin_Buffer *src
                                                         Quorin_Flags flags);
 
 /* ======================================================================== */
+/* Channel operations and fills                                             */
+/* ======================================================================== */
+
+/* Channel positions are positions inside an interleaved pixel (position 0
+ * is the first letter of the format tag). copyMask selects channels with
+ * four bits in reverse order: 0x8 the first position, 0x4 the second, 0x2
+ * the third, 0x1 the fourth; higher bits are ignored. Colours and scalars
+ * are stored as given, byte for byte: a float NaN keeps its bits.
+ *
+ * Memory: no member reads or writes outside the height x rowBytes bytes of
+ * any buffer it is given. A record that cannot describe its image (rowBytes
+ * shorter than width x bytes per pixel, or height x rowBytes wrapping or
+ * larger than any object) is refused before any work, as each member says.
+ *
+ * Processor chunks (permute, the fills and the four-channel overwrite with
+ * a scalar):
+ * on the calling thread with kQuorinFlag_SingleThreaded, fewer than two
+ * processors, fewer rows than processors, or fewer than 64000 pixels;
+ * otherwise one chunk per processor (height / n rows when n divides the
+ * height, else n - 1 chunks of height / (n - 1) rows and a last chunk with
+ * the rest) through one parallel apply. The bytes are those of the
+ * single-threaded call. An empty image succeeds and writes nothing. */
+
+/* ---- Fills -------------------------------------------------------------- */
+
+/* Every pixel of the width x height area receives the colour (four values
+ * in the buffer's channel order) or the value; the bytes past a row's last
+ * pixel are untouched. No flag bit is refused.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_NullPointer (-21772): dest is null or has null data;
+ *   2. kQuorinError_NullPointer (-21772): color is null (four-channel fills);
+ *   3. kQuorinError_BadArgument (-21773): dest cannot describe its image.
+ * Threading: processor chunks. */
+QUORIN_API Quorin_Error QuorinBufferFill_ARGB8888(const Quorin_Buffer *dest, const uint8_t color[4],
+                                                  Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinBufferFill_ARGBFFFF(const Quorin_Buffer *dest, const float color[4],
+                                                  Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinBufferFill_Planar8(const Quorin_Buffer *dest, uint8_t value, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinBufferFill_PlanarF(const Quorin_Buffer *dest, float value, Quorin_Flags flags);
+
+/* ---- Overwrite channels with a scalar ----------------------------------- */
+
+/* Four channels: the channels copyMask selects take the scalar, the others
+ * src's value, over the width x height area. dest may be src. No flag bit
+ * is refused. Every refusal is kQuorinError_BadArgument (-21773), in this
+ * order, nothing written before: src or dest is null or has null data; the
+ * two differ in width or height; either cannot describe its image.
+ * Threading: processor chunks. */
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_ARGB8888(uint8_t scalar, const Quorin_Buffer *src,
+                                                                   const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                   Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_ARGBFFFF(float scalar, const Quorin_Buffer *src,
+                                                                   const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                   Quorin_Flags flags);
+
+/* ---- Overwrite channels with a pixel ------------------------------------ */
+
+/* The channels copyMask selects take the pixel's value for that channel,
+ * the others src's, pixel by pixel along each of dest's height rows, with
+ * the pixel count taken from dest's rowBytes (padding included), not its
+ * width: rowBytes / 8 pixels a row (ARGB16U), rowBytes / 16 (ARGBFFFF).
+ * The 8-bit member is deliberately different: its loop counts bytes in
+ * steps of 4 against rowBytes / 4, so it rewrites only the first
+ * ceil((rowBytes / 4) / 4) pixels of each row (4 of the 16 pixels of a
+ * 64-byte row) and nothing when rowBytes < 4; the rest of the row keeps its
+ * bytes. src is read at the same positions of its own rows (its rowBytes).
+ * dest may be src. No flag is tested; the call runs on the calling thread.
+ * These check nothing else and return 0, except that these are refused
+ * with kQuorinError_BadArgument (-21773) before any write, in this order:
+ * a null pixel; src or dest null or with null data; either unable to
+ * describe its image; a src whose height x rowBytes bytes are fewer than
+ * the walk reads. */
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGB8888(const uint8_t pixel[4], const Quorin_Buffer *src,
+                                                                  const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                  Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGB16U(const uint16_t pixel[4], const Quorin_Buffer *src,
+                                                                 const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                 Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithPixel_ARGBFFFF(const float pixel[4], const Quorin_Buffer *src,
+                                                                  const Quorin_Buffer *dest, uint32_t copyMask,
+                                                                  Quorin_Flags flags);
+
+/* One plane: the scalar is written over every whole element of each of the
+ * height rows up to rowBytes, padding included (rowBytes, rowBytes / 2 or
+ * rowBytes / 4 elements a row; the bytes of a partial last element are
+ * untouched). No flag is tested, nothing is split: the call runs on the
+ * calling thread. These check nothing else and return 0, except that a dest
+ * that is null, has null data or cannot describe its image is refused with
+ * kQuorinError_BadArgument (-21773) before any write. */
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_Planar8(uint8_t scalar, const Quorin_Buffer *dest,
+                                                                  Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_PlanarF(float scalar, const Quorin_Buffer *dest,
+                                                                  Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_Planar16S(int16_t scalar, const Quorin_Buffer *dest,
+                                                                    Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannelsWithScalar_Planar16U(uint16_t scalar, const Quorin_Buffer *dest,
+                                                                    Quorin_Flags flags);
+
+/* ---- Permute ------------------------------------------------------------- */
+
+/* Each dest pixel: channel i receives src channel permuteMap[i] & 3 (a map
+ * value above 3 is folded, never refused: 7 acts as 3). dest may be src.
+ * No flag bit is refused.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_NullPointer (-21772): src or dest is null or has null data;
+ *   2. kQuorinError_NullPointer (-21772): permuteMap is null;
+ *   3. kQuorinError_BadArgument (-21773): src and dest differ in width or in
+ *      height (a smaller dest is refused too);
+ *   4. kQuorinError_BadArgument (-21773): a record cannot describe its image.
+ * Threading: processor chunks. */
+QUORIN_API Quorin_Error QuorinPermuteChannels_ARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const uint8_t permuteMap[4], Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinPermuteChannels_ARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const uint8_t permuteMap[4], Quorin_Flags flags);
+
+/* ---- Extract one channel ------------------------------------------------- */
+
+/* dest is a plane of src's samples. Each dest row receives the sample at
+ * channelIndex of successive src pixels while the src byte offset is below
+ * dest's rowBytes: ceil(dest rowBytes / src pixel bytes) samples a row,
+ * padding included, whatever dest's width (this count is kept as it is); a
+ * dest whose rows are longer than src's reads on into src's next rows. No
+ * flag bit is refused; the call runs on the calling thread.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_BadArgument (-21773): src is null or has null data, or
+ *      channelIndex is outside 0..3 (a negative index too);
+ *   2. kQuorinError_BadArgument (-21773): dest is null or has null data (not
+ *      -21772);
+ *   3. kQuorinError_RegionExceedsSource (-21766): dest wider or taller than src;
+ *   4. kQuorinError_BadArgument (-21773): src rowBytes below its width of
+ *      pixels, or dest rowBytes below its width of samples;
+ *   5. kQuorinError_BadArgument (-21773): a byte extent that wraps or is
+ *      larger than any object;
+ *   then dest height 0 returns 0, and
+ *   6. kQuorinError_BadArgument (-21773): the walk would write past dest's
+ *      rowBytes (a rowBytes below one sample) or read past src's last byte. */
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      int channelIndex, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     int channelIndex, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinExtractChannel_ARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      int channelIndex, Quorin_Flags flags);
+
+/* ---- Copy ---------------------------------------------------------------- */
+
+/* For each of dest's height rows, dest's width BYTES (not width x
+ * pixelSize) from the start of src's row to the start of dest's row: the
+ * copy of a 10 x 10 ARGB8888 image moves 10 bytes a row. This byte count is
+ * kept as it is. pixelSize only scales a piece's first column, which is
+ * always 0 (pieces are whole rows). Rows that overlap are copied as by
+ * memmove. No flag other than kQuorinFlag_SingleThreaded has an effect.
+ * Checks nothing else and returns 0, except that with pixels of
+ * max(pixelSize, 1) bytes these are refused with kQuorinError_BadArgument
+ * (-21773) before any write: src or dest null or with null data; either
+ * unable to describe its image; src shorter than dest or with rows shorter
+ * than dest's width of pixels.
+ * Threading: the rows dispatcher from 64000 destination pixels. */
+QUORIN_API Quorin_Error QuorinCopyBuffer(const Quorin_Buffer *src, const Quorin_Buffer *dest, size_t pixelSize,
+                                         Quorin_Flags flags);
+
+/* ---- Clip ---------------------------------------------------------------- */
+
+/* Each element of dest's width x height area: below minFloat gives
+ * minFloat, else above maxFloat gives maxFloat, else the element; a NaN
+ * passes unchanged, and when minFloat > maxFloat the lower bound wins for
+ * values below it. dest may be src; a run whose source and destination
+ * overlap in any other way is computed element by element in order.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_BadArgument (-21773): a flag other than
+ *      kQuorinFlag_SingleThreaded is set (kQuorinFlag_QueryTempSize too);
+ *   2. kQuorinError_BadArgument (-21773): src or dest is null or has null
+ *      data (the description tests only src's data; a null dest is refused
+ *      here rather than written);
+ *   3. kQuorinError_BadArgument (-21773): src or dest has width or height 0;
+ *   4. kQuorinError_RegionExceedsSource (-21766): dest wider or taller than src;
+ *   5. kQuorinError_BadArgument (-21773): a rowBytes below 4 x its width;
+ *   6. kQuorinError_BadArgument (-21773): a byte extent that wraps or is
+ *      larger than any object.
+ * Threading: the rows dispatcher from 64000 destination pixels. */
+QUORIN_API Quorin_Error QuorinClip_PlanarF(const Quorin_Buffer *src, const Quorin_Buffer *dest, float maxFloat,
+                                           float minFloat, Quorin_Flags flags);
+
+/* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */
 /* "NOT YET IMPLEMENTED" and aborts the process, whatever its arguments.    */
 /* ======================================================================== */

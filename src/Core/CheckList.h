@@ -28,6 +28,7 @@ enum class Check : uint8_t {
     NullData,       // an operand's pixel data is null
     NullArgument,   // one of the call's other pointer arguments (range arrays, ...) is null
     Missing,        // an operand's record or its pixel data is null
+    Empty,          // an operand has zero width or zero height
     SizesDiffer,    // an operand's width or height differs from the first operand's
     ExceedsRegion,  // the region (the first operand unless the call names one) is wider than any operand, or taller
     RowBytesShort,  // an operand's rowBytes is shorter than a row of its pixels
@@ -104,6 +105,7 @@ inline bool FailsOn(const CheckStep& step, const CheckedCall& call, size_t i) {
         case Check::NullRecord: return r == nullptr;
         case Check::NullData: return r != nullptr && r->data == nullptr;
         case Check::Missing: return r == nullptr || r->data == nullptr;
+        case Check::Empty: return r != nullptr && IsEmpty(r);
         case Check::SizesDiffer: {
             const Quorin_Buffer* first = call.operands.front().record;
             return r && first && (r->width != first->width || r->height != first->height);

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "Core/Dispatch.h"
+#include "Core/ProcessorChunks.h"
 #include "quorin/Types.h"
 
 namespace quorin {
@@ -15,6 +16,8 @@ enum class SplitRule : uint8_t {
     ApplyBands,  // the same bands through a parallel apply of P iterations (RunBandsOnApply)
     RowWork,     // the row-work object dispatcher (QuorinRunRowWork)
     Rows,        // the rows dispatcher (RunRows), from 64000 destination pixels
+    Chunks,      // one chunk per processor through one parallel apply (RunProcessorChunks)
+    Serial,      // always on the calling thread
 };
 
 inline const char* NameOf(SplitRule rule) {
@@ -23,6 +26,8 @@ inline const char* NameOf(SplitRule rule) {
         case SplitRule::ApplyBands: return "apply bands";
         case SplitRule::RowWork: return "row work";
         case SplitRule::Rows: return "rows";
+        case SplitRule::Chunks: return "processor chunks";
+        case SplitRule::Serial: return "serial";
     }
     return "?";
 }
@@ -37,6 +42,10 @@ Quorin_Error RunSplit(Quorin_Flags flags, size_t width, size_t height, BandFn&& 
         RunBandsOnApply(flags, width, height, band);
     } else if constexpr (kRule == SplitRule::RowWork) {
         QuorinRunRowWork(BandWork(width, height, band), flags);
+    } else if constexpr (kRule == SplitRule::Serial) {
+        band(size_t{0}, height);
+    } else if constexpr (kRule == SplitRule::Chunks) {
+        RunProcessorChunks(flags, width, height, band);
     } else {
         // The rows dispatcher's pieces are whole rows (x = 0, w = width).
         RunRows(flags, width, height, [&band](size_t, size_t y, size_t, size_t h) { band(y, h); });

@@ -32,7 +32,9 @@ struct Prepared {
                 records.push_back(sources[i]->record());
                 continue;
             }
-            outputs.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, member->args[i].pixelBytes, 4));
+            // Padding is poisoned: a destination written up to its rowBytes has none.
+            const size_t padding = member->args[i].use == Use::WrittenWithPadding ? 0 : 4;
+            outputs.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, member->args[i].pixelBytes, padding));
             outputs.back()->fillBytes(0x5A);
             records.push_back(outputs.back()->record());
         }

@@ -2,6 +2,7 @@
 
 #include "Alpha/BlendMembers.h"
 #include "Alpha/PremultiplyMembers.h"
+#include "Conversion/ChannelMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 
@@ -32,6 +33,42 @@ std::vector<SafetyMember> AlphaMembers() {
         members.push_back({m->name, std::move(args), false, [m](B b, F f, R, R) {
                                return m->planar() ? m->run(b[0], b[1], b[2], f) : m->run(b[0], nullptr, b[1], f);
                            }});
+    }
+    return members;
+}
+
+// The channel family's rows, from its member table: values that every shape
+// can read (a pixel of four floats' bytes is a pixel of any depth).
+std::vector<SafetyMember> ChannelMembers() {
+    using channels::Shape;
+    static const float kValues[4] = {0.25f, 0.75f, 1.5f, -0.5f};
+    static const uint8_t kMap[4] = {3, 6, 1, 0};
+    std::vector<SafetyMember> members;
+    for (const channels::Member* m : channels::kChannelMembers) {
+        const size_t bytes = m->format.pixelBytes();
+        Quorin_Error nullCode = kQuorinSuccess;  // the first null step's
+        for (const CheckStep& step : m->checks)
+            if (nullCode == kQuorinSuccess && step.check == Check::Missing) nullCode = step.code;
+        const void* value = m->shape == Shape::Permute ? static_cast<const void*>(kMap) : kValues;
+        switch (m->shape) {
+            case Shape::Fill:
+            case Shape::OverwritePlane:
+                members.push_back({m->name,
+                                   {m->shape == Shape::Fill ? Out(bytes) : Arg{bytes, Use::WrittenWithPadding}},
+                                   false,
+                                   [m, value](B b, F f, R, R) { return m->run({nullptr, b[0], value, 0, 0, f}); },
+                                   nullCode});
+                break;
+            case Shape::Extract:
+                members.push_back({m->name, {In(bytes), Out(m->format.sampleBytes())}, false,
+                                   [m](B b, F f, R, R) { return m->run({b[0], b[1], nullptr, 0, 0, f, 1}); },
+                                   nullCode});
+                break;
+            default:
+                members.push_back({m->name, {In(m->shape == Shape::Copy ? 4 : bytes), Out(m->shape == Shape::Copy ? 4 : bytes)},
+                                   false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); },
+                                   nullCode});
+        }
     }
     return members;
 }
@@ -102,6 +139,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
     static const std::vector<SafetyMember> members = [] {
         std::vector<SafetyMember> all = AlphaMembers();
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;

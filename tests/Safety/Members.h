@@ -18,6 +18,8 @@ enum class Use {
     // The 8-bit interleave worker's destination, whose rowBytes is never
     // tested: a short one is converted, each row cut where its rowBytes end.
     WrittenCutToRows,
+    // A destination written over its whole rowBytes, padding included.
+    WrittenWithPadding,
 };
 
 struct Arg {
@@ -38,6 +40,9 @@ struct SafetyMember {
     std::function<Quorin_Error(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max,
                                const float* min)>
         call;
+    // The code a null pixel pointer gets, for members whose family answers
+    // it differently from member to member (0: the test knows the family's).
+    Quorin_Error nullCode = kQuorinSuccess;
 
     Quorin_Error run(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max = kWideMax,
                      const float* min = kWideMin) const {

@@ -30,8 +30,9 @@ constexpr size_t kCount = sizeof kSpecial / sizeof kSpecial[0];
 
 // An image whose every four bytes are one of the floats above, the same ones
 // for the same seed.
-std::unique_ptr<GuardedImage> SpecialImage(size_t width, size_t height, size_t pixelBytes, uint64_t seed) {
-    auto image = std::make_unique<GuardedImage>(width, height, pixelBytes, 4);
+std::unique_ptr<GuardedImage> SpecialImage(size_t width, size_t height, size_t pixelBytes, uint64_t seed,
+                                           size_t padding = 4) {
+    auto image = std::make_unique<GuardedImage>(width, height, pixelBytes, padding);
     Random random(seed);
     for (size_t y = 0; y < height; ++y)
         for (size_t x = 0; x + 4 <= width * pixelBytes; x += 4)
@@ -45,7 +46,9 @@ std::vector<uint8_t> SpecialRun(const SafetyMember& m, size_t width, size_t heig
     std::vector<std::unique_ptr<GuardedImage>> images;
     std::vector<const Quorin_Buffer*> records;
     for (size_t i = 0; i < m.args.size(); ++i) {
-        images.push_back(SpecialImage(width, height, m.args[i].pixelBytes, 0xF1 + i));
+        // Padding is poisoned: a destination written up to its rowBytes has none.
+        const size_t padding = m.args[i].use == Use::WrittenWithPadding ? 0 : 4;
+        images.push_back(SpecialImage(width, height, m.args[i].pixelBytes, 0xF1 + i, padding));
         records.push_back(images.back()->record());
     }
     EXPECT_EQ(m.run(records.data(), flags, max, min), kQuorinSuccess) << m.name;

@@ -138,8 +138,9 @@ TEST(RecordRefusal, RefusalsAfterTheChecksLoseToEveryDescribedFailure) {
             call.buffers[nulled]->mutableRecord().data = nullptr;
             // The planar straight blend does not test planes 1, 3 and 4 for null.
             const bool untested = m.args.size() == 6 && (nulled == 1 || nulled == 3 || nulled == 4);
-            const Quorin_Error nullCode =
-                conversion || untested ? kQuorinError_BadArgument : kQuorinError_NullPointer;
+            const Quorin_Error nullCode = m.nullCode != kQuorinSuccess ? m.nullCode
+                                          : conversion || untested ? kQuorinError_BadArgument
+                                                                   : kQuorinError_NullPointer;
             EXPECT_EQ(call.run(), nullCode) << m.name << " buffer " << i;
             if (!conversion) continue;
             Call flagged(m, 5, 3);

@@ -34,6 +34,10 @@ bool Plant(const CheckStep& step, size_t i, int variant, const std::vector<Guard
             if (variant == 0) return call.null[i] = true;
             if (variant == 1) return (r.data = nullptr), true;
             return false;
+        case Check::Empty:
+            if (variant == 0) return (r.width = 0), true;
+            if (variant == 1) return (r.height = 0), true;
+            return false;
         case Check::SizesDiffer:
             // Smaller, so a missing check cannot make the member walk past a buffer.
             if (variant == 0 && r.width > 1) return (--r.width), true;

@@ -1,0 +1,152 @@
+// Vector twins of the channel rules (ChannelRules.h). A pixel pattern of 1,
+// 2, 4 or 16 bytes is repeated through every 128-bit block, so a vector that
+// starts on a pixel boundary holds whole pixels in the pattern's phase; the
+// core row loop starts every step on one and runs the ends on padded copies.
+#include <cstdint>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Conversion/ChannelKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "Conversion/ChannelKernels.h"
+#include "Core/RowLoop-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The one-lane HWY_SCALAR target cannot hold a pattern: the rules serve there.
+#if HWY_TARGET != HWY_SCALAR
+namespace {
+
+using D8 = hn::ScalableTag<uint8_t>;
+using Bytes = hn::Vec<D8>;
+
+struct FillBody {
+    Bytes pattern;
+    Bytes operator()(const uint8_t*) const { return pattern; }
+};
+
+struct SelectBody {
+    Bytes pattern, mask;
+    Bytes operator()(const uint8_t* src) const {
+        return hn::Or(hn::And(pattern, mask), hn::AndNot(mask, hn::LoadU(D8(), src)));
+    }
+};
+
+struct PermuteBody {
+    Bytes order;
+    Bytes operator()(const uint8_t* src) const { return hn::TableLookupBytes(hn::LoadU(D8(), src), order); }
+};
+
+// Whole steps of interleaved loads over all but the last element, the rest
+// one by one.
+template <class T>
+void ExtractSteps(const T* src, T* dst, size_t count, size_t channel) {
+    const hn::ScalableTag<T> d;
+    const size_t lanes = hn::Lanes(d);
+    const size_t done = count == 0 ? 0 : WholeSteps(count - 1, lanes, [&](size_t k) {
+        hn::Vec<decltype(d)> v[4];
+        hn::LoadInterleaved4(d, src + 4 * k, v[0], v[1], v[2], v[3]);
+        hn::StoreU(v[channel], d, dst + k);
+    });
+    channels::ExtractElements(src + 4 * done, dst + done, count - done, channel);
+}
+
+struct ClipBody {
+    hn::Vec<hn::ScalableTag<float>> upper, lower;
+    Bytes operator()(const float* src) const {
+        const hn::ScalableTag<float> df;
+        const auto x = hn::LoadU(df, src);
+        const auto clipped = hn::IfThenElse(hn::Lt(x, lower), lower, hn::IfThenElse(hn::Gt(x, upper), upper, x));
+        return hn::BitCast(D8(), clipped);
+    }
+};
+
+}  // namespace
+#endif
+
+// The destination is also handed to the row loop as the source it walks by,
+// so its alignment decides the head; FillBody never loads it.
+void FillBytesVector(uint8_t* dst, size_t bytes, const uint8_t* pattern, size_t pixelBytes, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::FillBytes(dst, bytes, pattern, pixelBytes, stream);
+#else
+    ForEachVector(dst, bytes, pixelBytes, stream, FillBody{hn::LoadDup128(D8(), pattern)}, dst);
+#endif
+}
+
+void SelectBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* pattern, const uint8_t* mask,
+                       size_t pixelBytes, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::SelectBytes(src, dst, bytes, pattern, mask, pixelBytes, stream);
+#else
+    ForEachVector(dst, bytes, pixelBytes, stream,
+                  SelectBody{hn::LoadDup128(D8(), pattern), hn::LoadDup128(D8(), mask)}, src);
+#endif
+}
+
+void PermuteBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* order, size_t pixelBytes,
+                        bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::PermuteBytes(src, dst, bytes, order, pixelBytes, stream);
+#else
+    ForEachVector(dst, bytes, pixelBytes, stream, PermuteBody{hn::LoadDup128(D8(), order)}, src);
+#endif
+}
+
+template <class T>
+void Extract(const T* src, T* dst, size_t count, size_t channel) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::ExtractElements<T>(src, dst, count, channel);
+#else
+    ExtractSteps<T>(src, dst, count, channel);
+#endif
+}
+void ExtractBytesVector(const uint8_t* src, uint8_t* dst, size_t count, size_t channel) {
+    Extract(src, dst, count, channel);
+}
+void ExtractWordsVector(const uint16_t* src, uint16_t* dst, size_t count, size_t channel) {
+    Extract(src, dst, count, channel);
+}
+void ExtractFloatsVector(const float* src, float* dst, size_t count, size_t channel) {
+    Extract(src, dst, count, channel);
+}
+
+void ClipFloatsVector(const float* src, float* dst, size_t count, float upper, float lower, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::ClipFloats(src, dst, count, upper, lower, stream);
+#else
+    const hn::ScalableTag<float> df;
+    ForEachVector(dst, count, 1, stream, ClipBody{hn::Set(df, upper), hn::Set(df, lower)}, src);
+#endif
+}
+
+}  // namespace quorin::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::channels {
+
+HWY_EXPORT(FillBytesVector);
+HWY_EXPORT(SelectBytesVector);
+HWY_EXPORT(ClipFloatsVector);
+HWY_EXPORT(PermuteBytesVector);
+HWY_EXPORT(ExtractBytesVector);
+HWY_EXPORT(ExtractWordsVector);
+HWY_EXPORT(ExtractFloatsVector);
+
+const KernelPair<FillKernel> kFillKernels{&FillBytes, HWY_DISPATCH_TABLE(FillBytesVector)};
+const KernelPair<SelectKernel> kSelectKernels{&SelectBytes, HWY_DISPATCH_TABLE(SelectBytesVector)};
+const KernelPair<ClipKernel> kClipKernels{&ClipFloats, HWY_DISPATCH_TABLE(ClipFloatsVector)};
+const KernelPair<PermuteKernel> kPermuteKernels{&PermuteBytes, HWY_DISPATCH_TABLE(PermuteBytesVector)};
+const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels{&ExtractElements<uint8_t>,
+                                                          HWY_DISPATCH_TABLE(ExtractBytesVector)};
+const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels{&ExtractElements<uint16_t>,
+                                                            HWY_DISPATCH_TABLE(ExtractWordsVector)};
+const KernelPair<ExtractKernel<float>> kExtractFKernels{&ExtractElements<float>,
+                                                       HWY_DISPATCH_TABLE(ExtractFloatsVector)};
+
+}  // namespace quorin::channels
+#endif

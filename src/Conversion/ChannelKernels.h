@@ -1,0 +1,40 @@
+// The kernel pairs of the channel operations: the scalar rules of
+// ChannelRules.h and their vector twins (ChannelKernels.cpp), identical in
+// bytes for every input and count. `stream` is the call's streaming decision.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "Conversion/ChannelRules.h"
+#include "Core/KernelPair.h"
+
+namespace quorin::channels {
+
+using FillKernel = void (*)(uint8_t* dst, size_t bytes, const uint8_t* pattern, size_t pixelBytes, bool stream);
+using SelectKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* pattern,
+                              const uint8_t* mask, size_t pixelBytes, bool stream);
+using PermuteKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* order,
+                               size_t pixelBytes, bool stream);
+template <class T>
+using ExtractKernel = void (*)(const T* src, T* dst, size_t count, size_t channel);
+using ClipKernel = void (*)(const float* src, float* dst, size_t count, float upper, float lower, bool stream);
+
+extern const KernelPair<FillKernel> kFillKernels;
+extern const KernelPair<SelectKernel> kSelectKernels;
+extern const KernelPair<ClipKernel> kClipKernels;
+extern const KernelPair<PermuteKernel> kPermuteKernels;
+// The vector twins read whole pixels for all but the last element, which
+// may lie in the last bytes of a buffer.
+extern const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels;
+extern const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels;
+extern const KernelPair<ExtractKernel<float>> kExtractFKernels;
+
+template <class T>
+const KernelPair<ExtractKernel<T>>& ExtractKernels() {
+    if constexpr (sizeof(T) == 1) return kExtract8Kernels;
+    else if constexpr (sizeof(T) == 2) return kExtract16Kernels;
+    else return kExtractFKernels;
+}
+
+}  // namespace quorin::channels

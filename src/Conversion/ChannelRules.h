@@ -1,0 +1,92 @@
+// The per-element rules of the channel operations, as plain loops: the
+// scalar kernels, and what every vector twin (ChannelKernels.cpp) must
+// reproduce byte for byte.
+//
+// Fills and channel overwrites work on bytes: a pixel of `pixelBytes` bytes
+// (1, 2, 4 or 16) is a pattern, and an overwrite takes the pattern's bytes
+// where a byte mask is set and the source's elsewhere, so floats (NaN
+// included) are moved as their bits, never through arithmetic.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace quorin::channels {
+
+// A pixel repeated over 16 bytes (its size divides 16).
+using Pattern = std::array<uint8_t, 16>;
+
+inline Pattern Repeat(const void* pixel, size_t pixelBytes) {
+    Pattern out{};
+    for (size_t k = 0; k < out.size(); ++k) out[k] = static_cast<const uint8_t*>(pixel)[k % pixelBytes];
+    return out;
+}
+
+// `bytes` (a whole number of pixels) of dst receive the pattern.
+inline void FillBytes(uint8_t* dst, size_t bytes, const uint8_t* pattern, size_t pixelBytes, bool /*stream*/) {
+    for (size_t i = 0; i < bytes; i += pixelBytes) std::memcpy(dst + i, pattern, pixelBytes);
+}
+
+// Each byte: the pattern's where the mask is set, else the source's.
+inline void SelectBytes(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* pattern, const uint8_t* mask,
+                        size_t pixelBytes, bool /*stream*/) {
+    for (size_t i = 0; i < bytes; ++i) {
+        const size_t k = i % pixelBytes;
+        dst[i] = static_cast<uint8_t>((pattern[k] & mask[k]) | (src[i] & ~mask[k]));
+    }
+}
+
+// Each pixel of `pixelBytes` takes, at byte k, its own byte order[k]: the
+// first `pixelBytes` entries of a shuffle whose later entries repeat them
+// for the following pixels of a 16-byte block (ShuffleOf).
+inline void PermuteBytes(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* order, size_t pixelBytes,
+                         bool /*stream*/) {
+    uint8_t pixel[16];
+    for (size_t i = 0; i < bytes; i += pixelBytes) {
+        std::memcpy(pixel, src + i, pixelBytes);  // dst may be src
+        for (size_t k = 0; k < pixelBytes; ++k) dst[i + k] = pixel[order[k]];
+    }
+}
+
+// The shuffle of a 16-byte block for a map of four channel positions, each
+// folded to 0..3: destination channel c receives source channel map[c] & 3.
+inline Pattern ShuffleOf(const uint8_t map[4], size_t sampleBytes) {
+    Pattern order{};
+    const size_t pixelBytes = 4 * sampleBytes;
+    for (size_t k = 0; k < order.size(); ++k) {
+        const size_t pixel = k / pixelBytes, channel = k % pixelBytes / sampleBytes, b = k % sampleBytes;
+        order[k] = static_cast<uint8_t>(pixel * pixelBytes + (map[channel] & 3u) * sampleBytes + b);
+    }
+    return order;
+}
+
+// Elements are moved as bytes: rows need not be aligned to their samples.
+template <class T>
+T LoadElement(const T* p) {
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+template <class T>
+void StoreElement(T* p, T v) {
+    std::memcpy(p, &v, sizeof v);
+}
+
+// Element `channel` of successive four-element pixels.
+template <class T>
+void ExtractElements(const T* src, T* dst, size_t count, size_t channel) {
+    for (size_t k = 0; k < count; ++k) StoreElement(dst + k, LoadElement(src + 4 * k + channel));
+}
+
+// Below the lower bound gives the lower bound, else above the upper bound
+// gives the upper bound: a NaN fails both tests and passes, and when the
+// bounds cross the lower one wins for values below it.
+inline float Clip(float x, float upper, float lower) { return x < lower ? lower : x > upper ? upper : x; }
+
+inline void ClipFloats(const float* src, float* dst, size_t count, float upper, float lower, bool /*stream*/) {
+    for (size_t i = 0; i < count; ++i) StoreElement(dst + i, Clip(LoadElement(src + i), upper, lower));
+}
+
+}  // namespace quorin::channels
