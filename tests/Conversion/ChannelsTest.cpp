@@ -253,7 +253,7 @@ TEST(Channels, ClipMatchesTheBoundsRuleOnSpecialValuesUnderEveryKernelAndSplit) 
             EXPECT_EQ(dest.damagedGuard(), "");
             for (size_t y = 0; y < dest.height(); ++y)
                 for (size_t x = 0; x < dest.width(); ++x) {
-                    const float want = Clipped(At<float>(src.row(y) + 4 * x), upper, lower);
+                    const float want = Clipped(At<float>(src.row(y) + 4 * x), values[0], values[1]);
                     const float got = At<float>(dest.row(y) + 4 * x);
                     if (std::memcmp(&want, &got, 4) != 0) ADD_FAILURE() << x << "," << y;
                 }
