@@ -9,6 +9,7 @@
 #include <span>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include "quorin/Types.h"
 
@@ -99,9 +100,14 @@ struct Feeder {
     const Arguments& args;
     size_t buffer = 0, range = 0;
 
-    template <class T>
+    // Every member's last parameter is its flags, whose type is also uint32_t,
+    // so it is told apart by position rather than by type.
+    template <class T, bool kLast>
     T next() {
-        if constexpr (std::is_same_v<T, const Quorin_Buffer*>) return args.buffers[buffer++];
+        if constexpr (kLast) {
+            static_assert(std::is_same_v<T, Quorin_Flags>, "a member whose last parameter is not its flags");
+            return args.flags;
+        } else if constexpr (std::is_same_v<T, const Quorin_Buffer*>) return args.buffers[buffer++];
         else if constexpr (std::is_same_v<T, uint8_t>) return args.byteConstant;
         else if constexpr (std::is_same_v<T, float>) return args.floatConstant;
         else if constexpr (std::is_same_v<T, const float*>) return range++ == 0 ? args.maxFloat : args.minFloat;
@@ -111,20 +117,22 @@ struct Feeder {
         else if constexpr (std::is_same_v<T, int>) return args.index;
         else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
         else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
-        else {
-            static_assert(std::is_same_v<T, Quorin_Flags>, "a parameter type the fuzzer cannot draw");
-            return args.flags;
-        }
+        else static_assert(sizeof(T) == 0, "a parameter type the fuzzer cannot draw");
     }
 };
 
-template <class... A>
-Quorin_Error Call(Quorin_Error (*f)(A...), const Arguments& args) {
+template <class... A, size_t... I>
+Quorin_Error CallIndexed(Quorin_Error (*f)(A...), const Arguments& args, std::index_sequence<I...>) {
     Feeder feed{args};
     // Braced initialisation evaluates left to right, so parameters take
     // buffers in the signature's order.
-    std::tuple<A...> parameters{feed.template next<A>()...};
+    std::tuple<A...> parameters{feed.template next<A, I + 1 == sizeof...(A)>()...};
     return std::apply(f, parameters);
+}
+
+template <class... A>
+Quorin_Error Call(Quorin_Error (*f)(A...), const Arguments& args) {
+    return CallIndexed(f, args, std::index_sequence_for<A...>{});
 }
 
 template <class... A>
@@ -132,19 +140,28 @@ constexpr size_t BufferParameters(Quorin_Error (*)(A...)) {
     return (size_t{0} + ... + size_t{std::is_same_v<A, const Quorin_Buffer*>});
 }
 
+template <class A>
+constexpr uint8_t ExtraOf() {
+    return std::is_same_v<A, uint8_t>        ? kByteConstant
+           : std::is_same_v<A, float>        ? kFloatConstant
+           : std::is_same_v<A, const float*> ? kRanges
+           : std::is_same_v<A, uint32_t> || std::is_same_v<A, size_t> || std::is_same_v<A, uint16_t> ||
+                   std::is_same_v<A, int16_t>
+               ? kWord
+           : std::is_same_v<A, int> ? kIndex
+           : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*> ? kValues
+                                                                                   : kNoExtra;
+}
+
+// The flags, last, are drawn on their own and are not an extra.
+template <class... A, size_t... I>
+constexpr uint8_t ExtrasIndexed(std::index_sequence<I...>) {
+    return static_cast<uint8_t>((0 | ... | (I + 1 == sizeof...(A) ? kNoExtra : ExtraOf<A>())));
+}
+
 template <class... A>
 constexpr uint8_t ExtrasOf(Quorin_Error (*)(A...)) {
-    return static_cast<uint8_t>((0 | ... |
-                                 (std::is_same_v<A, uint8_t>        ? kByteConstant
-                                  : std::is_same_v<A, float>        ? kFloatConstant
-                                  : std::is_same_v<A, const float*> ? kRanges
-                                  : std::is_same_v<A, uint32_t> || std::is_same_v<A, size_t> ||
-                                          std::is_same_v<A, uint16_t> || std::is_same_v<A, int16_t>
-                                      ? kWord
-                                  : std::is_same_v<A, int> ? kIndex
-                                  : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*>
-                                      ? kValues
-                                      : 0)));
+    return ExtrasIndexed<A...>(std::index_sequence_for<A...>{});
 }
 
 }  // namespace detail
