@@ -13,6 +13,10 @@ inline constexpr int kFatalLogLevel = 2;
 [[noreturn]] void ReportFatal(const char* name, const char* module, int line,
                               const char* message);
 
+// Writes the same one-line record at `level` and returns: for conditions a
+// caller is told about through a code, and that a log reader should see.
+void WriteLogRecord(int level, const char* name, const char* module, int line, const char* message);
+
 // Message carried by every entry point that is declared but does nothing yet.
 inline constexpr const char* kNotYetImplemented = "NOT YET IMPLEMENTED";
 
