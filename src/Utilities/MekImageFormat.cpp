@@ -59,6 +59,18 @@ long FindChannel(const QuorinMekImageFormat* format, uint32_t name) {
     return -1;
 }
 
+// Stores a retained `value` in `field` and releases what was there. The new
+// object is retained before the old is released, so setting the object a
+// record already holds never frees it on the way.
+template <auto kField, auto kRetain, auto kRelease, class T>
+Quorin_Error Replace(QuorinMekImageFormat* format, T* value) {
+    if (format == nullptr) return kQuorinError_UnsupportedFormat;
+    T* old = format->*kField;
+    format->*kField = kRetain(value);
+    kRelease(old);
+    return kQuorinSuccess;
+}
+
 // The YpCbCr -> RGB records are five floats; the zeros after them make 32
 // bytes, so a video format that copies a 32-byte matrix from one stays
 // inside the constant.
@@ -177,24 +189,14 @@ QUORIN_API void* QuorinMekImageFormat_GetUserData(const QuorinMekImageFormat* fo
     return format != nullptr ? format->userData : nullptr;
 }
 
-// The new object is retained before the old is released, so setting the
-// object a record already holds never frees it on the way.
 QUORIN_API Quorin_Error QuorinMekImageFormat_SetColorSpace(QuorinMekImageFormat* format,
                                                            QuorinHostOrlColorSpace* colorSpace) {
-    if (format == nullptr) return kQuorinError_UnsupportedFormat;
-    QuorinHostOrlColorSpace* old = format->colorSpace;
-    format->colorSpace = RetainColorSpace(colorSpace);
-    ReleaseColorSpace(old);
-    return kQuorinSuccess;
+    return Replace<&QuorinMekImageFormat::colorSpace, &RetainColorSpace, &ReleaseColorSpace>(format, colorSpace);
 }
 
 QUORIN_API Quorin_Error QuorinMekImageFormat_SetChromaSiting(QuorinMekImageFormat* format,
                                                              QuorinHostObject* chromaSiting) {
-    if (format == nullptr) return kQuorinError_UnsupportedFormat;
-    QuorinHostObject* old = format->chromaSiting;
-    format->chromaSiting = NubRetain(chromaSiting);
-    NubRelease(old);
-    return kQuorinSuccess;
+    return Replace<&QuorinMekImageFormat::chromaSiting, &NubRetain, &NubRelease>(format, chromaSiting);
 }
 
 QUORIN_API Quorin_Error QuorinMekImageFormat_SetAlphaHint(QuorinMekImageFormat* format, uint32_t alphaHint) {
