@@ -2,6 +2,7 @@
 
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
+#include "quorin/Utilities.h"
 
 namespace quorin::fuzz {
 namespace {
@@ -18,6 +19,30 @@ using enum Format;
 constexpr Quorin_Flags kAlpha = kQuorinFlag_SingleThreaded;
 // The layout conversions also answer the temporary-size query.
 constexpr Quorin_Flags kLayout = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryTempSize;
+
+// A host that reads every byte it is handed and lets go of them at once, so
+// that a copy or a wrap reaching past the caller's buffer shows.
+QuorinHostOrlImage* ReadAndRelease(const QuorinOrlImageFormat*, size_t, size_t, size_t, const void* bytes,
+                                   size_t length, void (*release)(void*), void* info) {
+    volatile unsigned char sum = 0;
+    for (size_t i = 0; i < length; ++i) sum = sum + static_cast<const unsigned char*>(bytes)[i];
+    release(info);
+    static int image;
+    return reinterpret_cast<QuorinHostOrlImage*>(&image);
+}
+
+// A host image of an 8-bit ARGB buffer: an untrusted record with a format the
+// library checks, handed to the host above.
+Quorin_Error CreateOrlImageFromARGB8888(const Quorin_Buffer* src, Quorin_Flags flags) {
+    _sQuorinOrlBridgeSymbolTable.ImageCreate = &ReadAndRelease;
+    const QuorinOrlImageFormat argb{8, 32, nullptr, 1, 0, nullptr, 0};
+    Quorin_Error error = kQuorinSuccess;
+    QuorinCreateOrlImageFromBuffer(src, &argb, nullptr, nullptr, flags, &error);
+    return error;
+}
+
+// Host images take copies, or wrap the caller's pixels with NoAllocate.
+constexpr Quorin_Flags kHostImage = kQuorinFlag_SingleThreaded | kQuorinFlag_Verbose | kQuorinFlag_NoAllocate;
 
 #define QUORIN_ROW(name, accepted, ...) Row<&name>(#name, {__VA_ARGS__}, accepted)
 
@@ -116,6 +141,7 @@ constexpr Member kMembers[] = {
     QUORIN_ROW(QuorinExtractChannel_ARGB8888, kChannels, S(k8x4), W(k8)),
     QUORIN_ROW(QuorinExtractChannel_ARGB16U, kChannels, S(k16x4), W(k16)),
     QUORIN_ROW(QuorinExtractChannel_ARGBFFFF, kChannels, S(kFx4), W(kF)),
+    Row<&CreateOrlImageFromARGB8888>("QuorinCreateOrlImageFromBuffer", {S(k8x4)}, kHostImage),
 };
 
 #undef QUORIN_ROW

@@ -20,9 +20,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 namespace {
 
 // Implemented entry points that take no image: the feature switch, buffer
-// set-up and the dispatcher's own calls.
+// set-up, the dispatcher's own calls, and the host format and converter
+// objects, which take format records.
 bool TakesImages(const std::string& name) {
-    return name.rfind("Quorin", 0) == 0 && name.rfind("Quorin_", 0) != 0 && name.rfind("QuorinBuffer_", 0) != 0;
+    for (const char* prefix : {"Quorin_", "QuorinBuffer_", "QuorinConverter_", "QuorinOrlImageFormat_",
+                               "QuorinMekImageFormat_"})
+        if (name.rfind(prefix, 0) == 0) return false;
+    return name.rfind("Quorin", 0) == 0;
 }
 
 int CheckManifest(const char* path) {
