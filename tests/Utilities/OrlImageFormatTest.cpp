@@ -35,7 +35,7 @@ QuorinOrlImageFormat ARGB(QuorinHostOrlColorSpace* space = nullptr) { return {8,
 
 // The validity rules, stated from the list of rules rather than from the code.
 bool Valid(const QuorinOrlImageFormat& f, bool asDestination, bool modelQuery, bool baseQuery) {
-    const std::set<uint32_t> components{1, 2, 4, 5, 8, 12, 16, 32}, pixels{1, 2, 4, 8, 16, 32};
+    static const std::set<uint32_t> components{1, 2, 4, 5, 8, 12, 16, 32}, pixels{1, 2, 4, 8, 16, 32};
     const bool floats = f.bitmapInfo & 0x100;
     bool ok = f.version == 0 && components.count(f.bitsPerComponent) && (f.bitmapInfo & 0x18) == 0 &&
               ((f.bitmapInfo >> 12) & 7) <= 4 && (!floats || f.bitsPerComponent == 16 || f.bitsPerComponent == 32) &&
