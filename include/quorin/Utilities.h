@@ -293,8 +293,10 @@ QUORIN_API int QuorinOrlImageFormat_IsEqual(const QuorinOrlImageFormat *a, const
  * filled (data NULL) and the row alignment returned, as QuorinBuffer_Init
  * does; nothing is copied. The caller frees buffer->data with free().
  * Accepted flags: SingleThreaded, Verbose, NoAllocate.
- * Codes in order, each before anything is written: a NULL buffer, format or
- * image kQuorinError_NullPointer; other flags kQuorinError_UnsupportedFlags;
+ * Runs on the calling thread. Codes in order, each before anything is
+ * written (except that QuorinBuffer_Init's kQuorinError_OutOfMemory comes
+ * after it filled the record): a NULL buffer, format or image
+ * kQuorinError_NullPointer; other flags kQuorinError_UnsupportedFlags;
  * the image's format unreadable (image queries missing from the bridge) or
  * unusable as a source, a requested format unusable as a destination or
  * different from the image's kQuorinError_UnsupportedFormat; the bridge
@@ -317,7 +319,8 @@ typedef void (*Quorin_ReleaseBufferFunction)(void *userData, void *bufferData);
  * kQuorinFlag_NoAllocate the image wraps buffer->data without copying: the
  * pixels must then outlive the image, and releaseCallback (if not NULL) is
  * called once with userData and buffer->data when the host lets them go,
- * never when the call fails. Accepted flags: SingleThreaded, Verbose,
+ * never when the call fails. Runs on the calling thread; the host's
+ * release may come on any thread. Accepted flags: SingleThreaded, Verbose,
  * NoAllocate. Returns NULL on failure and stores the code in *error when
  * error is not NULL (0 on success). Codes in order: a NULL buffer, format or
  * buffer->data kQuorinError_NullPointer; other flags
@@ -347,7 +350,8 @@ QUORIN_API QuorinHostOrlImage *QuorinCreateOrlImageFromBuffer(const Quorin_Buffe
  * failing _QuorinOrlImageFormat_Check as a source, or destination as a
  * destination, kQuorinError_UnsupportedFormat; the block not to be had
  * kQuorinError_OutOfMemory. The formats are copied; their colour spaces are
- * not retained and must outlive the converter. */
+ * not retained and must outlive the converter. A converter may be shared
+ * between threads: only its reference count changes after creation. */
 QUORIN_API QuorinConverter *QuorinConverter_CreateWithOrlImageFormat(const QuorinOrlImageFormat *source,
                                                                      const QuorinOrlImageFormat *destination,
                                                                      const float *background, Quorin_Flags flags,
