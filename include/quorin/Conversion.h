@@ -389,11 +389,11 @@ QUORIN_API Quorin_Error QuorinExtractChannel_ARGBFFFF(const Quorin_Buffer *src, 
  * kept as it is. pixelSize only scales a piece's first column, which is
  * always 0 (pieces are whole rows). Rows that overlap are copied as by
  * memmove. No flag other than kQuorinFlag_SingleThreaded has an effect.
- * Checks nothing else and returns 0, except that with pixels of
- * max(pixelSize, 1) bytes these are refused with kQuorinError_BadArgument
- * (-21773) before any write: src or dest null or with null data; either
- * unable to describe its image; src shorter than dest or with rows shorter
- * than dest's width of pixels.
+ * Checks nothing else and returns 0, except that these are refused with
+ * kQuorinError_BadArgument (-21773) before any write: src or dest null or
+ * with null data; either unable to describe its image with pixels of
+ * max(pixelSize, 1) bytes; src whose height x rowBytes bytes do not hold
+ * dest's width bytes on each of dest's height rows.
  * Threading: the rows dispatcher from 64000 destination pixels. */
 QUORIN_API Quorin_Error QuorinCopyBuffer(const Quorin_Buffer *src, const Quorin_Buffer *dest, size_t pixelSize,
                                          Quorin_Flags flags);

@@ -83,12 +83,11 @@ inline constexpr CheckStep kOverwritePlaneChecks[] = {
     {"the destination cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
 };
 
-// Copy: dest (the region), src; pixels of max(pixelSize, 1) bytes.
+// Copy: dest (the region), src; pixels of max(pixelSize, 1) bytes. A
+// source too short for the rows the copy reads is refused after the list.
 inline constexpr CheckStep kCopyChecks[] = {
     {"a record or its pixel data is null", Check::Missing, kQuorinError_BadArgument},
     {"a record cannot describe its image", Check::CannotDescribeImage, kQuorinError_BadArgument},
-    {"the source cannot hold the destination's rows", Check::CannotHoldRegion, kQuorinError_BadArgument,
-     Operands({1})},
 };
 
 // Clip: dest (the region), src.

@@ -96,6 +96,8 @@ Quorin_Error RunCopy(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_t
     const size_t bytes = std::max<size_t>(pixelSize, 1);
     const Operand operands[] = {{dest, bytes}, {src, bytes}};
     if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags, dest})) return error;
+    // The copy reads dest's width bytes (not pixels) from each of dest's rows of src.
+    if (!WalkFits(src, dest->height, dest->width)) return kQuorinError_BadArgument;
     const auto* const from = static_cast<const uint8_t*>(src->data);
     auto* const to = static_cast<uint8_t*>(dest->data);
     const size_t srcRowBytes = src->rowBytes, destRowBytes = dest->rowBytes;

@@ -225,6 +225,25 @@ TEST(Channels, CopyMovesWidthBytesOfEachRowWhateverThePixelSize) {
     }
 }
 
+// The copy reads width bytes a row, so a source is held only to those.
+TEST(Channels, CopyRefusesOnlySourcesTooShortForTheBytesItReads) {
+    const Member& m = Named("QuorinCopyBuffer");
+    std::vector<uint8_t> from(3 * 12 + 7), to(3 * 40, 0xEE);
+    for (size_t i = 0; i < from.size(); ++i) from[i] = static_cast<uint8_t>(i);
+    const Quorin_Buffer dest{to.data(), 3, 10, 40};
+    // Rows of 12 bytes (3 pixels of 4) hold the 10 bytes a row the copy reads.
+    const Quorin_Buffer narrow{from.data(), 3, 3, 12};
+    ASSERT_EQ(m.run({&narrow, &dest, nullptr, 0, 4, 0}), kQuorinSuccess);
+    for (size_t y = 0; y < 3; ++y)
+        for (size_t k = 0; k < 40; ++k) ASSERT_EQ(to[y * 40 + k], k < 10 ? from[y * 12 + k] : 0xEE);
+    // One row fewer, or rows of 9 bytes whose last row ends before the last read.
+    std::fill(to.begin(), to.end(), 0xEE);
+    const Quorin_Buffer fewer{from.data(), 2, 3, 12}, shorter{from.data(), 3, 2, 9};
+    for (const Quorin_Buffer* src : {&fewer, &shorter})
+        EXPECT_EQ(m.run({src, &dest, nullptr, 0, 4, 0}), kQuorinError_BadArgument);
+    EXPECT_EQ(to, std::vector<uint8_t>(to.size(), 0xEE));
+}
+
 // ---- Clip ---------------------------------------------------------------------
 
 float Clipped(float x, float upper, float lower) {
