@@ -25,9 +25,7 @@ using channels::Shape;
 
 template <class T>
 T Load(const uint8_t* p) {
-    T v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
+    return channels::LoadElement(reinterpret_cast<const T*>(p));
 }
 
 // The value the description gives, with the alpha already in hand.
