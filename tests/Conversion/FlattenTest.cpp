@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "Conversion/ChannelMembers.h"
+#include "Conversion/ChannelRules.h"
 #include "support/GuardedImage.h"
 #include "support/Variants.h"
 
