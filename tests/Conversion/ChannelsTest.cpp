@@ -555,7 +555,7 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
         SCOPED_TRACE(m->name);
         const size_t bytes = m->shape == Shape::Copy ? 4 : m->format.pixelBytes();
         GuardedImage a(9, 7, bytes, 4), b(9, 7, bytes, 8), plane(9, 7, m->format.sampleBytes(), 4),
-            tight(9, 7, bytes, 0), c(9, 7, bytes, 12), out(9, 7, std::max<size_t>(m->output.pixelBytes(), 1), 4);
+            tight(9, 7, bytes, 0), tightSource(9, 7, bytes, 0), c(9, 7, bytes, 12), out(9, 7, std::max<size_t>(m->output.pixelBytes(), 1), 4);
         a.fillRandom(1);
         std::vector<GuardedImage*> images;
         std::vector<size_t> written;
@@ -592,8 +592,8 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
                     return m->run({r[0], r[1], map, 0, 0, flags});
                 };
                 break;
-            case Shape::LookUp:  // dest's rows the shorter: the walk reads src's at dest's rowBytes
-                images = {&a, &b}, written = {0};
+            case Shape::LookUp:  // written and read up to dest's rowBytes: no padding to reach
+                images = {&tight, &tightSource}, written = {0};
                 entry = [m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
                     static uint8_t table[256];
                     static const uint8_t* const tables[4] = {table, table, table, table};

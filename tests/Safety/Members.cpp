@@ -65,7 +65,7 @@ std::vector<SafetyMember> ChannelMembers() {
                                    nullCode});
                 break;
             case Shape::LookUp:
-                members.push_back({m->name, {In(bytes), Arg{bytes, Use::WrittenWithPadding}}, false,
+                members.push_back({m->name, {Arg{bytes, Use::ReadWithPadding}, Arg{bytes, Use::WrittenWithPadding}}, false,
                                    [m](B b, F f, R, R) {
                                        static const uint8_t table[256] = {7, 3, 250};
                                        static const uint8_t* const tables[4] = {table, table, table, table};
