@@ -498,26 +498,17 @@ QUORIN_API Quorin_Error QuorinTableLookUp_Planar8(const Quorin_Buffer* src, cons
 
 // ---- select and overwrite from other images --------------------------------------
 
-QUORIN_API Quorin_Error QuorinSelectChannels_ARGB8888(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc,
-                                                      const Quorin_Buffer* dest, uint32_t copyMask,
-                                                      Quorin_Flags flags) {
-    return kSelectARGB8888.run({origSrc, dest, nullptr, copyMask, 0, flags, 0, newSrc});
-}
-QUORIN_API Quorin_Error QuorinSelectChannels_ARGBFFFF(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc,
-                                                      const Quorin_Buffer* dest, uint32_t copyMask,
-                                                      Quorin_Flags flags) {
-    return kSelectARGBFFFF.run({origSrc, dest, nullptr, copyMask, 0, flags, 0, newSrc});
-}
-QUORIN_API Quorin_Error QuorinOverwriteChannels_ARGB8888(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc,
-                                                         const Quorin_Buffer* dest, uint32_t copyMask,
-                                                         Quorin_Flags flags) {
-    return kOverwritePlanesARGB8888.run({origSrc, dest, nullptr, copyMask, 0, flags, 0, newSrc});
-}
-QUORIN_API Quorin_Error QuorinOverwriteChannels_ARGBFFFF(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc,
-                                                         const Quorin_Buffer* dest, uint32_t copyMask,
-                                                         Quorin_Flags flags) {
-    return kOverwritePlanesARGBFFFF.run({origSrc, dest, nullptr, copyMask, 0, flags, 0, newSrc});
-}
+// newSrc, origSrc, dest, copyMask, flags: origSrc is the call's source.
+#define QUORIN_TWO_SOURCE_ENTRY(name, member)                                                                  \
+    QUORIN_API Quorin_Error name(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc,                    \
+                                 const Quorin_Buffer* dest, uint32_t copyMask, Quorin_Flags flags) {           \
+        return member.run({origSrc, dest, nullptr, copyMask, 0, flags, 0, newSrc});                            \
+    }
+QUORIN_TWO_SOURCE_ENTRY(QuorinSelectChannels_ARGB8888, kSelectARGB8888)
+QUORIN_TWO_SOURCE_ENTRY(QuorinSelectChannels_ARGBFFFF, kSelectARGBFFFF)
+QUORIN_TWO_SOURCE_ENTRY(QuorinOverwriteChannels_ARGB8888, kOverwritePlanesARGB8888)
+QUORIN_TWO_SOURCE_ENTRY(QuorinOverwriteChannels_ARGBFFFF, kOverwritePlanesARGBFFFF)
+#undef QUORIN_TWO_SOURCE_ENTRY
 
 // ---- flatten -------------------------------------------------------------------
 
