@@ -351,11 +351,13 @@ int RunOne(const uint8_t* data, size_t size) {
         args.maxFloat = in.chance(4) ? nullptr : ranges[0];
         args.minFloat = in.chance(4) ? nullptr : ranges[1];
     }
-    alignas(4) std::array<uint8_t, 16> values{};
+    alignas(4) std::array<uint8_t, 256> values{};
     if (m.extras & kWord) args.word = in.chance(128) ? in.byte() : (uint32_t{in.byte()} << 8 | in.byte());
     if (m.extras & kIndex) args.index = static_cast<int>(in.byte() % 8) - 2;  // -2 to 5: both sides of 0..3
     if (m.extras & kValues) {
-        for (size_t k = 0; k < values.size(); ++k) values[k] = in.byte();
+        // 16 bytes from the input; the rest of a table follows from them.
+        for (size_t k = 0; k < 16; ++k) values[k] = in.byte();
+        for (size_t k = 16; k < values.size(); ++k) values[k] = static_cast<uint8_t>(values[k % 16] * 7 + k);
         args.values = in.chance(8) ? nullptr : values.data();
     }
     args.flags = DrawFlags(in, m.accepted);
@@ -386,12 +388,14 @@ int RunOne(const uint8_t* data, size_t size) {
             if (!same) fail(code < 0 ? "a destination changed before an error" : "a size query wrote", i);
         } else {
             Quorin_Buffer region = *b.record();
-            if (role == Role::RowBytesDestination) region.width = region.rowBytes / PixelBytes(m.buffers[i].format);
+            size_t pixelBytes = PixelBytes(m.buffers[i].format);
+            if (role == Role::RowBytesDestination) region.width = region.rowBytes / pixelBytes;
+            if (role == Role::StepDestination) region.width = region.rowBytes, pixelBytes = 1;
             if (role == Role::MatchedDestination) {
                 region.width = buffers[0]->record()->width;
                 region.height = buffers[0]->record()->height;
             }
-            if (!ChangedOnlyInRows(b.bytes(), before[i].data(), b.size(), region, PixelBytes(m.buffers[i].format)))
+            if (!ChangedOnlyInRows(b.bytes(), before[i].data(), b.size(), region, pixelBytes))
                 fail("a destination changed outside its rows", i);
         }
         after.emplace_back(b.bytes(), b.bytes() + b.size());

@@ -12,6 +12,7 @@ constexpr BufferSpec A(Format f) { return {Role::OptionalSource, f}; }
 constexpr BufferSpec D(Format f) { return {Role::Destination, f}; }
 constexpr BufferSpec M(Format f) { return {Role::MatchedDestination, f}; }
 constexpr BufferSpec W(Format f) { return {Role::RowBytesDestination, f}; }
+constexpr BufferSpec Stepped(Format f) { return {Role::StepDestination, f}; }
 
 using enum Format;
 
@@ -48,6 +49,7 @@ constexpr Quorin_Flags kHostImage = kQuorinFlag_SingleThreaded | kQuorinFlag_Ver
 
 // Channel operations refuse no flag; only single-threaded has an effect.
 constexpr Quorin_Flags kChannels = kQuorinFlag_SingleThreaded;
+constexpr Quorin_Flags kFlatten = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryTempSize;
 
 constexpr Member kMembers[] = {
     // Straight-colour blends.
@@ -142,6 +144,27 @@ constexpr Member kMembers[] = {
     QUORIN_ROW(QuorinExtractChannel_ARGB16U, kChannels, S(k16x4), W(k16)),
     QUORIN_ROW(QuorinExtractChannel_ARGBFFFF, kChannels, S(kFx4), W(kF)),
     Row<&CreateOrlImageFromARGB8888>("QuorinCreateOrlImageFromBuffer", {S(k8x4)}, kHostImage),
+    QUORIN_ROW(QuorinTableLookUp_ARGB8888, kChannels, S(k8x4), Stepped(k8x4)),
+    QUORIN_ROW(QuorinTableLookUp_Planar8, kChannels, S(k8), Stepped(k8)),
+    QUORIN_ROW(QuorinSelectChannels_ARGB8888, kChannels, S(k8x4), S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinSelectChannels_ARGBFFFF, kChannels, S(kFx4), S(kFx4), D(kFx4)),
+    QUORIN_ROW(QuorinOverwriteChannels_ARGB8888, kChannels, S(k8), S(k8x4), W(k8x4)),
+    QUORIN_ROW(QuorinOverwriteChannels_ARGBFFFF, kChannels, S(kF), S(kFx4), W(kFx4)),
+    // Flatten answers the size query.
+    QUORIN_ROW(QuorinFlatten_ARGB8888, kFlatten, S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinFlatten_RGBA8888, kFlatten, S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinFlatten_ARGB16U, kFlatten, S(k16x4), D(k16x4)),
+    QUORIN_ROW(QuorinFlatten_RGBA16U, kFlatten, S(k16x4), D(k16x4)),
+    QUORIN_ROW(QuorinFlatten_ARGB16Q12, kFlatten, S(k16x4), D(k16x4)),
+    QUORIN_ROW(QuorinFlatten_RGBA16Q12, kFlatten, S(k16x4), D(k16x4)),
+    QUORIN_ROW(QuorinFlatten_ARGBFFFF, kFlatten, S(kFx4), D(kFx4)),
+    QUORIN_ROW(QuorinFlatten_RGBAFFFF, kFlatten, S(kFx4), D(kFx4)),
+    QUORIN_ROW(QuorinFlatten_ARGB8888ToRGB888, kFlatten, S(k8x4), D(k8x3)),
+    QUORIN_ROW(QuorinFlatten_RGBA8888ToRGB888, kFlatten, S(k8x4), D(k8x3)),
+    QUORIN_ROW(QuorinFlatten_BGRA8888ToRGB888, kFlatten, S(k8x4), D(k8x3)),
+    QUORIN_ROW(QuorinFlatten_ARGBFFFFToRGBFFF, kFlatten, S(kFx4), D(kFx3)),
+    QUORIN_ROW(QuorinFlatten_RGBAFFFFToRGBFFF, kFlatten, S(kFx4), D(kFx3)),
+    QUORIN_ROW(QuorinFlatten_BGRAFFFFToRGBFFF, kFlatten, S(kFx4), D(kFx3)),
 };
 
 #undef QUORIN_ROW

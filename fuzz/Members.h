@@ -43,7 +43,16 @@ constexpr bool IsFloat(Format f) { return SampleBytes(f) == 4; }
 // the member does not check but takes to match it.
 // A destination written along its whole rowBytes (padding included) is
 // written within its rows' bytes.
-enum class Role : uint8_t { Source, OptionalSource, Destination, MatchedDestination, RowBytesDestination };
+// A destination walked in four-byte steps up to its rowBytes may change in
+// any byte of its rows.
+enum class Role : uint8_t {
+    Source,
+    OptionalSource,
+    Destination,
+    MatchedDestination,
+    RowBytesDestination,
+    StepDestination,
+};
 
 struct BufferSpec {
     Role role;
@@ -59,7 +68,8 @@ struct Arguments {
     const float* minFloat = nullptr;
     Quorin_Flags flags = 0;
     // Channel operations: a mask or count, a channel index, and four
-    // channel values (or a map) as 16 bytes, which may be null.
+    // channel values (or a map) as 16 bytes, which may be null; they are the
+    // first of 256 bytes, so that they also serve as a lookup table.
     uint32_t word = 0;
     int index = 0;
     const uint8_t* values = nullptr;
@@ -117,6 +127,7 @@ struct Feeder {
         else if constexpr (std::is_same_v<T, int>) return args.index;
         else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
         else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
+        else if constexpr (std::is_same_v<T, const int16_t*>) return reinterpret_cast<const int16_t*>(args.values);
         else static_assert(sizeof(T) == 0, "a parameter type the fuzzer cannot draw");
     }
 };
@@ -149,7 +160,9 @@ constexpr uint8_t ExtraOf() {
                    std::is_same_v<A, int16_t>
                ? kWord
            : std::is_same_v<A, int> ? kIndex
-           : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*> ? kValues
+           : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*> ||
+                   std::is_same_v<A, const int16_t*>
+               ? kValues
                                                                                    : kNoExtra;
 }
 

@@ -8,7 +8,7 @@ set -euo pipefail
 
 build_pkgs=(cmake ninja-build g++ pkg-config libhwy-dev libpng-dev python3 binutils)
 test_pkgs=(libgtest-dev libgmock-dev)
-bench_pkgs=(libbenchmark-dev libyuv-dev libpixman-1-dev libopencv-dev)
+bench_pkgs=(libbenchmark-dev libyuv-dev libpixman-1-dev libopencv-dev libvips-dev)
 clang_pkgs=(clang-14 libclang-rt-14-dev)
 
 case "${1:-all}" in

@@ -389,11 +389,11 @@ QUORIN_API Quorin_Error QuorinExtractChannel_ARGBFFFF(const Quorin_Buffer *src, 
  * kept as it is. pixelSize only scales a piece's first column, which is
  * always 0 (pieces are whole rows). Rows that overlap are copied as by
  * memmove. No flag other than kQuorinFlag_SingleThreaded has an effect.
- * Checks nothing else and returns 0, except that with pixels of
- * max(pixelSize, 1) bytes these are refused with kQuorinError_BadArgument
- * (-21773) before any write: src or dest null or with null data; either
- * unable to describe its image; src shorter than dest or with rows shorter
- * than dest's width of pixels.
+ * Checks nothing else and returns 0, except that these are refused with
+ * kQuorinError_BadArgument (-21773) before any write: src or dest null or
+ * with null data; either unable to describe its image with pixels of
+ * max(pixelSize, 1) bytes; src whose height x rowBytes bytes do not hold
+ * dest's width bytes on each of dest's height rows.
  * Threading: the rows dispatcher from 64000 destination pixels. */
 QUORIN_API Quorin_Error QuorinCopyBuffer(const Quorin_Buffer *src, const Quorin_Buffer *dest, size_t pixelSize,
                                          Quorin_Flags flags);
@@ -419,6 +419,134 @@ QUORIN_API Quorin_Error QuorinCopyBuffer(const Quorin_Buffer *src, const Quorin_
  * Threading: the rows dispatcher from 64000 destination pixels. */
 QUORIN_API Quorin_Error QuorinClip_PlanarF(const Quorin_Buffer *src, const Quorin_Buffer *dest, float maxFloat,
                                            float minFloat, Quorin_Flags flags);
+
+/* ---- Table lookups ------------------------------------------------------- */
+
+/* Each byte is replaced by its entry in a 256-entry table: the ARGB8888
+ * member looks byte k of a row (counted from the row's first byte) up in
+ * tableA, tableR, tableG or tableB as k % 4 is 0, 1, 2 or 3; the Planar8
+ * member uses one table for every byte. Each row is walked four bytes a step
+ * up to dest's rowBytes, padding included, whatever dest's width: when
+ * rowBytes is not a multiple of 4, a row's last step writes up to 3 bytes
+ * into the next row's start (which that row then rewrites; in place, it
+ * reads them back and looks them up again), and on the buffer's last row
+ * the last step writes only the bytes inside the buffer. Each row reads as
+ * many bytes from the start of src's row. dest may be src. No flag is
+ * tested; the call runs on the calling thread.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_BadArgument (-21773): src or dest is null or has null
+ *      data (not -21772);
+ *   2. kQuorinError_BadArgument (-21773): a table is null;
+ *   3. kQuorinError_RegionExceedsSource (-21766): dest wider or taller than src;
+ *   4. kQuorinError_BadArgument (-21773): a rowBytes below its width of
+ *      pixels (4 x width, or width for Planar8);
+ *   5. kQuorinError_BadArgument (-21773): a byte extent that wraps or is
+ *      larger than any object;
+ *   6. kQuorinError_BadArgument (-21773): src's height x rowBytes bytes are
+ *      fewer than the walk reads. */
+QUORIN_API Quorin_Error QuorinTableLookUp_ARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                   const uint8_t tableA[256], const uint8_t tableR[256],
+                                                   const uint8_t tableG[256], const uint8_t tableB[256],
+                                                   Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinTableLookUp_Planar8(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                  const uint8_t table[256], Quorin_Flags flags);
+
+/* ---- Select channels from two images ------------------------------------ */
+
+/* Over dest's width x height, the channels copyMask selects come from
+ * newSrc's pixel, the others from origSrc's pixel at the same place. dest
+ * may be either source. No flag bit is refused.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_BadArgument (-21773): newSrc, origSrc or dest is null or
+ *      has null data (not -21772);
+ *   2. kQuorinError_BadArgument (-21773): origSrc has width or height 0;
+ *   3. kQuorinError_BadArgument (-21773): newSrc's width differs from origSrc's;
+ *   4. kQuorinError_RegionExceedsSource (-21766): dest wider or taller than origSrc;
+ *   5. kQuorinError_BadArgument (-21773): a rowBytes below 4 x its width
+ *      (16 x width for ARGBFFFF);
+ *   6. kQuorinError_BadArgument (-21773): a byte extent that wraps or is
+ *      larger than any object;
+ *   7. kQuorinError_BadArgument (-21773): newSrc has fewer rows than dest.
+ * Threading, from 64000 destination pixels: the rows dispatcher (ARGB8888),
+ * the grid dispatcher (ARGBFFFF). */
+QUORIN_API Quorin_Error QuorinSelectChannels_ARGB8888(const Quorin_Buffer *newSrc, const Quorin_Buffer *origSrc,
+                                                      const Quorin_Buffer *dest, uint32_t copyMask,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinSelectChannels_ARGBFFFF(const Quorin_Buffer *newSrc, const Quorin_Buffer *origSrc,
+                                                      const Quorin_Buffer *dest, uint32_t copyMask,
+                                                      Quorin_Flags flags);
+
+/* ---- Overwrite channels from a plane ------------------------------------ */
+
+/* newSrc is a plane of the pixels' samples. For each of dest's height rows
+ * and each pixel up to dest's rowBytes / 4 (ARGB8888) or rowBytes / 16
+ * (ARGBFFFF), padding included, not dest's width: the channels copyMask
+ * selects take newSrc's element at the pixel's column, the others origSrc's
+ * sample at the same position (each source read at its own rowBytes). dest
+ * may be origSrc. No flag is tested; the call runs on the calling thread.
+ * These check nothing else and return 0, except that these are refused
+ * with kQuorinError_BadArgument (-21773) before any write, in this order:
+ * a buffer null or with null data; a record unable to describe its image;
+ * a source whose height x rowBytes bytes are fewer than the walk reads. */
+QUORIN_API Quorin_Error QuorinOverwriteChannels_ARGB8888(const Quorin_Buffer *newSrc, const Quorin_Buffer *origSrc,
+                                                         const Quorin_Buffer *dest, uint32_t copyMask,
+                                                         Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinOverwriteChannels_ARGBFFFF(const Quorin_Buffer *newSrc, const Quorin_Buffer *origSrc,
+                                                         const Quorin_Buffer *dest, uint32_t copyMask,
+                                                         Quorin_Flags flags);
+
+/* ---- Flatten over a background -------------------------------------------- */
+
+/* Each pixel of dest's width x height is laid over the opaque background
+ * (four values in the source's channel order and depth) and written in
+ * dest's format. Integer samples, with M the maximum (255, 65535, 4096 for
+ * Q12), a the pixel's alpha and bg the background value of the same channel
+ * position, in 64-bit arithmetic with division truncating toward zero:
+ *   alpha  = (a x M + M / 2 + (M - a) x bg) / M
+ *   colour = (c x k + M / 2 + (M - a) x bg) / M,
+ * k = M when isPremultiplied is non-zero, else a. The Q12 members clamp a
+ * to 0..4096 first and compute signed. A result outside the sample's range
+ * (only colours above their alpha, or Q12 values outside 0..1, reach one)
+ * is saturated to it.
+ * Floats (M = 1), in single precision, each step rounded, in this order:
+ *   alpha = a + (1 - a) x bg;   colour = c x a + (1 - a) x bg, or
+ *   c + (1 - a) x bg when premultiplied.
+ * Float alpha is not clamped; a NaN result is written as the quiet NaN
+ * 0x7FC00000 by every kernel.
+ * The ToRGB888 and ToRGBFFF members write three samples R, G, B a pixel
+ * (from positions 1-3 of ARGB, 0-2 of RGBA, 2, 1, 0 of BGRA) and drop the
+ * alpha result. A four-channel dest may be src.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_NullPointer (-21772): src or dest is null or has null data;
+ *   2. kQuorinError_NullPointer (-21772): backgroundColor is null;
+ *   3. kQuorinError_UnsupportedFlags (-21775): a flag outside
+ *      kQuorinFlag_SingleThreaded | kQuorinFlag_QueryTempSize;
+ *   4. kQuorinError_RegionExceedsSource (-21766): dest wider or taller than src;
+ *   5. kQuorinError_BadArgument (-21773): src or dest has width or height 0;
+ *   then kQuorinFlag_QueryTempSize returns 0 (no temporary buffer), and
+ *   6. kQuorinError_BadArgument (-21773): a record unable to describe its
+ *      image (rowBytes below its width of pixels, or an extent that wraps or
+ *      is larger than any object).
+ * Threading, from 64000 destination pixels: the grid dispatcher, except
+ * QuorinFlatten_ARGB16Q12, which uses the rows dispatcher. */
+#define QUORIN_FLATTEN_DECLARATION(name, T)                                                                     \
+    QUORIN_API Quorin_Error name(const Quorin_Buffer *src, const Quorin_Buffer *dest, const T backgroundColor[4], \
+                                 int isPremultiplied, Quorin_Flags flags)
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB8888, uint8_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA8888, uint8_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB16U, uint16_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA16U, uint16_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB16Q12, int16_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA16Q12, int16_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGBFFFF, float);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBAFFFF, float);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB8888ToRGB888, uint8_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA8888ToRGB888, uint8_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_BGRA8888ToRGB888, uint8_t);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGBFFFFToRGBFFF, float);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBAFFFFToRGBFFF, float);
+QUORIN_FLATTEN_DECLARATION(QuorinFlatten_BGRAFFFFToRGBFFF, float);
+#undef QUORIN_FLATTEN_DECLARATION
 
 /* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */

@@ -54,6 +54,67 @@ void ExtractSteps(const T* src, T* dst, size_t count, size_t channel) {
     channels::ExtractElements(src + 4 * done, dst + done, count - done, channel);
 }
 
+struct SelectTwoBody {
+    Bytes mask;
+    Bytes operator()(const uint8_t* a, const uint8_t* b) const {
+        return hn::Or(hn::And(mask, hn::LoadU(D8(), a)), hn::AndNot(mask, hn::LoadU(D8(), b)));
+    }
+};
+
+// Whole steps of interleaved pixels, the selected channels replaced by the
+// plane's elements; the rest by the rule.
+template <class T>
+void OverwriteFromPlaneSteps(const T* plane, const T* src, T* dst, size_t count, const channels::Selected& selected) {
+    const hn::ScalableTag<T> d;
+    const size_t done = WholeSteps(count, hn::Lanes(d), [&](size_t x) {
+        hn::Vec<decltype(d)> v[4];
+        hn::LoadInterleaved4(d, src + 4 * x, v[0], v[1], v[2], v[3]);
+        const auto p = hn::LoadU(d, plane + x);
+        for (size_t c = 0; c < 4; ++c)
+            if (selected.channel[c]) v[c] = p;
+        hn::StoreInterleaved4(v[0], v[1], v[2], v[3], d, dst + 4 * x);
+    });
+    channels::OverwriteFromPlane(plane + done, src + 4 * done, dst + 4 * done, count - done, selected);
+}
+
+// A 256-entry table as sixteen 16-entry blocks, each repeated through every
+// 128-bit block of a vector: a byte's high nibble picks the block, its low
+// nibble the entry.
+struct Table256 {
+    Bytes block[16];
+    explicit Table256(const uint8_t* table) {
+        for (size_t j = 0; j < 16; ++j) block[j] = hn::LoadDup128(D8(), table + 16 * j);
+    }
+    Bytes operator()(Bytes v) const {
+        const D8 d;
+        const Bytes low = hn::And(v, hn::Set(d, 0x0F)), high = hn::ShiftRight<4>(v);
+        Bytes out = hn::TableLookupBytes(block[0], low);
+        for (size_t j = 1; j < 16; ++j)
+            out = hn::IfThenElse(hn::Eq(high, hn::Set(d, static_cast<uint8_t>(j))), hn::TableLookupBytes(block[j], low),
+                                 out);
+        return out;
+    }
+};
+
+struct LookUpBody {
+    Table256 table;
+    Bytes operator()(const uint8_t* src) const { return table(hn::LoadU(D8(), src)); }
+};
+
+// Four tables: whole pixels split into their four bytes, each looked up in
+// its table; the bytes no whole pixel covers by the rule.
+void LookUpPixels(const uint8_t* src, uint8_t* dst, size_t bytes, const channels::Tables& tables) {
+    const D8 d;
+    const Table256 table[4] = {Table256(tables.table[0]), Table256(tables.table[1]), Table256(tables.table[2]),
+                               Table256(tables.table[3])};
+    const size_t done = 4 * WholeSteps(bytes / 4, hn::Lanes(d), [&](size_t x) {
+        Bytes v[4];
+        hn::LoadInterleaved4(d, src + 4 * x, v[0], v[1], v[2], v[3]);
+        hn::StoreInterleaved4(table[0](v[0]), table[1](v[1]), table[2](v[2]), table[3](v[3]), d, dst + 4 * x);
+    });
+    channels::LookUpBytes(src + done, dst + done, bytes - done, tables);
+}
+
 struct ClipBody {
     hn::Vec<hn::ScalableTag<float>> upper, lower;
     Bytes operator()(const float* src) const {
@@ -123,6 +184,42 @@ void ClipFloatsVector(const float* src, float* dst, size_t count, float upper, f
 #endif
 }
 
+void SelectTwoBytesVector(const uint8_t* a, const uint8_t* b, uint8_t* dst, size_t bytes, const uint8_t* mask,
+                          size_t pixelBytes, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::SelectTwoBytes(a, b, dst, bytes, mask, pixelBytes, stream);
+#else
+    ForEachVector(dst, bytes, pixelBytes, stream, SelectTwoBody{hn::LoadDup128(D8(), mask)}, a, b);
+#endif
+}
+
+template <class T>
+void FromPlane(const T* plane, const T* src, T* dst, size_t count, const channels::Selected& selected) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::OverwriteFromPlane(plane, src, dst, count, selected);
+#else
+    OverwriteFromPlaneSteps(plane, src, dst, count, selected);
+#endif
+}
+void OverwriteFromPlaneBytesVector(const uint8_t* plane, const uint8_t* src, uint8_t* dst, size_t count,
+                                   const channels::Selected& selected) {
+    FromPlane(plane, src, dst, count, selected);
+}
+void OverwriteFromPlaneFloatsVector(const float* plane, const float* src, float* dst, size_t count,
+                                    const channels::Selected& selected) {
+    FromPlane(plane, src, dst, count, selected);
+}
+
+// One table runs on whole vectors of bytes, whatever their positions.
+void LookUpBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, const channels::Tables& tables) {
+#if HWY_TARGET == HWY_SCALAR
+    channels::LookUpBytes(src, dst, bytes, tables);
+#else
+    if (!tables.single()) return LookUpPixels(src, dst, bytes, tables);
+    ForEachVector(dst, bytes, 1, false, LookUpBody{Table256(tables.table[0])}, src);
+#endif
+}
+
 }  // namespace quorin::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -136,6 +233,10 @@ HWY_EXPORT(PermuteBytesVector);
 HWY_EXPORT(ExtractBytesVector);
 HWY_EXPORT(ExtractWordsVector);
 HWY_EXPORT(ExtractFloatsVector);
+HWY_EXPORT(SelectTwoBytesVector);
+HWY_EXPORT(OverwriteFromPlaneBytesVector);
+HWY_EXPORT(OverwriteFromPlaneFloatsVector);
+HWY_EXPORT(LookUpBytesVector);
 
 const KernelPair<FillKernel> kFillKernels{&FillBytes, HWY_DISPATCH_TABLE(FillBytesVector)};
 const KernelPair<SelectKernel> kSelectKernels{&SelectBytes, HWY_DISPATCH_TABLE(SelectBytesVector)};
@@ -147,6 +248,12 @@ const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels{&ExtractElements<uin
                                                             HWY_DISPATCH_TABLE(ExtractWordsVector)};
 const KernelPair<ExtractKernel<float>> kExtractFKernels{&ExtractElements<float>,
                                                        HWY_DISPATCH_TABLE(ExtractFloatsVector)};
+const KernelPair<SelectTwoKernel> kSelectTwoKernels{&SelectTwoBytes, HWY_DISPATCH_TABLE(SelectTwoBytesVector)};
+const KernelPair<FromPlaneKernel<uint8_t>> kFromPlane8Kernels{&OverwriteFromPlane<uint8_t>,
+                                                              HWY_DISPATCH_TABLE(OverwriteFromPlaneBytesVector)};
+const KernelPair<FromPlaneKernel<float>> kFromPlaneFKernels{&OverwriteFromPlane<float>,
+                                                            HWY_DISPATCH_TABLE(OverwriteFromPlaneFloatsVector)};
+const KernelPair<LookUpKernel> kLookUpKernels{&LookUpBytes, HWY_DISPATCH_TABLE(LookUpBytesVector)};
 
 }  // namespace quorin::channels
 #endif

@@ -20,6 +20,12 @@ template <class T>
 using ExtractKernel = void (*)(const T* src, T* dst, size_t count, size_t channel);
 using ClipKernel = void (*)(const float* src, float* dst, size_t count, float upper, float lower, bool stream);
 
+using SelectTwoKernel = void (*)(const uint8_t* a, const uint8_t* b, uint8_t* dst, size_t bytes, const uint8_t* mask,
+                                 size_t pixelBytes, bool stream);
+template <class T>
+using FromPlaneKernel = void (*)(const T* plane, const T* src, T* dst, size_t count, const Selected& selected);
+using LookUpKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, const Tables& tables);
+
 extern const KernelPair<FillKernel> kFillKernels;
 extern const KernelPair<SelectKernel> kSelectKernels;
 extern const KernelPair<ClipKernel> kClipKernels;
@@ -29,6 +35,17 @@ extern const KernelPair<PermuteKernel> kPermuteKernels;
 extern const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels;
 extern const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels;
 extern const KernelPair<ExtractKernel<float>> kExtractFKernels;
+
+extern const KernelPair<SelectTwoKernel> kSelectTwoKernels;
+extern const KernelPair<FromPlaneKernel<uint8_t>> kFromPlane8Kernels;
+extern const KernelPair<FromPlaneKernel<float>> kFromPlaneFKernels;
+extern const KernelPair<LookUpKernel> kLookUpKernels;
+
+template <class T>
+const KernelPair<FromPlaneKernel<T>>& FromPlaneKernels() {
+    if constexpr (sizeof(T) == 1) return kFromPlane8Kernels;
+    else return kFromPlaneFKernels;
+}
 
 template <class T>
 const KernelPair<ExtractKernel<T>>& ExtractKernels() {

@@ -89,4 +89,41 @@ inline void ClipFloats(const float* src, float* dst, size_t count, float upper, 
     for (size_t i = 0; i < count; ++i) StoreElement(dst + i, Clip(LoadElement(src + i), upper, lower));
 }
 
+// Each byte: a's where the mask is set, else b's (two sources, one pattern).
+inline void SelectTwoBytes(const uint8_t* a, const uint8_t* b, uint8_t* dst, size_t bytes, const uint8_t* mask,
+                           size_t pixelBytes, bool /*stream*/) {
+    for (size_t i = 0; i < bytes; ++i) {
+        const size_t k = i % pixelBytes;
+        dst[i] = static_cast<uint8_t>((a[i] & mask[k]) | (b[i] & ~mask[k]));
+    }
+}
+
+// Four pixels' worth of channel flags: selected[c] for channel c.
+struct Selected {
+    bool channel[4];
+};
+
+// Each of `count` four-element pixels: the selected channels take the
+// plane's element at the pixel's column, the others the source pixel's.
+template <class T>
+void OverwriteFromPlane(const T* plane, const T* src, T* dst, size_t count, const Selected& selected) {
+    for (size_t x = 0; x < count; ++x) {
+        const T p = LoadElement(plane + x);
+        for (size_t c = 0; c < 4; ++c)
+            StoreElement(dst + 4 * x + c, selected.channel[c] ? p : LoadElement(src + 4 * x + c));
+    }
+}
+
+// The tables of a lookup: byte k of a walk (counted from the row's first
+// byte) is looked up in table k % 4; a single-table lookup names it four
+// times.
+struct Tables {
+    const uint8_t* table[4];
+    bool single() const { return table[0] == table[1] && table[0] == table[2] && table[0] == table[3]; }
+};
+
+inline void LookUpBytes(const uint8_t* src, uint8_t* dst, size_t bytes, const Tables& tables) {
+    for (size_t i = 0; i < bytes; ++i) dst[i] = tables.table[i & 3][src[i]];
+}
+
 }  // namespace quorin::channels

@@ -1,5 +1,6 @@
-// Channel operations: fills, overwrites with a scalar, the buffer copy, the
-// float clip, channel permutes and channel extracts. Each entry point runs its row of the member table
+// Channel operations: fills, overwrites, the buffer copy, the float clip,
+// channel permutes, extracts and selects, table lookups and flattens. Each
+// entry point runs its row of the member table
 // (ChannelMembers.h): the check list, then the kernel pair over one
 // contiguous run or row by row, under the member's split.
 #include <algorithm>
@@ -7,6 +8,7 @@
 
 #include "Conversion/ChannelKernels.h"
 #include "Conversion/ChannelMembers.h"
+#include "Conversion/FlattenKernels.h"
 #include "Core/Streaming.h"
 #include "Core/Walk.h"
 
@@ -73,6 +75,14 @@ Quorin_Error RunOverwritePlane(const Quorin_Buffer* dest, const void* scalar, Qu
     });
 }
 
+// Whether a walk that reads `bytes` from the start of each of the first
+// `rows` rows of `buffer` (a record that can describe its image) stays
+// inside its height x rowBytes bytes.
+bool WalkFits(const Quorin_Buffer* buffer, size_t rows, size_t bytes) {
+    if (rows == 0 || bytes == 0) return true;
+    return rows <= buffer->height && (rows - 1) * buffer->rowBytes + bytes <= buffer->height * buffer->rowBytes;
+}
+
 bool Overlap(const void* a, const void* b, size_t bytes) {
     const auto x = reinterpret_cast<uintptr_t>(a), y = reinterpret_cast<uintptr_t>(b);
     return x < y + bytes && y < x + bytes;
@@ -86,6 +96,8 @@ Quorin_Error RunCopy(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_t
     const size_t bytes = std::max<size_t>(pixelSize, 1);
     const Operand operands[] = {{dest, bytes}, {src, bytes}};
     if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags, dest})) return error;
+    // The copy reads dest's width bytes (not pixels) from each of dest's rows of src.
+    if (!WalkFits(src, dest->height, dest->width)) return kQuorinError_BadArgument;
     const auto* const from = static_cast<const uint8_t*>(src->data);
     auto* const to = static_cast<uint8_t*>(dest->data);
     const size_t srcRowBytes = src->rowBytes, destRowBytes = dest->rowBytes;
@@ -146,9 +158,8 @@ Quorin_Error RunExtract(const Quorin_Buffer* src, const Quorin_Buffer* dest, int
     // and the last element it reads inside src.
     const size_t count = (dest->rowBytes + kPixel - 1) / kPixel;
     if (count == 0) return kQuorinSuccess;
-    const size_t lastRead = (dest->height - 1) * src->rowBytes + (count - 1) * kPixel + (channel + 1) * kElement;
-    if (count * kElement > dest->rowBytes || dest->height > src->height || lastRead > src->height * src->rowBytes)
-        return kQuorinError_BadArgument;
+    const size_t rowRead = (count - 1) * kPixel + (channel + 1) * kElement;
+    if (count * kElement > dest->rowBytes || !WalkFits(src, dest->height, rowRead)) return kQuorinError_BadArgument;
     const auto kernel = ExtractKernels<T>().choose();
     const auto* const from = static_cast<const uint8_t*>(src->data);
     auto* const to = static_cast<uint8_t*>(dest->data);
@@ -181,8 +192,7 @@ Quorin_Error RunOverwritePixel(const Quorin_Buffer* src, const Quorin_Buffer* de
     const size_t count = PixelsOverwritten<kMember>(dest->rowBytes), rows = dest->height;
     if (rows == 0 || count == 0) return kQuorinSuccess;
     // The source is read at dest's pixel count on each of dest's rows.
-    if (rows > src->height || (rows - 1) * src->rowBytes + count * kBytes > src->height * src->rowBytes)
-        return kQuorinError_BadArgument;
+    if (!WalkFits(src, rows, count * kBytes)) return kQuorinError_BadArgument;
     const Pattern pattern = Repeat(pixel, kBytes);
     const Pattern mask = SelectedBytes(copyMask, kFormat.sampleBytes());
     const auto kernel = ChooseStreaming(kSelectKernels, rows * count * kBytes);
@@ -193,6 +203,116 @@ Quorin_Error RunOverwritePixel(const Quorin_Buffer* src, const Quorin_Buffer* de
             kernel(from + y * src->rowBytes, to + y * dest->rowBytes, count * kBytes, pattern.data(), mask.data(),
                    kBytes);
     });
+}
+
+// Four bytes a step up to dest's rowBytes from each row's first byte: a
+// rowBytes that is not a multiple of 4 makes each row's last step write up
+// to 3 bytes into the next row, which that row then rewrites (reading them
+// back when the lookup is in place), and on the buffer's last row the last
+// step writes only the bytes inside it. Each row reads from its source row
+// as many bytes as it writes. The rows run in order on the calling thread.
+template <const Member& kMember>
+Quorin_Error RunLookUp(const Quorin_Buffer* src, const Quorin_Buffer* dest, const Tables& tables,
+                       Quorin_Flags flags) {
+    constexpr size_t kBytes = kMember.format.pixelBytes();
+    const Operand operands[] = {{dest, kBytes}, {src, kBytes}};
+    const void* const pointers[] = {tables.table[0], tables.table[1], tables.table[2], tables.table[3]};
+    if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags, dest, pointers}))
+        return error;
+    const size_t rows = dest->height, rowBytes = dest->rowBytes, total = rows * rowBytes;
+    const size_t walk = (rowBytes + 3) / 4 * 4;
+    const auto written = [&](size_t y) { return std::min(walk, total - y * rowBytes); };
+    for (size_t y = 0; y < rows; ++y)
+        if (!WalkFits(src, y + 1, written(y))) return kQuorinError_BadArgument;
+    const LookUpKernel chosen = kLookUpKernels.choose();
+    const auto* const from = static_cast<const uint8_t*>(src->data);
+    auto* const to = static_cast<uint8_t*>(dest->data);
+    for (size_t y = 0; y < rows; ++y) {
+        const uint8_t* s = from + y * src->rowBytes;
+        uint8_t* d = to + y * rowBytes;
+        const size_t bytes = written(y);
+        // Rows that overlap without coinciding keep the rule's byte order.
+        const LookUpKernel kernel = s != d && Overlap(s, d, bytes) ? kLookUpKernels.scalar : chosen;
+        kernel(s, d, bytes, tables);
+    }
+    return kQuorinSuccess;
+}
+
+template <const Member& kMember, class PieceFn>
+void RunPieces(Quorin_Flags flags, const Quorin_Buffer* dest, PieceFn&& piece) {
+    if constexpr (kMember.split == SplitRule::Grid) RunGrid(flags, dest->width, dest->height, piece);
+    else RunRows(flags, dest->width, dest->height, piece);
+}
+
+// The channels copyMask selects from newSrc, the others from origSrc, over
+// dest's width x height.
+template <const Member& kMember>
+Quorin_Error RunSelect(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc, const Quorin_Buffer* dest,
+                       uint32_t copyMask, Quorin_Flags flags) {
+    constexpr PixelFormat kFormat = kMember.format;
+    constexpr size_t kBytes = kFormat.pixelBytes();
+    const Operand operands[] = {{dest, kBytes}, {origSrc, kBytes}, {newSrc, kBytes}};
+    if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags, dest})) return error;
+    const Pattern mask = SelectedBytes(copyMask, kFormat.sampleBytes());
+    const auto kernel = ChooseStreaming(kSelectTwoKernels, dest->height * dest->width * kBytes);
+    const auto run = [=](uint8_t* n, uint8_t* o, uint8_t* d, size_t pixels) {
+        kernel(n, o, d, pixels * kBytes, mask.data(), kBytes);
+    };
+    using P = Plane<uint8_t, kBytes>;
+    RunPieces<kMember>(flags, dest, OverPieces(run, P(newSrc), P(origSrc), P(dest)));
+    return kQuorinSuccess;
+}
+
+// dest's rowBytes / pixel bytes pixels a row, padding included: the selected
+// channels take newSrc's plane element at the pixel's column, the others
+// origSrc's. On the calling thread.
+template <const Member& kMember>
+Quorin_Error RunOverwritePlanes(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc, const Quorin_Buffer* dest,
+                                uint32_t copyMask, Quorin_Flags flags) {
+    constexpr PixelFormat kFormat = kMember.format;
+    using T = Sample<kFormat>;
+    constexpr size_t kBytes = kFormat.pixelBytes();
+    const Operand operands[] = {{newSrc, sizeof(T)}, {origSrc, kBytes}, {dest, kBytes}};
+    if (const Quorin_Error error = RunChecks(kMember.checks, CheckedCall{operands, flags})) return error;
+    const size_t count = dest->rowBytes / kBytes, rows = dest->height;
+    if (!WalkFits(newSrc, rows, count * sizeof(T)) || !WalkFits(origSrc, rows, count * kBytes))
+        return kQuorinError_BadArgument;
+    Selected selected{};
+    for (size_t c = 0; c < 4; ++c) selected.channel[c] = (copyMask >> (3 - c) & 1) != 0;
+    const auto kernel = FromPlaneKernels<T>().choose();
+    const Plane<T> plane(newSrc);
+    const Plane<T, 4> from(origSrc), to(dest);
+    if (count == 0) return kQuorinSuccess;
+    for (size_t y = 0; y < rows; ++y) kernel(plane.at(0, y), from.at(0, y), to.at(0, y), count, selected);
+    return kQuorinSuccess;
+}
+
+constexpr FlattenLayout LayoutOf(const Member& m) {
+    if (m.output.channels == 4) return m.format.alpha == kAlphaFirst ? FlattenLayout::AlphaFirst : FlattenLayout::AlphaLast;
+    if (m.format.alpha == kAlphaFirst) return FlattenLayout::AlphaFirstToRGB;
+    return m.format.order[0] == 'B' ? FlattenLayout::BGRAToRGB : FlattenLayout::AlphaLastToRGB;
+}
+
+template <const Member& kMember>
+Quorin_Error RunFlatten(const Quorin_Buffer* src, const Quorin_Buffer* dest, const void* background,
+                        int premultiplied, Quorin_Flags flags) {
+    constexpr PixelFormat kFormat = kMember.format, kOutput = kMember.output;
+    using T = Sample<kFormat>;
+    const Operand operands[] = {{dest, kOutput.pixelBytes()}, {src, kFormat.pixelBytes()}};
+    const void* const pointers[] = {background};
+    const CheckedCall call{operands, flags, dest, pointers};
+    const std::span<const CheckStep> checks = kMember.checks;
+    if (const Quorin_Error error = RunChecks(checks.first(kFlattenQuerySteps), call)) return error;
+    if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;  // no temporary buffer
+    if (const Quorin_Error error = RunChecks(checks.subspan(kFlattenQuerySteps), call)) return error;
+    FlattenArgs<T> args{};
+    std::memcpy(args.background, background, sizeof args.background);
+    args.premultiplied = premultiplied != 0;
+    args.layout = LayoutOf(kMember);
+    const auto kernel = ChooseStreaming(FlattenKernels<T>(), dest->height * dest->width * kOutput.pixelBytes());
+    const auto run = [=](T* s, T* d, size_t pixels) { kernel(s, d, pixels, args); };
+    RunPieces<kMember>(flags, dest, OverPieces(run, Plane<T, 4>(src), Plane<T, kOutput.channels>(dest)));
+    return kQuorinSuccess;
 }
 
 }  // namespace
@@ -213,11 +333,48 @@ Quorin_Error Run(const Call& c) {
         return RunOverwritePixel<kMember>(c.src, c.dest, c.value, c.copyMask, c.flags);
     } else if constexpr (kMember.shape == Shape::Extract) {
         return RunExtract<kMember>(c.src, c.dest, c.channel, c.flags);
+    } else if constexpr (kMember.shape == Shape::LookUp) {
+        Tables tables{};
+        const auto* given = static_cast<const uint8_t* const*>(c.value);
+        for (size_t k = 0; k < 4; ++k) tables.table[k] = given ? given[kMember.format.channels == 4 ? k : 0] : nullptr;
+        return RunLookUp<kMember>(c.src, c.dest, tables, c.flags);
+    } else if constexpr (kMember.shape == Shape::Select) {
+        return RunSelect<kMember>(c.newSrc, c.src, c.dest, c.copyMask, c.flags);
+    } else if constexpr (kMember.shape == Shape::OverwritePlanes) {
+        return RunOverwritePlanes<kMember>(c.newSrc, c.src, c.dest, c.copyMask, c.flags);
+    } else if constexpr (kMember.shape == Shape::Flatten) {
+        return RunFlatten<kMember>(c.src, c.dest, c.value, c.channel, c.flags);
     } else {
         const auto* bounds = static_cast<const float*>(c.value);
         return RunClip<kMember>(c.src, c.dest, bounds[0], bounds[1], c.flags);
     }
 }
+
+// The tables and the tests call members through their rows' pointers; an
+// entry point that inlines its member's run leaves no such function behind,
+// so the members are instantiated here.
+#define QUORIN_INSTANTIATE(member) template Quorin_Error Run<member>(const Call&);
+QUORIN_INSTANTIATE(kLookUpARGB8888)
+QUORIN_INSTANTIATE(kLookUpPlanar8)
+QUORIN_INSTANTIATE(kSelectARGB8888)
+QUORIN_INSTANTIATE(kSelectARGBFFFF)
+QUORIN_INSTANTIATE(kOverwritePlanesARGB8888)
+QUORIN_INSTANTIATE(kOverwritePlanesARGBFFFF)
+QUORIN_INSTANTIATE(kFlattenARGB8888)
+QUORIN_INSTANTIATE(kFlattenRGBA8888)
+QUORIN_INSTANTIATE(kFlattenARGB16U)
+QUORIN_INSTANTIATE(kFlattenRGBA16U)
+QUORIN_INSTANTIATE(kFlattenARGB16Q12)
+QUORIN_INSTANTIATE(kFlattenRGBA16Q12)
+QUORIN_INSTANTIATE(kFlattenARGBFFFF)
+QUORIN_INSTANTIATE(kFlattenRGBAFFFF)
+QUORIN_INSTANTIATE(kFlattenARGB8888ToRGB888)
+QUORIN_INSTANTIATE(kFlattenRGBA8888ToRGB888)
+QUORIN_INSTANTIATE(kFlattenBGRA8888ToRGB888)
+QUORIN_INSTANTIATE(kFlattenARGBFFFFToRGBFFF)
+QUORIN_INSTANTIATE(kFlattenRGBAFFFFToRGBFFF)
+QUORIN_INSTANTIATE(kFlattenBGRAFFFFToRGBFFF)
+#undef QUORIN_INSTANTIATE
 
 }  // namespace quorin::channels
 
@@ -323,5 +480,57 @@ QUORIN_API Quorin_Error QuorinExtractChannel_ARGBFFFF(const Quorin_Buffer* src, 
                                                       int channelIndex, Quorin_Flags flags) {
     return kExtractARGBFFFF.run({src, dest, nullptr, 0, 0, flags, channelIndex});
 }
+
+// ---- table lookups -----------------------------------------------------------
+
+QUORIN_API Quorin_Error QuorinTableLookUp_ARGB8888(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                                   const uint8_t tableA[256], const uint8_t tableR[256],
+                                                   const uint8_t tableG[256], const uint8_t tableB[256],
+                                                   Quorin_Flags flags) {
+    const uint8_t* const tables[4] = {tableA, tableR, tableG, tableB};
+    return kLookUpARGB8888.run({src, dest, tables, 0, 0, flags});
+}
+QUORIN_API Quorin_Error QuorinTableLookUp_Planar8(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                                  const uint8_t table[256], Quorin_Flags flags) {
+    const uint8_t* const tables[1] = {table};
+    return kLookUpPlanar8.run({src, dest, tables, 0, 0, flags});
+}
+
+// ---- select and overwrite from other images --------------------------------------
+
+// newSrc, origSrc, dest, copyMask, flags: origSrc is the call's source.
+#define QUORIN_TWO_SOURCE_ENTRY(name, member)                                                                  \
+    QUORIN_API Quorin_Error name(const Quorin_Buffer* newSrc, const Quorin_Buffer* origSrc,                    \
+                                 const Quorin_Buffer* dest, uint32_t copyMask, Quorin_Flags flags) {           \
+        return member.run({origSrc, dest, nullptr, copyMask, 0, flags, 0, newSrc});                            \
+    }
+QUORIN_TWO_SOURCE_ENTRY(QuorinSelectChannels_ARGB8888, kSelectARGB8888)
+QUORIN_TWO_SOURCE_ENTRY(QuorinSelectChannels_ARGBFFFF, kSelectARGBFFFF)
+QUORIN_TWO_SOURCE_ENTRY(QuorinOverwriteChannels_ARGB8888, kOverwritePlanesARGB8888)
+QUORIN_TWO_SOURCE_ENTRY(QuorinOverwriteChannels_ARGBFFFF, kOverwritePlanesARGBFFFF)
+#undef QUORIN_TWO_SOURCE_ENTRY
+
+// ---- flatten -------------------------------------------------------------------
+
+#define QUORIN_FLATTEN_ENTRY(name, member, T)                                                                   \
+    QUORIN_API Quorin_Error name(const Quorin_Buffer* src, const Quorin_Buffer* dest, const T backgroundColor[4], \
+                                 int isPremultiplied, Quorin_Flags flags) {                                     \
+        return member.run({src, dest, backgroundColor, 0, 0, flags, isPremultiplied});                         \
+    }
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_ARGB8888, kFlattenARGB8888, uint8_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_RGBA8888, kFlattenRGBA8888, uint8_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_ARGB16U, kFlattenARGB16U, uint16_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_RGBA16U, kFlattenRGBA16U, uint16_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_ARGB16Q12, kFlattenARGB16Q12, int16_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_RGBA16Q12, kFlattenRGBA16Q12, int16_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_ARGBFFFF, kFlattenARGBFFFF, float)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_RGBAFFFF, kFlattenRGBAFFFF, float)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_ARGB8888ToRGB888, kFlattenARGB8888ToRGB888, uint8_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_RGBA8888ToRGB888, kFlattenRGBA8888ToRGB888, uint8_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_BGRA8888ToRGB888, kFlattenBGRA8888ToRGB888, uint8_t)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_ARGBFFFFToRGBFFF, kFlattenARGBFFFFToRGBFFF, float)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_RGBAFFFFToRGBFFF, kFlattenRGBAFFFFToRGBFFF, float)
+QUORIN_FLATTEN_ENTRY(QuorinFlatten_BGRAFFFFToRGBFFF, kFlattenBGRAFFFFToRGBFFF, float)
+#undef QUORIN_FLATTEN_ENTRY
 
 }  // extern "C"

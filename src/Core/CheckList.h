@@ -30,6 +30,7 @@ enum class Check : uint8_t {
     Missing,        // an operand's record or its pixel data is null
     Empty,          // an operand has zero width or zero height
     SizesDiffer,    // an operand's width or height differs from the first operand's
+    WidthDiffers,   // an operand's width differs from the operand's before it
     ExceedsRegion,  // the region (the first operand unless the call names one) is wider than any operand, or taller
     RowBytesShort,  // an operand's rowBytes is shorter than a row of its pixels
     // An operand cannot describe its image: rowBytes shorter than a row, or a
@@ -109,6 +110,10 @@ inline bool FailsOn(const CheckStep& step, const CheckedCall& call, size_t i) {
         case Check::SizesDiffer: {
             const Quorin_Buffer* first = call.operands.front().record;
             return r && first && (r->width != first->width || r->height != first->height);
+        }
+        case Check::WidthDiffers: {
+            const Quorin_Buffer* before = i > 0 ? call.operands[i - 1].record : nullptr;
+            return r && before && r->width != before->width;
         }
         case Check::ExceedsRegion: {
             const Quorin_Buffer* region = call.regionRecord();

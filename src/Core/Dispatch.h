@@ -302,4 +302,22 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
     detail::ApplyOnRows(processors, width, height, closure);
 }
 
+// Runs pieceFn(x, y, w, h) once over the whole destination on this thread,
+// or through the grid dispatcher with the grid it chooses from the processor
+// count when WantsRowsOrGrid. A tile is any rectangle, so pieceFn must walk
+// partial rows.
+template <class PieceFn>
+void RunGrid(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn) {
+    if (!WantsRowsOrGrid(flags, width, height)) {
+        pieceFn(size_t{0}, size_t{0}, width, height);
+        return;
+    }
+    const Quorin_PieceClosure closure{
+        [](void* context, size_t, size_t x, size_t y, size_t w, size_t h) {
+            (*static_cast<std::remove_reference_t<PieceFn>*>(context))(x, y, w, h);
+        },
+        &pieceFn};
+    _QuorinDispatchApplyOnGrid(0, 0, width, height, &closure);
+}
+
 }  // namespace quorin

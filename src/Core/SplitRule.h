@@ -16,6 +16,7 @@ enum class SplitRule : uint8_t {
     ApplyBands,  // the same bands through a parallel apply of P iterations (RunBandsOnApply)
     RowWork,     // the row-work object dispatcher (QuorinRunRowWork)
     Rows,        // the rows dispatcher (RunRows), from 64000 destination pixels
+    Grid,        // the grid dispatcher (RunGrid), from 64000 destination pixels
     Chunks,      // one chunk per processor through one parallel apply (RunProcessorChunks)
     Serial,      // always on the calling thread
 };
@@ -26,6 +27,7 @@ inline const char* NameOf(SplitRule rule) {
         case SplitRule::ApplyBands: return "apply bands";
         case SplitRule::RowWork: return "row work";
         case SplitRule::Rows: return "rows";
+        case SplitRule::Grid: return "grid";
         case SplitRule::Chunks: return "processor chunks";
         case SplitRule::Serial: return "serial";
     }
@@ -46,6 +48,9 @@ Quorin_Error RunSplit(Quorin_Flags flags, size_t width, size_t height, BandFn&& 
         band(size_t{0}, height);
     } else if constexpr (kRule == SplitRule::Chunks) {
         RunProcessorChunks(flags, width, height, band);
+    } else if constexpr (kRule == SplitRule::Grid) {
+        // Bands of whole rows do not fit tiles: a grid member walks pieces.
+        static_assert(kRule != SplitRule::Grid, "a grid member runs its pieces through RunGrid");
     } else {
         // The rows dispatcher's pieces are whole rows (x = 0, w = width).
         RunRows(flags, width, height, [&band](size_t, size_t y, size_t, size_t h) { band(y, h); });

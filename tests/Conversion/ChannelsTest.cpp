@@ -225,6 +225,25 @@ TEST(Channels, CopyMovesWidthBytesOfEachRowWhateverThePixelSize) {
     }
 }
 
+// The copy reads width bytes a row, so a source is held only to those.
+TEST(Channels, CopyRefusesOnlySourcesTooShortForTheBytesItReads) {
+    const Member& m = Named("QuorinCopyBuffer");
+    std::vector<uint8_t> from(3 * 12 + 7), to(3 * 40, 0xEE);
+    for (size_t i = 0; i < from.size(); ++i) from[i] = static_cast<uint8_t>(i);
+    const Quorin_Buffer dest{to.data(), 3, 10, 40};
+    // Rows of 12 bytes (3 pixels of 4) hold the 10 bytes a row the copy reads.
+    const Quorin_Buffer narrow{from.data(), 3, 3, 12};
+    ASSERT_EQ(m.run({&narrow, &dest, nullptr, 0, 4, 0}), kQuorinSuccess);
+    for (size_t y = 0; y < 3; ++y)
+        for (size_t k = 0; k < 40; ++k) ASSERT_EQ(to[y * 40 + k], k < 10 ? from[y * 12 + k] : 0xEE);
+    // One row fewer, or rows of 9 bytes whose last row ends before the last read.
+    std::fill(to.begin(), to.end(), 0xEE);
+    const Quorin_Buffer fewer{from.data(), 2, 3, 12}, shorter{from.data(), 3, 2, 9};
+    for (const Quorin_Buffer* src : {&fewer, &shorter})
+        EXPECT_EQ(m.run({src, &dest, nullptr, 0, 4, 0}), kQuorinError_BadArgument);
+    EXPECT_EQ(to, std::vector<uint8_t>(to.size(), 0xEE));
+}
+
 // ---- Clip ---------------------------------------------------------------------
 
 float Clipped(float x, float upper, float lower) {
@@ -382,6 +401,152 @@ TEST(Channels, ExtractWritesItsCountOfSamplesPerRowUnderEveryKernel) {
     }
 }
 
+// ---- Table lookups ------------------------------------------------------------
+
+// The walk as described, byte by byte over the whole storage: each row from
+// its first byte, four bytes a step up to rowBytes, bytes past the buffer
+// skipped; in place, a row reads what the row before wrote into it.
+std::vector<uint8_t> LookedUp(const std::vector<uint8_t>& source, size_t srcRowBytes, std::vector<uint8_t> out,
+                              size_t front, size_t rows, size_t rowBytes, const uint8_t* const tables[4], bool inPlace) {
+    const size_t total = rows * rowBytes;
+    for (size_t y = 0; y < rows; ++y)
+        for (size_t i = 0; i < rowBytes; i += 4)
+            for (size_t k = 0; k < 4; ++k) {
+                const size_t at = y * rowBytes + i + k;
+                if (at >= total) continue;
+                const uint8_t in = inPlace ? out[front + at] : source[y * srcRowBytes + i + k];
+                out[front + at] = tables[k][in];
+            }
+    return out;
+}
+
+TEST(Channels, TableLookUpsWalkFourByteStepsToRowBytesUnderEveryKernel) {
+    uint8_t tables[4][256];
+    Random random(21);
+    for (auto& table : tables)
+        for (uint8_t& entry : table) entry = static_cast<uint8_t>(random.next());
+    for (const char* name : {"QuorinTableLookUp_ARGB8888", "QuorinTableLookUp_Planar8"}) {
+        const Member& m = Named(name);
+        SCOPED_TRACE(name);
+        const bool single = m.format.channels == 1;
+        const uint8_t* const given[4] = {tables[0], tables[1], tables[2], tables[3]};
+        const uint8_t* const used[4] = {tables[0], single ? tables[0] : tables[1], single ? tables[0] : tables[2],
+                                        single ? tables[0] : tables[3]};
+        const size_t pb = m.format.pixelBytes(), width = 150 / pb + 1, rows = 7;
+        for (const size_t rowBytes : {width * pb, width * pb + 1, width * pb + 2, width * pb + 3, width * pb + 9}) {
+            for (const bool inPlace : {false, true}) {
+                SCOPED_TRACE(testing::Message() << "rowBytes " << rowBytes << (inPlace ? " in place" : ""));
+                const size_t srcRowBytes = inPlace ? rowBytes : rowBytes + 5, front = 16;
+                std::vector<uint8_t> source(rows * srcRowBytes);
+                for (uint8_t& b : source) b = static_cast<uint8_t>(random.next());
+                std::vector<uint8_t> start(front + rows * rowBytes + 16, 0xEE);
+                if (inPlace) std::copy(source.begin(), source.end(), start.begin() + front);
+                const std::vector<uint8_t> want =
+                    LookedUp(source, srcRowBytes, start, front, rows, rowBytes, used, inPlace);
+                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                    std::vector<uint8_t> out = start;
+                    const Quorin_Buffer dest{out.data() + front, rows, width, rowBytes};
+                    const Quorin_Buffer src{inPlace ? out.data() + front : source.data(), rows, width, srcRowBytes};
+                    EXPECT_EQ(m.run({&src, &dest, given, 0, 0, flags}), kQuorinSuccess);
+                    EXPECT_EQ(out, want);
+                    return out;
+                }, KernelVariants());
+            }
+        }
+        // A source too short for the walk (the last step of its last row
+        // would read past it) is refused before any write.
+        std::vector<uint8_t> small(2 * (width * pb + 1)), out(2 * (width * pb + 3), 0xEE);
+        const Quorin_Buffer src{small.data(), 2, width, width * pb + 1}, dest{out.data(), 2, width, width * pb + 3};
+        EXPECT_EQ(m.run({&src, &dest, given, 0, 0, 0}), kQuorinError_BadArgument);
+        EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 0xEE));
+        const uint8_t* const none[4] = {nullptr, tables[1], tables[2], tables[3]};
+        EXPECT_EQ(m.run({&src, &dest, none, 0, 0, 0}), kQuorinError_BadArgument);
+    }
+}
+
+// ---- Select and overwrite from other images ----------------------------------------
+
+TEST(Channels, SelectTakesTheMaskedChannelsFromTheNewSourceUnderEveryKernelAndSplit) {
+    for (const char* name : {"QuorinSelectChannels_ARGB8888", "QuorinSelectChannels_ARGBFFFF"}) {
+        const Member& m = Named(name);
+        SCOPED_TRACE(name);
+        const size_t pb = m.format.pixelBytes(), e = m.format.sampleBytes();
+        GuardedImage orig(kWidth, kHeight, pb, 8, 1), fresh(kWidth, kHeight + 3, pb, 4, 3);
+        orig.fillRandom(31);
+        fresh.fillRandom(32);
+        for (uint32_t mask = 0; mask < 16; ++mask) {
+            SCOPED_TRACE(mask);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest(kWidth - 5, kHeight - 1, pb, 4, 2);
+                Call call{orig.record(), dest.record(), nullptr, mask | 0xF0F0u, 0, flags};
+                call.newSrc = fresh.record();
+                EXPECT_EQ(m.run(call), kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                for (size_t y = 0; y < dest.height(); y += 3)
+                    for (size_t k = 0; k < dest.width() * pb; ++k) {
+                        const bool selected = (mask >> (3 - k % pb / e) & 1) != 0;
+                        const uint8_t want = selected ? fresh.row(y)[k] : orig.row(y)[k];
+                        if (dest.row(y)[k] != want) ADD_FAILURE() << "row " << y << " byte " << k;
+                    }
+                return dest.pixels();
+            }, mask % 5 == 0 ? KernelAndSplitVariants() : KernelVariants());
+        }
+    }
+}
+
+// Pixels up to dest's rowBytes, padding included: the selected channels
+// take the plane's element at the column; nothing past the whole pixels of
+// a row changes.
+TEST(Channels, OverwriteFromAPlaneWalksDestRowBytesUnderEveryKernel) {
+    for (const char* name : {"QuorinOverwriteChannels_ARGB8888", "QuorinOverwriteChannels_ARGBFFFF"}) {
+        const Member& m = Named(name);
+        SCOPED_TRACE(name);
+        const size_t pb = m.format.pixelBytes(), e = m.format.sampleBytes(), rows = 9, width = 70;
+        for (const size_t rowBytes : {width * pb, width * pb + 3, width * pb + pb, width * pb + 2 * pb + 1}) {
+            const size_t count = rowBytes / pb, planeRowBytes = count * e + 2, origRowBytes = rowBytes + pb;
+            std::vector<uint8_t> plane(rows * planeRowBytes), orig(rows * origRowBytes);
+            Random random(rowBytes);
+            for (uint8_t& b : plane) b = static_cast<uint8_t>(random.next());
+            for (uint8_t& b : orig) b = static_cast<uint8_t>(random.next());
+            for (const uint32_t mask : {0x0u, 0x8u, 0x5u, 0xEu, 0xFu}) {
+                SCOPED_TRACE(testing::Message() << "rowBytes " << rowBytes << " mask " << mask);
+                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                    std::vector<uint8_t> out(rows * rowBytes + 32, 0xEE);
+                    const Quorin_Buffer newSrc{plane.data(), rows, width, planeRowBytes};
+                    const Quorin_Buffer src{orig.data(), rows, width, origRowBytes};
+                    const Quorin_Buffer dest{out.data(), rows, width, rowBytes};
+                    Call call{&src, &dest, nullptr, mask, 0, flags};
+                    call.newSrc = &newSrc;
+                    EXPECT_EQ(m.run(call), kQuorinSuccess);
+                    for (size_t y = 0; y < rows; ++y)
+                        for (size_t k = 0; k < rowBytes; ++k) {
+                            uint8_t want = 0xEE;
+                            if (k < count * pb) {
+                                const bool selected = (mask >> (3 - k % pb / e) & 1) != 0;
+                                want = selected ? plane[y * planeRowBytes + k / pb * e + k % e]
+                                                : orig[y * origRowBytes + k];
+                            }
+                            if (out[y * rowBytes + k] != want) ADD_FAILURE() << "row " << y << " byte " << k;
+                        }
+                    for (size_t k = rows * rowBytes; k < out.size(); ++k) EXPECT_EQ(out[k], 0xEE);
+                    return out;
+                }, KernelVariants());
+            }
+        }
+        // Sources shorter than the walk reads are refused before any write.
+        std::vector<uint8_t> plane(40 * e), orig(40 * pb), out(2 * 20 * pb, 0xEE);
+        const Quorin_Buffer dest{out.data(), 2, 10, 20 * pb};
+        const Quorin_Buffer shortPlane{plane.data(), 2, 10, 10 * e}, longPlane{plane.data(), 2, 20, 20 * e};
+        const Quorin_Buffer shortSrc{orig.data(), 2, 10, 10 * pb}, longSrc{orig.data(), 2, 20, 20 * pb};
+        for (const auto& [p, o] : {std::pair{&shortPlane, &longSrc}, std::pair{&longPlane, &shortSrc}}) {
+            Call call{o, &dest, nullptr, 0xF, 0, 0};
+            call.newSrc = p;
+            EXPECT_EQ(m.run(call), kQuorinError_BadArgument);
+        }
+        EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 0xEE));
+    }
+}
+
 // ---- Check lists ------------------------------------------------------------
 
 TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
@@ -390,7 +555,7 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
         SCOPED_TRACE(m->name);
         const size_t bytes = m->shape == Shape::Copy ? 4 : m->format.pixelBytes();
         GuardedImage a(9, 7, bytes, 4), b(9, 7, bytes, 8), plane(9, 7, m->format.sampleBytes(), 4),
-            tight(9, 7, bytes, 0);
+            tight(9, 7, bytes, 0), tightSource(9, 7, bytes, 0), c(9, 7, bytes, 12), out(9, 7, std::max<size_t>(m->output.pixelBytes(), 1), 4);
         a.fillRandom(1);
         std::vector<GuardedImage*> images;
         std::vector<size_t> written;
@@ -425,6 +590,36 @@ TEST(Channels, EveryMemberRefusesInTheOrderOfItsCheckList) {
                 entry = [m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
                     static const uint8_t map[4] = {1, 2, 3, 0};
                     return m->run({r[0], r[1], map, 0, 0, flags});
+                };
+                break;
+            case Shape::LookUp:  // written and read up to dest's rowBytes: no padding to reach
+                images = {&tight, &tightSource}, written = {0};
+                entry = [m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    static uint8_t table[256];
+                    static const uint8_t* const tables[4] = {table, table, table, table};
+                    return m->run({r[1], r[0], tables, 0, 0, flags});
+                };
+                break;
+            case Shape::Select:
+                images = {&a, &b, &c}, written = {0};
+                entry = [m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    Call call{r[1], r[0], nullptr, 0x6, 0, flags};
+                    call.newSrc = r[2];
+                    return m->run(call);
+                };
+                break;
+            case Shape::OverwritePlanes:  // writes up to dest's rowBytes
+                images = {&plane, &b, &tight}, written = {2};
+                entry = [m](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    Call call{r[1], r[2], nullptr, 0x6, 0, flags};
+                    call.newSrc = r[0];
+                    return m->run(call);
+                };
+                break;
+            case Shape::Flatten:
+                images = {&out, &b}, written = {0};
+                entry = [m, &value](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags flags) {
+                    return m->run({r[1], r[0], value, 0, 0, flags, 1});
                 };
                 break;
             case Shape::Extract:

@@ -64,6 +64,33 @@ std::vector<SafetyMember> ChannelMembers() {
                                    [m](B b, F f, R, R) { return m->run({b[0], b[1], nullptr, 0, 0, f, 1}); },
                                    nullCode});
                 break;
+            case Shape::LookUp:
+                members.push_back({m->name, {Arg{bytes, Use::ReadWithPadding}, Arg{bytes, Use::WrittenWithPadding}}, false,
+                                   [m](B b, F f, R, R) {
+                                       static const uint8_t table[256] = {7, 3, 250};
+                                       static const uint8_t* const tables[4] = {table, table, table, table};
+                                       return m->run({b[0], b[1], tables, 0, 0, f});
+                                   },
+                                   nullCode});
+                break;
+            case Shape::Select:
+            case Shape::OverwritePlanes: {
+                const Arg plane = m->shape == Shape::Select ? In(bytes) : In(m->format.sampleBytes());
+                const Arg dest = m->shape == Shape::Select ? Out(bytes) : Arg{bytes, Use::WrittenWithPadding};
+                members.push_back({m->name, {plane, In(bytes), dest}, false,
+                                   [m](B b, F f, R, R) {
+                                       channels::Call call{b[1], b[2], nullptr, 0x5, 0, f};
+                                       call.newSrc = b[0];
+                                       return m->run(call);
+                                   },
+                                   nullCode});
+                break;
+            }
+            case Shape::Flatten:
+                members.push_back({m->name, {In(bytes), Out(m->output.pixelBytes())}, false,
+                                   [m](B b, F f, R, R) { return m->run({b[0], b[1], kValues, 0, 0, f, 1}); },
+                                   nullCode});
+                break;
             default:
                 members.push_back({m->name, {In(m->shape == Shape::Copy ? 4 : bytes), Out(m->shape == Shape::Copy ? 4 : bytes)},
                                    false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); },

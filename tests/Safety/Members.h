@@ -20,12 +20,16 @@ enum class Use {
     WrittenCutToRows,
     // A destination written over its whole rowBytes, padding included.
     WrittenWithPadding,
+    // A source read over as many bytes a row as such a destination's rowBytes.
+    ReadWithPadding,
 };
 
 struct Arg {
     size_t pixelBytes;
     Use use;
-    bool written() const { return use != Use::Read; }
+    bool written() const { return use != Use::Read && use != Use::ReadWithPadding; }
+    // Rows without padding, which guarded images poison.
+    bool unpadded() const { return use == Use::WrittenWithPadding || use == Use::ReadWithPadding; }
 };
 
 // Wide ranges, so that random floats land on every side of them.

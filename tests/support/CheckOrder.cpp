@@ -43,6 +43,8 @@ bool Plant(const CheckStep& step, size_t i, int variant, const std::vector<Guard
             if (variant == 0 && r.width > 1) return (--r.width), true;
             if (variant == 1 && r.height > 1) return (--r.height), true;
             return false;
+        case Check::WidthDiffers:  // wider, so a narrower neighbour planted later keeps it different
+            return variant == 0 && i > 0 && ((++r.width), true);
         case Check::ExceedsRegion:
             if (i == 0) return false;
             if (variant == 0 && r.width > 1) return (--r.width), true;
@@ -71,6 +73,24 @@ bool Plant(const CheckStep& step, size_t i, int variant, const std::vector<Guard
     return false;
 }
 
+// Widths that earlier steps require equal are kept equal, so a fault planted
+// in one operand's width fails only the step it is planted for.
+void KeepEqualWidths(std::span<const CheckStep> earlier, Call& call) {
+    for (const CheckStep& step : earlier) {
+        if (step.check != Check::WidthDiffers) continue;
+        for (size_t k = 1; k < call.records.size(); ++k)
+            if (step.takes(k)) call.records[k].width = call.records[k - 1].width;
+    }
+}
+
+// Whether `step` still fails on the call as planted so far.
+bool StillFails(const CheckStep& step, const std::vector<GuardedImage*>& images, const Call& call) {
+    std::vector<Operand> operands;
+    const std::vector<const Quorin_Buffer*> records = call.pointers();
+    for (size_t i = 0; i < records.size(); ++i) operands.push_back({records[i], images[i]->pixelBytes()});
+    return RunChecks(std::span<const CheckStep>(&step, 1), CheckedCall{operands, call.flags}) != kQuorinSuccess;
+}
+
 bool NullsAPointer(const CheckStep& step) {
     return step.check == Check::NullRecord || step.check == Check::NullData || step.check == Check::Missing;
 }
@@ -95,9 +115,15 @@ size_t ExpectCheckOrder(std::span<const CheckStep> steps, const std::vector<Guar
                     if (NullsAPointer(steps[later])) continue;
                     for (size_t j = 0; j < images.size(); ++j) {
                         const size_t other = (i + 1 + j) % images.size();
-                        if (steps[later].takes(other) && Plant(steps[later], other, 0, images, call)) break;
+                        // A later fault that would undo this one (an empty region
+                        // no longer exceeds a source) is not planted.
+                        Call planted = call;
+                        if (!steps[later].takes(other) || !Plant(steps[later], other, 0, images, planted)) continue;
+                        if (StillFails(steps[s], images, planted)) call = planted;
+                        break;
                     }
                 }
+                KeepEqualWidths(steps.first(s), call);
                 SCOPED_TRACE(testing::Message() << "step " << s << " (" << steps[s].name << "), operand " << i
                                                 << ", fault " << variant);
                 for (const size_t d : destinations) images[d]->fillBytes(0x5A);

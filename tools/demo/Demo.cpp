@@ -63,7 +63,10 @@ void Context::writePng(const std::string& fileName, const Quorin_Buffer& image, 
     }
     png_init_io(png, file);
     png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height), 8,
-                 channels == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
+                 channels == 4   ? PNG_COLOR_TYPE_RGB_ALPHA
+                 : channels == 3 ? PNG_COLOR_TYPE_RGB
+                                 : PNG_COLOR_TYPE_GRAY,
+                 PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
     if (channels == 4) png_set_swap_alpha(png);  // our pixels are A, R, G, B
