@@ -16,6 +16,7 @@
 
 #include "Conversion/LayoutRules.h"
 #include "Core/Opaque.h"
+#include "Core/Intrinsics-inl.h"
 #include "Core/RowLoop-inl.h"
 
 #ifndef QUORIN_LAYOUT_KERNELS_ONCE
@@ -239,18 +240,11 @@ public:
         return TransposeLanes(sizeof(T) == 4 ? pixels : Shuffle(pixels, toChannels_));
     }
     // Bytes of the float-to-byte rule from four vectors of its t, lane l of
-    // vector j for sample l of part j: t clamped to 255, truncated, and packed
-    // twice with unsigned saturation. 255 goes first into the minimum, since
-    // x86 returns the second operand when either is NaN: a NaN t stays NaN,
-    // the conversion turns it (and any t <= -1) into a negative integer, and
-    // saturation makes that 0, as the rule does. Block k then holds samples
-    // 4k..4k+3 of each vector in turn, in 32-bit lanes 4k..4k+3.
+    // vector j for sample l of part j: block k holds samples 4k..4k+3 of each
+    // vector in turn, in 32-bit lanes 4k..4k+3.
     static V PackScaled(hn::Vec512<float> t0, hn::Vec512<float> t1, hn::Vec512<float> t2, hn::Vec512<float> t3) {
         static_assert(sizeof(T) == 1);
-        const __m512 top = _mm512_set1_ps(255.0f);
-        const auto whole = [top](hn::Vec512<float> t) { return _mm512_cvttps_epi32(_mm512_min_ps(top, t.raw)); };
-        return V{_mm512_packus_epi16(_mm512_packus_epi32(whole(t0), whole(t1)),
-                                     _mm512_packus_epi32(whole(t2), whole(t3)))};
+        return quorin::HWY_NAMESPACE::PackTruncatedBytes(hn::Full512<float>(), t0, t1, t2, t3);
     }
     // PackScaled of four channels' samples (one vector per channel) -> whole pixels.
     V PixelsOfPacked(V packed) const { return Shuffle(packed, toPixels_); }
@@ -266,25 +260,16 @@ public:
         return c % 2 == 0 ? hn::LowerHalf(Q(), half) : hn::UpperHalf(Q(), half);
     }
     // Four vectors of four blocks each, transposed as a 4 x 4 matrix of
-    // blocks: afterwards v[c] holds block c of every input, in order. Eight
-    // two-source block shuffles, where taking the blocks apart and joining
-    // them again costs three times as many operations.
+    // blocks: afterwards v[c] holds block c of every input, in order. The
+    // halves first (v0 with v2, v1 with v3), then the blocks within them.
     static void TransposeBlocks(V (&v)[4]) {
-        const auto shuffle = [](V a, V b, auto imm) {
-            return hn::BitCast(D(), hn::Vec512<uint64_t>{_mm512_shuffle_i64x2(
-                                        hn::BitCast(hn::Full512<uint64_t>(), a).raw,
-                                        hn::BitCast(hn::Full512<uint64_t>(), b).raw, decltype(imm)::value)});
-        };
-        using Low = std::integral_constant<int, 0x44>;    // blocks 0, 1 of a, then 0, 1 of b
-        using High = std::integral_constant<int, 0xEE>;   // blocks 2, 3 of a, then 2, 3 of b
-        using Even = std::integral_constant<int, 0x88>;   // blocks 0, 2 of a, then 0, 2 of b
-        using Odd = std::integral_constant<int, 0xDD>;    // blocks 1, 3 of a, then 1, 3 of b
-        const V ab01 = shuffle(v[0], v[1], Low{}), ab23 = shuffle(v[0], v[1], High{});
-        const V cd01 = shuffle(v[2], v[3], Low{}), cd23 = shuffle(v[2], v[3], High{});
-        v[0] = shuffle(ab01, cd01, Even{});
-        v[1] = shuffle(ab01, cd01, Odd{});
-        v[2] = shuffle(ab23, cd23, Even{});
-        v[3] = shuffle(ab23, cd23, Odd{});
+        const D d;
+        const V x0 = hn::ConcatLowerLower(d, v[2], v[0]), x2 = hn::ConcatUpperUpper(d, v[2], v[0]);
+        const V x1 = hn::ConcatLowerLower(d, v[3], v[1]), x3 = hn::ConcatUpperUpper(d, v[3], v[1]);
+        v[0] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(x1), x0);
+        v[1] = hn::OddEvenBlocks(x1, hn::SwapAdjacentBlocks(x0));
+        v[2] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(x3), x2);
+        v[3] = hn::OddEvenBlocks(x3, hn::SwapAdjacentBlocks(x2));
     }
 
 private:

@@ -237,11 +237,11 @@ inline constexpr Member kARGBFFFFtoPlanar8 =
 #undef QUORIN_LAYOUT_ROW
 
 inline constexpr const Member* kLayoutMembers[] = {
-    &kPlanar8toARGB8888, &kPlanar8ToXRGB8888, &kPlanar8ToBGRX8888, &kPlanarFtoARGBFFFF, &kPlanarFToXRGBFFFF,
-    &kPlanarFToBGRXFFFF, &kPlanar16UtoARGB16U, &kPlanar16UtoRGB16U, &kPlanar8toRGB888, &kPlanarFtoRGBFFF,
-    &kPlanar8ToARGBFFFF, &kPlanar8ToXRGBFFFF, &kPlanar8ToBGRXFFFF, &kPlanarFToARGB8888, &kPlanarFToXRGB8888,
-    &kPlanarFToBGRX8888, &kARGB8888toPlanar8, &kARGBFFFFtoPlanarF, &kARGB16UtoPlanar16U, &kRGB16UtoPlanar16U,
-    &kXRGB8888ToPlanar8, &kBGRX8888ToPlanar8, &kXRGBFFFFToPlanarF, &kBGRXFFFFToPlanarF, &kARGB8888toPlanarF,
+    &kPlanar8toARGB8888,  &kPlanarFtoARGBFFFF,  &kPlanar16UtoARGB16U, &kPlanar8ToXRGB8888,  &kPlanar8ToBGRX8888,
+    &kPlanarFToXRGBFFFF,  &kPlanarFToBGRXFFFF,  &kPlanar16UtoRGB16U,  &kPlanar8toRGB888,    &kPlanarFtoRGBFFF,
+    &kPlanar8ToARGBFFFF,  &kPlanar8ToXRGBFFFF,  &kPlanar8ToBGRXFFFF,  &kPlanarFToARGB8888,  &kPlanarFToXRGB8888,
+    &kPlanarFToBGRX8888,  &kARGB8888toPlanar8,  &kARGBFFFFtoPlanarF,  &kARGB16UtoPlanar16U, &kRGB16UtoPlanar16U,
+    &kXRGB8888ToPlanar8,  &kBGRX8888ToPlanar8,  &kXRGBFFFFToPlanarF,  &kBGRXFFFFToPlanarF,  &kARGB8888toPlanarF,
     &kARGBFFFFtoPlanar8,
 };
 

@@ -97,6 +97,10 @@ std::vector<SafetyMember> LayoutMembers() {
     return members;
 }
 
+// Rows written by hand, for families without a member table (In and Out
+// give each buffer's bytes per pixel in argument order).
+std::vector<SafetyMember> HandWrittenMembers() { return {}; }
+
 }  // namespace
 
 const std::vector<SafetyMember>& ImplementedMembers() {
@@ -104,6 +108,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         std::vector<SafetyMember> all = AlphaMembers();
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : HandWrittenMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;
