@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "Core/Signature.h"
 #include "quorin/Types.h"
 
 namespace quorin::fuzz {
@@ -121,25 +122,6 @@ struct Feeder {
     }
 };
 
-template <class... A, size_t... I>
-Quorin_Error CallIndexed(Quorin_Error (*f)(A...), const Arguments& args, std::index_sequence<I...>) {
-    Feeder feed{args};
-    // Braced initialisation evaluates left to right, so parameters take
-    // buffers in the signature's order.
-    std::tuple<A...> parameters{feed.template next<A, I + 1 == sizeof...(A)>()...};
-    return std::apply(f, parameters);
-}
-
-template <class... A>
-Quorin_Error Call(Quorin_Error (*f)(A...), const Arguments& args) {
-    return CallIndexed(f, args, std::index_sequence_for<A...>{});
-}
-
-template <class... A>
-constexpr size_t BufferParameters(Quorin_Error (*)(A...)) {
-    return (size_t{0} + ... + size_t{std::is_same_v<A, const Quorin_Buffer*>});
-}
-
 template <class A>
 constexpr uint8_t ExtraOf() {
     return std::is_same_v<A, uint8_t>        ? kByteConstant
@@ -168,13 +150,13 @@ constexpr uint8_t ExtrasOf(Quorin_Error (*)(A...)) {
 
 template <auto F>
 Quorin_Error Invoke(const Arguments& args) {
-    return detail::Call(F, args);
+    return CallBySignature(F, detail::Feeder{args});
 }
 
 // One row: the buffer list must match the signature's buffer parameters.
 template <auto F, size_t N>
 constexpr Member Row(const char* name, const BufferSpec (&buffers)[N], Quorin_Flags accepted) {
-    static_assert(N == detail::BufferParameters(F), "the row's buffers differ from the signature's");
+    static_assert(N == ParametersOf<const Quorin_Buffer*>(F), "the row's buffers differ from the signature's");
     Member m{name, &Invoke<F>, N, {}, accepted, detail::ExtrasOf(F)};
     for (size_t i = 0; i < N; ++i) m.buffers[i] = buffers[i];
     return m;

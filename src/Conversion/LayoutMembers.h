@@ -15,10 +15,10 @@
 #include <cstdint>
 #include <span>
 #include <type_traits>
-#include <utility>
 
 #include "Core/CheckList.h"
 #include "Core/PixelFormat.h"
+#include "Core/Signature.h"
 #include "Core/SplitRule.h"
 #include "quorin/Conversion.h"
 
@@ -99,8 +99,6 @@ struct Member {
 
 // ---- Rows made from the exported signatures ------------------------------------
 
-namespace detail {
-
 // Fills an exported function's parameters from a Call in signature order:
 // buffers in turn, the byte or float constant, maxFloat then minFloat, and
 // the flags.
@@ -108,50 +106,24 @@ struct Feeder {
     const Call& call;
     size_t buffer = 0, range = 0;
 
-    template <class T>
+    template <class T, bool kLast>
     T next() {
-        if constexpr (std::is_same_v<T, const Quorin_Buffer*>) return call.buffers[buffer++];
+        if constexpr (kLast) {
+            static_assert(std::is_same_v<T, Quorin_Flags>, "a conversion whose last parameter is not its flags");
+            return call.flags;
+        } else if constexpr (std::is_same_v<T, const Quorin_Buffer*>) return call.buffers[buffer++];
         else if constexpr (std::is_same_v<T, uint8_t>) return call.byteConstant;
         else if constexpr (std::is_same_v<T, float>) return call.floatConstant;
         else if constexpr (std::is_same_v<T, const float*>) return range++ == 0 ? call.maxFloat : call.minFloat;
-        else if constexpr (std::is_same_v<T, Quorin_Flags>) return call.flags;
         else static_assert(sizeof(T) == 0, "a parameter a conversion does not take");
     }
 };
 
-template <class... A>
-Quorin_Error CallThrough(Quorin_Error (*f)(A...), const Call& call) {
-    Feeder feed{call};
-    // Braced initialisation evaluates left to right, so buffers go in order.
-    const std::tuple<A...> parameters{feed.template next<A>()...};
-    return std::apply(f, parameters);
-}
-
-template <class... A>
-constexpr ConstantKind ConstantOf(Quorin_Error (*)(A...)) {
-    return (std::is_same_v<A, uint8_t> || ...) ? ConstantKind::Byte
-           : (std::is_same_v<A, float> || ...) ? ConstantKind::Float
-                                               : ConstantKind::None;
-}
-template <class... A>
-constexpr bool TakesRanges(Quorin_Error (*)(A...)) {
-    return (std::is_same_v<A, const float*> || ...);
-}
-template <class... A>
-constexpr size_t BufferParameters(Quorin_Error (*)(A...)) {
-    return (size_t{0} + ... + size_t{std::is_same_v<A, const Quorin_Buffer*>});
-}
-
-}  // namespace detail
-
 template <auto kEntry>
 Quorin_Error InvokeExported(const Call& call) {
-    return detail::CallThrough(kEntry, call);
+    return CallBySignature(kEntry, Feeder{call});
 }
 
-// The ARGB and XRGB forms share an interleave worker per depth: its ARGB
-// form takes an optional alpha plane, and the 8-bit one tests only the
-// required planes' rowBytes.
 enum class Worker : uint8_t { None, Interleave, Interleave8 };
 
 template <auto kEntry>
@@ -161,14 +133,16 @@ constexpr Member Row(const char* name, Direction direction, PixelFormat image, P
                    direction,
                    image,
                    planes,
-                   detail::ConstantOf(kEntry),
-                   detail::TakesRanges(kEntry),
+                   ParametersOf<uint8_t>(kEntry)  ? ConstantKind::Byte
+                   : ParametersOf<float>(kEntry) ? ConstantKind::Float
+                                                 : ConstantKind::None,
+                   ParametersOf<const float*>(kEntry) == 2,
                    worker != Worker::None && image.hasAlpha(),
                    worker == Worker::Interleave8,
                    SplitRule::Rows,
                    kLayoutChecks,
                    &InvokeExported<kEntry>};
-    if (m.bufferCount() != detail::BufferParameters(kEntry)) throw "the row's formats differ from the signature";
+    if (m.bufferCount() != ParametersOf<const Quorin_Buffer*>(kEntry)) throw "the row's formats differ from the signature";
     return m;
 }
 
