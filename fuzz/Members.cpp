@@ -91,21 +91,13 @@ Member PremultiplyRow() {
     return TableRow(m.name, &InvokePremultiply<I>, {S(f), D(f)}, m.checks, kNoExtra);
 }
 
-template <size_t I>
-Quorin_Error InvokeLayout(const Arguments& a) {
-    const layout::Member& m = *layout::kLayoutMembers[I];
-    layout::Call call{{}, a.byteConstant, a.floatConstant, a.maxFloat, a.minFloat, a.flags};
-    std::copy_n(a.buffers.begin(), m.bufferCount(), call.buffers.begin());
-    return m.invoke(call);
-}
-template <size_t I>
-Member LayoutRow() {
-    const layout::Member& m = *layout::kLayoutMembers[I];
+// A layout row's entry point already takes the harness's arguments.
+Member LayoutRow(const layout::Member& m) {
     const uint8_t extras = (m.constant == layout::ConstantKind::Byte    ? kByteConstant
                             : m.constant == layout::ConstantKind::Float ? kFloatConstant
                                                                         : kNoExtra) |
                            (m.takesRanges ? kRanges : kNoExtra);
-    Member row = TableRow(m.name, &InvokeLayout<I>, {}, m.checks, extras);
+    Member row = TableRow(m.name, m.invoke, {}, m.checks, extras);
     row.bufferCount = m.bufferCount();
     const Format image = FormatOf(m.image), plane = FormatOf(m.planes);
     row.buffers[m.imageArgument()] = m.merge() ? D(image) : S(image);
@@ -183,8 +175,7 @@ std::vector<Member> TableRows() {
             [](auto i) { return PremultiplyRow<i>(); });
     AddRows(rows, std::make_index_sequence<std::size(alpha::kBlendMembers) - kClipToAlpha>(),
             [](auto i) { return BlendRow<kClipToAlpha + i>(); });
-    AddRows(rows, std::make_index_sequence<std::size(layout::kLayoutMembers)>(),
-            [](auto i) { return LayoutRow<i>(); });
+    for (const layout::Member* m : layout::kLayoutMembers) rows.push_back(LayoutRow(*m));
     AddRows(rows, std::make_index_sequence<std::size(channels::kChannelMembers)>(),
             [](auto i) { return ChannelRow<i>(); });
     return rows;

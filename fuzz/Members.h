@@ -16,7 +16,7 @@
 
 namespace quorin::fuzz {
 
-inline constexpr size_t kMaxBuffers = 6;
+inline constexpr size_t kMaxBuffers = kMaxCallBuffers;
 
 // Sample depth and channel count of one buffer's pixels.
 enum class Format : uint8_t { k8, k16, kF, k8x3, k16x3, kFx3, k8x4, k16x4, kFx4 };
@@ -52,19 +52,7 @@ struct BufferSpec {
 };
 
 // Everything a call may take besides its buffers, drawn by the harness.
-struct Arguments {
-    std::array<const Quorin_Buffer*, kMaxBuffers> buffers{};
-    uint8_t byteConstant = 0;
-    float floatConstant = 0;
-    const float* maxFloat = nullptr;
-    const float* minFloat = nullptr;
-    Quorin_Flags flags = 0;
-    // Channel operations: a mask or count, a channel index, and four
-    // channel values (or a map) as 16 bytes, which may be null.
-    uint32_t word = 0;
-    int index = 0;
-    const uint8_t* values = nullptr;
-};
+using Arguments = CallArguments;
 
 using Invoker = Quorin_Error (*)(const Arguments&);
 
@@ -92,35 +80,10 @@ struct Member {
 std::span<const Member> AllMembers();
 
 // ---- Calling any member from Arguments --------------------------------------
-// Parameters are filled in signature order: buffers in turn, the byte or float
-// constant, maxFloat then minFloat, and the flags.
+// Parameters are filled in signature order (CallExported): buffers in turn,
+// the byte or float constant, maxFloat then minFloat, and the flags.
 
 namespace detail {
-
-struct Feeder {
-    const Arguments& args;
-    size_t buffer = 0, range = 0;
-
-    // Every member's last parameter is its flags, whose type is also uint32_t,
-    // so it is told apart by position rather than by type.
-    template <class T, bool kLast>
-    T next() {
-        if constexpr (kLast) {
-            static_assert(std::is_same_v<T, Quorin_Flags>, "a member whose last parameter is not its flags");
-            return args.flags;
-        } else if constexpr (std::is_same_v<T, const Quorin_Buffer*>) return args.buffers[buffer++];
-        else if constexpr (std::is_same_v<T, uint8_t>) return args.byteConstant;
-        else if constexpr (std::is_same_v<T, float>) return args.floatConstant;
-        else if constexpr (std::is_same_v<T, const float*>) return range++ == 0 ? args.maxFloat : args.minFloat;
-        else if constexpr (std::is_same_v<T, uint32_t> || std::is_same_v<T, size_t> ||
-                           std::is_same_v<T, uint16_t> || std::is_same_v<T, int16_t>)
-            return static_cast<T>(args.word);
-        else if constexpr (std::is_same_v<T, int>) return args.index;
-        else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
-        else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
-        else static_assert(sizeof(T) == 0, "a parameter type the fuzzer cannot draw");
-    }
-};
 
 template <class A>
 constexpr uint8_t ExtraOf() {
@@ -150,7 +113,7 @@ constexpr uint8_t ExtrasOf(Quorin_Error (*)(A...)) {
 
 template <auto F>
 Quorin_Error Invoke(const Arguments& args) {
-    return CallBySignature(F, detail::Feeder{args});
+    return CallExported<F>(args);
 }
 
 // One row: the buffer list must match the signature's buffer parameters.

@@ -51,15 +51,9 @@ enum class Direction : uint8_t {
 enum class ConstantKind : uint8_t { None, Byte, Float };
 
 // One call of any member: its buffers in argument order and the arguments
-// its signature takes besides them, the rest unused.
-struct Call {
-    std::array<const Quorin_Buffer*, 5> buffers{};
-    uint8_t byteConstant = 0;
-    float floatConstant = 0;
-    const float* maxFloat = nullptr;
-    const float* minFloat = nullptr;
-    Quorin_Flags flags = 0;
-};
+// its signature takes besides them (the byte or float constant, the ranges,
+// the flags), the rest unused.
+using Call = CallArguments;
 
 using Invoke = Quorin_Error (*)(const Call& call);
 
@@ -99,31 +93,9 @@ struct Member {
 
 // ---- Rows made from the exported signatures ------------------------------------
 
-// Fills an exported function's parameters from a Call in signature order:
-// buffers in turn, the byte or float constant, maxFloat then minFloat, and
-// the flags.
-struct Feeder {
-    const Call& call;
-    size_t buffer = 0, range = 0;
-
-    template <class T, bool kLast>
-    T next() {
-        if constexpr (kLast) {
-            static_assert(std::is_same_v<T, Quorin_Flags>, "a conversion whose last parameter is not its flags");
-            return call.flags;
-        } else if constexpr (std::is_same_v<T, const Quorin_Buffer*>) return call.buffers[buffer++];
-        else if constexpr (std::is_same_v<T, uint8_t>) return call.byteConstant;
-        else if constexpr (std::is_same_v<T, float>) return call.floatConstant;
-        else if constexpr (std::is_same_v<T, const float*>) return range++ == 0 ? call.maxFloat : call.minFloat;
-        else static_assert(sizeof(T) == 0, "a parameter a conversion does not take");
-    }
-};
-
-template <auto kEntry>
-Quorin_Error InvokeExported(const Call& call) {
-    return CallBySignature(kEntry, Feeder{call});
-}
-
+// The ARGB and XRGB forms share an interleave worker per depth: its ARGB
+// form takes an optional alpha plane, and the 8-bit one tests only the
+// required planes' rowBytes.
 enum class Worker : uint8_t { None, Interleave, Interleave8 };
 
 template <auto kEntry>
@@ -141,7 +113,7 @@ constexpr Member Row(const char* name, Direction direction, PixelFormat image, P
                    worker == Worker::Interleave8,
                    SplitRule::Rows,
                    kLayoutChecks,
-                   &InvokeExported<kEntry>};
+                   &CallExported<kEntry>};
     if (m.bufferCount() != ParametersOf<const Quorin_Buffer*>(kEntry)) throw "the row's formats differ from the signature";
     return m;
 }
