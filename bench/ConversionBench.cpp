@@ -1,4 +1,5 @@
-// Planar and interleaved conversions beside memcpy of the same bytes and, where
+// Planar and interleaved conversions, every row of the family's member table,
+// beside memcpy of the same bytes and, where
 // OpenCV is installed, cv::split / cv::merge on the same layouts and
 // cv::Mat::convertTo over the same number of elements for the range members.
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "BenchSupport.h"
+#include "Conversion/LayoutMembers.h"
 
 #if QUORIN_BENCH_OPENCV
 #include <opencv2/core.hpp>
@@ -81,53 +83,46 @@ private:
 };
 
 using Planes = const Quorin_Buffer* const*;
-using Call = Quorin_Error (*)(const Quorin_Buffer* image, Planes planes, Quorin_Flags flags);
 
 struct Member {
-    const char* name;
+    std::string name;
     bool merge;  // planes into pixels
     size_t planes, planeBytes, pixelBytes;
     Content input;
-    const char* peer;  // the OpenCV row doing the same job
-    Call call;
+    std::string peer;  // the OpenCV row doing the same job
+    const layout::Member* row;
+
+    Quorin_Error call(const Quorin_Buffer* image, Planes planes, Quorin_Flags flags) const {
+        layout::Call c{{}, 0xFF, 1.0f, kMax, kMin, flags};
+        c.buffers[row->imageArgument()] = image;
+        for (size_t k = 0; k < row->planeCount(); ++k) c.buffers[row->planeArgument(k)] = planes[k];
+        return row->invoke(c);
+    }
 };
 
-using I = const Quorin_Buffer*;
-using F = Quorin_Flags;
-const Member kMembers[] = {
-    {"Planar8toARGB8888", true, 4, 1, 4, Content::Bytes, "cv.merge.8UC4",
-     [](I i, Planes p, F f) { return QuorinConvert_Planar8toARGB8888(p[0], p[1], p[2], p[3], i, f); }},
-    {"ARGB8888toPlanar8", false, 4, 1, 4, Content::Bytes, "cv.split.8UC4",
-     [](I i, Planes p, F f) { return QuorinConvert_ARGB8888toPlanar8(i, p[0], p[1], p[2], p[3], f); }},
-    {"Planar8toRGB888", true, 3, 1, 3, Content::Bytes, "cv.merge.8UC3",
-     [](I i, Planes p, F f) { return QuorinConvert_Planar8toRGB888(p[0], p[1], p[2], i, f); }},
-    {"XRGB8888ToPlanar8", false, 3, 1, 4, Content::Bytes, "cv.split.8UC4",
-     [](I i, Planes p, F f) { return QuorinConvert_XRGB8888ToPlanar8(i, p[0], p[1], p[2], f); }},
-    {"Planar16UtoARGB16U", true, 4, 2, 8, Content::Bytes, "cv.merge.16UC4",
-     [](I i, Planes p, F f) { return QuorinConvert_Planar16UtoARGB16U(p[0], p[1], p[2], p[3], i, f); }},
-    {"ARGB16UtoPlanar16U", false, 4, 2, 8, Content::Bytes, "cv.split.16UC4",
-     [](I i, Planes p, F f) { return QuorinConvert_ARGB16UtoPlanar16U(i, p[0], p[1], p[2], p[3], f); }},
-    {"Planar16UtoRGB16U", true, 3, 2, 6, Content::Bytes, "cv.merge.16UC3",
-     [](I i, Planes p, F f) { return QuorinConvert_Planar16UtoRGB16U(p[0], p[1], p[2], i, f); }},
-    {"RGB16UtoPlanar16U", false, 3, 2, 6, Content::Bytes, "cv.split.16UC3",
-     [](I i, Planes p, F f) { return QuorinConvert_RGB16UtoPlanar16U(i, p[0], p[1], p[2], f); }},
-    {"PlanarFtoARGBFFFF", true, 4, 4, 16, Content::UnitFloats, "cv.merge.32FC4",
-     [](I i, Planes p, F f) { return QuorinConvert_PlanarFtoARGBFFFF(p[0], p[1], p[2], p[3], i, f); }},
-    {"ARGBFFFFtoPlanarF", false, 4, 4, 16, Content::UnitFloats, "cv.split.32FC4",
-     [](I i, Planes p, F f) { return QuorinConvert_ARGBFFFFtoPlanarF(i, p[0], p[1], p[2], p[3], f); }},
-    {"PlanarFtoRGBFFF", true, 3, 4, 12, Content::UnitFloats, "cv.merge.32FC3",
-     [](I i, Planes p, F f) { return QuorinConvert_PlanarFtoRGBFFF(p[0], p[1], p[2], i, f); }},
-    {"XRGBFFFFToPlanarF", false, 3, 4, 16, Content::UnitFloats, "cv.split.32FC4",
-     [](I i, Planes p, F f) { return QuorinConvert_XRGBFFFFToPlanarF(i, p[0], p[1], p[2], f); }},
-    {"Planar8ToARGBFFFF", true, 4, 1, 16, Content::Bytes, "cv.convertTo.8U-32F",
-     [](I i, Planes p, F f) { return QuorinConvert_Planar8ToARGBFFFF(p[0], p[1], p[2], p[3], i, kMax, kMin, f); }},
-    {"ARGB8888toPlanarF", false, 4, 4, 4, Content::Bytes, "cv.convertTo.8U-32F",
-     [](I i, Planes p, F f) { return QuorinConvert_ARGB8888toPlanarF(i, p[0], p[1], p[2], p[3], kMax, kMin, f); }},
-    {"PlanarFToARGB8888", true, 4, 4, 4, Content::UnitFloats, "cv.convertTo.32F-8U",
-     [](I i, Planes p, F f) { return QuorinConvert_PlanarFToARGB8888(p[0], p[1], p[2], p[3], i, kMax, kMin, f); }},
-    {"ARGBFFFFtoPlanar8", false, 4, 1, 16, Content::UnitFloats, "cv.convertTo.32F-8U",
-     [](I i, Planes p, F f) { return QuorinConvert_ARGBFFFFtoPlanar8(i, p[0], p[1], p[2], p[3], kMax, kMin, f); }},
-};
+const char* DepthName(SampleKind kind) { return kind == SampleKind::U8 ? "8U" : kind == SampleKind::U16 ? "16U" : "32F"; }
+
+// Every row of the family's member table, with the OpenCV call that does the
+// same job: a merge or split of as many channels, or a depth conversion of as
+// many elements.
+const std::vector<Member>& Members() {
+    static const std::vector<Member> members = [] {
+        std::vector<Member> all;
+        for (const layout::Member* m : layout::kLayoutMembers) {
+            const PixelFormat& from = m->merge() ? m->planes : m->image;
+            const PixelFormat& to = m->merge() ? m->image : m->planes;
+            const std::string peer =
+                m->takesRanges ? std::string("cv.convertTo.") + DepthName(from.sample) + "-" + DepthName(to.sample)
+                               : std::string(m->merge() ? "cv.merge." : "cv.split.") + DepthName(from.sample) + "C" +
+                                     std::to_string(m->image.channels);
+            all.push_back({std::string(m->name).substr(std::string("QuorinConvert_").size()), m->merge(),
+                           m->planeCount(), m->planes.sampleBytes(), m->image.pixelBytes(),
+                           from.sample == SampleKind::F32 ? Content::UnitFloats : Content::Bytes, peer, m});
+        }
+        return all;
+    }();
+    return members;
+}
 
 // A row's buffers, made by its prepare step (outside the timing) from the
 // workspace of its size.
@@ -242,7 +237,7 @@ const RegisterFamily kConversion([] {
         for (Split split : {Split::Single, Split::Default, Split::Pair}) {
             if (split == Split::Pair && !WantsPairRow(size)) continue;
             std::vector<std::string> peers;
-            for (const Member& m : kMembers) {
+            for (const Member& m : Members()) {
                 RegisterMember(m, size, split);
                 if (split != Split::Pair) peers.push_back(m.peer);
             }

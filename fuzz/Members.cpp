@@ -1,5 +1,14 @@
 #include "Members.h"
 
+#include <algorithm>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Alpha/BlendMembers.h"
+#include "Alpha/PremultiplyMembers.h"
+#include "Conversion/ChannelMembers.h"
+#include "Conversion/LayoutMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 #include "quorin/Utilities.h"
@@ -15,11 +24,6 @@ constexpr BufferSpec W(Format f) { return {Role::RowBytesDestination, f}; }
 constexpr BufferSpec Stepped(Format f) { return {Role::StepDestination, f}; }
 
 using enum Format;
-
-// The alpha family splits rows unless asked not to and ignores other bits.
-constexpr Quorin_Flags kAlpha = kQuorinFlag_SingleThreaded;
-// The layout conversions also answer the temporary-size query.
-constexpr Quorin_Flags kLayout = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryTempSize;
 
 // A host that reads every byte it is handed and lets go of them at once, so
 // that a copy or a wrap reaching past the caller's buffer shows.
@@ -47,130 +51,196 @@ constexpr Quorin_Flags kHostImage = kQuorinFlag_SingleThreaded | kQuorinFlag_Ver
 
 #define QUORIN_ROW(name, accepted, ...) Row<&name>(#name, {__VA_ARGS__}, accepted)
 
-// Channel operations refuse no flag; only single-threaded has an effect.
-constexpr Quorin_Flags kChannels = kQuorinFlag_SingleThreaded;
-constexpr Quorin_Flags kFlatten = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryTempSize;
-
-constexpr Member kMembers[] = {
-    // Straight-colour blends.
-    QUORIN_ROW(QuorinAlphaBlend_ARGB8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinAlphaBlend_ARGBFFFF, kAlpha, S(kFx4), S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinAlphaBlend_Planar8, kAlpha, S(k8), S(k8), S(k8), S(k8), M(k8), D(k8)),
-    QUORIN_ROW(QuorinAlphaBlend_PlanarF, kAlpha, S(kF), S(kF), S(kF), S(kF), M(kF), D(kF)),
-    // Premultiplied blends.
-    QUORIN_ROW(QuorinPremultipliedAlphaBlendDarken_RGBA8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinPremultipliedAlphaBlendLighten_RGBA8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinPremultipliedAlphaBlendMultiply_RGBA8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinPremultipliedAlphaBlendScreen_RGBA8888, kAlpha, S(k8x4), S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinPremultipliedConstAlphaBlend_Planar8, kAlpha, S(k8), S(k8), S(k8), D(k8)),
-    QUORIN_ROW(QuorinPremultipliedConstAlphaBlend_PlanarF, kAlpha, S(kF), S(kF), S(kF), D(kF)),
-    // Premultiply and unpremultiply.
-    QUORIN_ROW(QuorinPremultiplyData_ARGB8888, kAlpha, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinPremultiplyData_RGBA8888, kAlpha, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinPremultiplyData_ARGBFFFF, kAlpha, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinPremultiplyData_RGBAFFFF, kAlpha, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinPremultiplyData_ARGB16U, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinPremultiplyData_RGBA16U, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinPremultiplyData_ARGB16Q12, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinPremultiplyData_RGBA16Q12, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinPremultiplyData_Planar8, kAlpha, S(k8), S(k8), D(k8)),
-    QUORIN_ROW(QuorinPremultiplyData_PlanarF, kAlpha, S(kF), S(kF), D(kF)),
-    QUORIN_ROW(QuorinUnpremultiplyData_ARGB8888, kAlpha, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_RGBA8888, kAlpha, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_ARGBFFFF, kAlpha, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_RGBAFFFF, kAlpha, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_ARGB16U, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_RGBA16U, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_ARGB16Q12, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_RGBA16Q12, kAlpha, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinUnpremultiplyData_Planar8, kAlpha, S(k8), S(k8), D(k8)),
-    QUORIN_ROW(QuorinUnpremultiplyData_PlanarF, kAlpha, S(kF), S(kF), D(kF)),
-    // Clip to alpha.
-    QUORIN_ROW(QuorinClipToAlpha_Planar8, kAlpha, S(k8), S(k8), D(k8)),
-    QUORIN_ROW(QuorinClipToAlpha_PlanarF, kAlpha, S(kF), S(kF), D(kF)),
-    QUORIN_ROW(QuorinClipToAlpha_ARGB8888, kAlpha, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinClipToAlpha_RGBA8888, kAlpha, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinClipToAlpha_ARGBFFFF, kAlpha, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinClipToAlpha_RGBAFFFF, kAlpha, S(kFx4), D(kFx4)),
-    // Planes into pixels, same depth.
-    QUORIN_ROW(QuorinConvert_Planar8toARGB8888, kLayout, A(k8), S(k8), S(k8), S(k8), D(k8x4)),
-    QUORIN_ROW(QuorinConvert_PlanarFtoARGBFFFF, kLayout, A(kF), S(kF), S(kF), S(kF), D(kFx4)),
-    QUORIN_ROW(QuorinConvert_Planar16UtoARGB16U, kLayout, S(k16), S(k16), S(k16), S(k16), D(k16x4)),
-    QUORIN_ROW(QuorinConvert_Planar8ToXRGB8888, kLayout, S(k8), S(k8), S(k8), D(k8x4)),
-    QUORIN_ROW(QuorinConvert_Planar8ToBGRX8888, kLayout, S(k8), S(k8), S(k8), D(k8x4)),
-    QUORIN_ROW(QuorinConvert_PlanarFToXRGBFFFF, kLayout, S(kF), S(kF), S(kF), D(kFx4)),
-    QUORIN_ROW(QuorinConvert_PlanarFToBGRXFFFF, kLayout, S(kF), S(kF), S(kF), D(kFx4)),
-    QUORIN_ROW(QuorinConvert_Planar16UtoRGB16U, kLayout, S(k16), S(k16), S(k16), D(k16x3)),
-    QUORIN_ROW(QuorinConvert_Planar8toRGB888, kLayout, S(k8), S(k8), S(k8), D(k8x3)),
-    QUORIN_ROW(QuorinConvert_PlanarFtoRGBFFF, kLayout, S(kF), S(kF), S(kF), D(kFx3)),
-    // Planes into pixels, with a depth change.
-    QUORIN_ROW(QuorinConvert_Planar8ToARGBFFFF, kLayout, A(k8), S(k8), S(k8), S(k8), D(kFx4)),
-    QUORIN_ROW(QuorinConvert_Planar8ToXRGBFFFF, kLayout, S(k8), S(k8), S(k8), D(kFx4)),
-    QUORIN_ROW(QuorinConvert_Planar8ToBGRXFFFF, kLayout, S(k8), S(k8), S(k8), D(kFx4)),
-    QUORIN_ROW(QuorinConvert_PlanarFToARGB8888, kLayout, A(kF), S(kF), S(kF), S(kF), D(k8x4)),
-    QUORIN_ROW(QuorinConvert_PlanarFToXRGB8888, kLayout, S(kF), S(kF), S(kF), D(k8x4)),
-    QUORIN_ROW(QuorinConvert_PlanarFToBGRX8888, kLayout, S(kF), S(kF), S(kF), D(k8x4)),
-    // Pixels into planes.
-    QUORIN_ROW(QuorinConvert_ARGB8888toPlanar8, kLayout, S(k8x4), D(k8), D(k8), D(k8), D(k8)),
-    QUORIN_ROW(QuorinConvert_ARGBFFFFtoPlanarF, kLayout, S(kFx4), D(kF), D(kF), D(kF), D(kF)),
-    QUORIN_ROW(QuorinConvert_ARGB16UtoPlanar16U, kLayout, S(k16x4), D(k16), D(k16), D(k16), D(k16)),
-    QUORIN_ROW(QuorinConvert_RGB16UtoPlanar16U, kLayout, S(k16x3), D(k16), D(k16), D(k16)),
-    QUORIN_ROW(QuorinConvert_XRGB8888ToPlanar8, kLayout, S(k8x4), D(k8), D(k8), D(k8)),
-    QUORIN_ROW(QuorinConvert_BGRX8888ToPlanar8, kLayout, S(k8x4), D(k8), D(k8), D(k8)),
-    QUORIN_ROW(QuorinConvert_XRGBFFFFToPlanarF, kLayout, S(kFx4), D(kF), D(kF), D(kF)),
-    QUORIN_ROW(QuorinConvert_BGRXFFFFToPlanarF, kLayout, S(kFx4), D(kF), D(kF), D(kF)),
-    // Pixels into planes, with a depth change.
-    QUORIN_ROW(QuorinConvert_ARGB8888toPlanarF, kLayout, S(k8x4), D(kF), D(kF), D(kF), D(kF)),
-    QUORIN_ROW(QuorinConvert_ARGBFFFFtoPlanar8, kLayout, S(kFx4), D(k8), D(k8), D(k8), D(k8)),
-    // Channel operations and fills (after the rows the seeds were made for).
-    QUORIN_ROW(QuorinBufferFill_ARGB8888, kChannels, D(k8x4)),
-    QUORIN_ROW(QuorinBufferFill_ARGBFFFF, kChannels, D(kFx4)),
-    QUORIN_ROW(QuorinBufferFill_Planar8, kChannels, D(k8)),
-    QUORIN_ROW(QuorinBufferFill_PlanarF, kChannels, D(kF)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_ARGB8888, kChannels, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_ARGBFFFF, kChannels, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_Planar8, kChannels, W(k8)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_PlanarF, kChannels, W(kF)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_Planar16S, kChannels, W(k16)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithScalar_Planar16U, kChannels, W(k16)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithPixel_ARGB8888, kChannels, S(k8x4), W(k8x4)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithPixel_ARGB16U, kChannels, S(k16x4), W(k16x4)),
-    QUORIN_ROW(QuorinOverwriteChannelsWithPixel_ARGBFFFF, kChannels, S(kFx4), W(kFx4)),
-    QUORIN_ROW(QuorinCopyBuffer, kChannels, S(k8), D(k8)),
-    QUORIN_ROW(QuorinClip_PlanarF, kChannels, S(kF), D(kF)),
-    QUORIN_ROW(QuorinPermuteChannels_ARGB8888, kChannels, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinPermuteChannels_ARGBFFFF, kChannels, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinExtractChannel_ARGB8888, kChannels, S(k8x4), W(k8)),
-    QUORIN_ROW(QuorinExtractChannel_ARGB16U, kChannels, S(k16x4), W(k16)),
-    QUORIN_ROW(QuorinExtractChannel_ARGBFFFF, kChannels, S(kFx4), W(kF)),
+// Rows written by hand, for families without a member table; a family that
+// has one gets its rows from it (TableRows below).
+const std::vector<Member> kMembers = {
     Row<&CreateOrlImageFromARGB8888>("QuorinCreateOrlImageFromBuffer", {S(k8x4)}, kHostImage),
-    QUORIN_ROW(QuorinTableLookUp_ARGB8888, kChannels, S(k8x4), Stepped(k8x4)),
-    QUORIN_ROW(QuorinTableLookUp_Planar8, kChannels, S(k8), Stepped(k8)),
-    QUORIN_ROW(QuorinSelectChannels_ARGB8888, kChannels, S(k8x4), S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinSelectChannels_ARGBFFFF, kChannels, S(kFx4), S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinOverwriteChannels_ARGB8888, kChannels, S(k8), S(k8x4), W(k8x4)),
-    QUORIN_ROW(QuorinOverwriteChannels_ARGBFFFF, kChannels, S(kF), S(kFx4), W(kFx4)),
-    // Flatten answers the size query.
-    QUORIN_ROW(QuorinFlatten_ARGB8888, kFlatten, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinFlatten_RGBA8888, kFlatten, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinFlatten_ARGB16U, kFlatten, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinFlatten_RGBA16U, kFlatten, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinFlatten_ARGB16Q12, kFlatten, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinFlatten_RGBA16Q12, kFlatten, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinFlatten_ARGBFFFF, kFlatten, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinFlatten_RGBAFFFF, kFlatten, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinFlatten_ARGB8888ToRGB888, kFlatten, S(k8x4), D(k8x3)),
-    QUORIN_ROW(QuorinFlatten_RGBA8888ToRGB888, kFlatten, S(k8x4), D(k8x3)),
-    QUORIN_ROW(QuorinFlatten_BGRA8888ToRGB888, kFlatten, S(k8x4), D(k8x3)),
-    QUORIN_ROW(QuorinFlatten_ARGBFFFFToRGBFFF, kFlatten, S(kFx4), D(kFx3)),
-    QUORIN_ROW(QuorinFlatten_RGBAFFFFToRGBFFF, kFlatten, S(kFx4), D(kFx3)),
-    QUORIN_ROW(QuorinFlatten_BGRAFFFFToRGBFFF, kFlatten, S(kFx4), D(kFx3)),
 };
 
 #undef QUORIN_ROW
 
+// ---- Rows made from the families' member tables ---------------------------------
+
+constexpr Format FormatOf(const PixelFormat& f) {
+    const size_t bytes = f.sampleBytes();
+    switch (f.channels) {
+        case 1: return bytes == 1 ? k8 : bytes == 2 ? k16 : kF;
+        case 3: return bytes == 1 ? k8x3 : bytes == 2 ? k16x3 : kFx3;
+        default: return bytes == 1 ? k8x4 : bytes == 2 ? k16x4 : kFx4;
+    }
+}
+
+// The flags a check list accepts: its flags step's, else single-threaded
+// alone (the only bit with an effect where no bit is refused).
+Quorin_Flags AcceptedBy(std::span<const CheckStep> checks) {
+    for (const CheckStep& step : checks)
+        if (step.check == Check::FlagsOutside) return step.accepted;
+    return kQuorinFlag_SingleThreaded;
+}
+
+Member TableRow(const char* name, Invoker invoke, std::initializer_list<BufferSpec> buffers,
+                std::span<const CheckStep> checks, uint8_t extras) {
+    Member m{name, invoke, buffers.size(), {}, AcceptedBy(checks), extras};
+    std::copy(buffers.begin(), buffers.end(), m.buffers.begin());
+    return m;
+}
+
+template <size_t I>
+Quorin_Error InvokeBlend(const Arguments& a) {
+    const alpha::Member& m = *alpha::kBlendMembers[I];
+    const double constant = m.format.sample == SampleKind::F32 ? static_cast<double>(a.floatConstant) : a.byteConstant;
+    return m.invoke(a.buffers.data(), constant, a.flags);
+}
+template <size_t I>
+Member BlendRow() {
+    const alpha::Member& m = *alpha::kBlendMembers[I];
+    const Format f = FormatOf(m.format);
+    Member row = TableRow(m.name, &InvokeBlend<I>, {}, m.checks,
+                          !m.takesConstant ? kNoExtra : IsFloat(f) ? kFloatConstant : kByteConstant);
+    // A destination the first check does not take is taken to match the first buffer.
+    row.bufferCount = m.buffers;
+    for (size_t i = 0; i < m.buffers; ++i)
+        row.buffers[i] = !m.writes(i) ? S(f) : m.checks.front().takes(i) ? D(f) : M(f);
+    return row;
+}
+
+template <size_t I>
+Quorin_Error InvokePremultiply(const Arguments& a) {
+    const premultiply::Member& m = *premultiply::kPremultiplyMembers[I];
+    return m.planar() ? m.run(a.buffers[0], a.buffers[1], a.buffers[2], a.flags)
+                      : m.run(a.buffers[0], nullptr, a.buffers[1], a.flags);
+}
+template <size_t I>
+Member PremultiplyRow() {
+    const premultiply::Member& m = *premultiply::kPremultiplyMembers[I];
+    const Format f = FormatOf(m.format);
+    if (m.planar()) return TableRow(m.name, &InvokePremultiply<I>, {S(f), S(f), D(f)}, m.checks, kNoExtra);
+    return TableRow(m.name, &InvokePremultiply<I>, {S(f), D(f)}, m.checks, kNoExtra);
+}
+
+// A layout row's entry point already takes the harness's arguments.
+Member LayoutRow(const layout::Member& m) {
+    const uint8_t extras = (m.constant == layout::ConstantKind::Byte    ? kByteConstant
+                            : m.constant == layout::ConstantKind::Float ? kFloatConstant
+                                                                        : kNoExtra) |
+                           (m.takesRanges ? kRanges : kNoExtra);
+    Member row = TableRow(m.name, m.invoke, {}, m.checks, extras);
+    row.bufferCount = m.bufferCount();
+    const Format image = FormatOf(m.image), plane = FormatOf(m.planes);
+    row.buffers[m.imageArgument()] = m.merge() ? D(image) : S(image);
+    for (size_t k = 0; k < m.planeCount(); ++k)
+        row.buffers[m.planeArgument(k)] = !m.merge() ? D(plane) : k == 0 && m.alphaPlaneOptional ? A(plane) : S(plane);
+    return row;
+}
+
+// The channel operations take their values as the exported functions hand
+// them over: a pixel or map from `values`, a scalar as the constant of its
+// depth (16-bit ones from `word`), a mask or pixel size from `word`.
+template <size_t I>
+Quorin_Error InvokeChannels(const Arguments& a) {
+    using channels::Shape;
+    const channels::Member& m = *channels::kChannelMembers[I];
+    const bool floats = m.format.sample == SampleKind::F32;
+    const uint16_t word16 = static_cast<uint16_t>(a.word);
+    const float bounds[2] = {a.floatConstant, a.floatConstant};
+    const void* scalar = floats ? static_cast<const void*>(&a.floatConstant)
+                         : m.format.sampleBytes() == 2 ? static_cast<const void*>(&word16)
+                                                       : &a.byteConstant;
+    const Quorin_Buffer* src = a.buffers[0];
+    const Quorin_Buffer* dest = a.buffers[1];
+    switch (m.shape) {
+        case Shape::Fill:
+            return m.run({nullptr, src, m.format.channels == 4 ? a.values : scalar, 0, 0, a.flags});
+        case Shape::OverwritePlane: return m.run({nullptr, src, scalar, 0, 0, a.flags});
+        case Shape::OverwriteScalar: return m.run({src, dest, scalar, a.word, 0, a.flags});
+        case Shape::OverwritePixel: return m.run({src, dest, a.values, a.word, 0, a.flags});
+        case Shape::Copy: return m.run({src, dest, nullptr, 0, a.word, a.flags});
+        case Shape::Clip: return m.run({src, dest, bounds, 0, 0, a.flags});
+        case Shape::Permute: return m.run({src, dest, a.values, 0, 0, a.flags});
+        case Shape::Extract: return m.run({src, dest, nullptr, 0, 0, a.flags, a.index});
+        case Shape::LookUp: {
+            // Every channel's table is the same 256 bytes (or none).
+            const uint8_t* tables[4] = {a.values, a.values, a.values, a.values};
+            return m.run({src, dest, a.values ? tables : nullptr, 0, 0, a.flags});
+        }
+        case Shape::Select:
+        case Shape::OverwritePlanes:
+            return m.run({a.buffers[1], a.buffers[2], nullptr, a.word, 0, a.flags, 0, a.buffers[0]});
+        case Shape::Flatten: {
+            const void* background = floats ? static_cast<const void*>(a.maxFloat) : a.values;
+            return m.run({src, dest, background, 0, 0, a.flags, a.index});
+        }
+    }
+    return kQuorinError_InternalFault;
+}
+template <size_t I>
+Member ChannelRow() {
+    using channels::Shape;
+    const channels::Member& m = *channels::kChannelMembers[I];
+    const Format f = FormatOf(m.format);
+    const uint8_t scalar = m.format.sampleBytes() == 2 ? uint8_t{kWord} : IsFloat(f) ? uint8_t{kFloatConstant} : uint8_t{kByteConstant};
+    const Invoker invoke = &InvokeChannels<I>;
+    switch (m.shape) {
+        case Shape::Fill:
+            return TableRow(m.name, invoke, {D(f)}, m.checks, m.format.channels == 4 ? uint8_t{kValues} : scalar);
+        case Shape::OverwritePlane: return TableRow(m.name, invoke, {W(f)}, m.checks, scalar);
+        case Shape::OverwriteScalar: return TableRow(m.name, invoke, {S(f), D(f)}, m.checks, scalar | kWord);
+        case Shape::OverwritePixel: return TableRow(m.name, invoke, {S(f), W(f)}, m.checks, kValues | kWord);
+        case Shape::Copy: return TableRow(m.name, invoke, {S(k8), D(k8)}, m.checks, kWord);
+        case Shape::Clip: return TableRow(m.name, invoke, {S(f), D(f)}, m.checks, kFloatConstant);
+        case Shape::Permute: return TableRow(m.name, invoke, {S(f), D(f)}, m.checks, kValues);
+        case Shape::Extract:
+            return TableRow(m.name, invoke, {S(f), W(FormatOf(PixelFormat{m.format.sample, 1, "C"}))}, m.checks,
+                            kIndex);
+        case Shape::LookUp: return TableRow(m.name, invoke, {S(f), Stepped(f)}, m.checks, kValues);
+        case Shape::Select: return TableRow(m.name, invoke, {S(f), S(f), D(f)}, m.checks, kWord);
+        case Shape::OverwritePlanes:
+            return TableRow(m.name, invoke, {S(FormatOf(PixelFormat{m.format.sample, 1, "C"})), S(f), W(f)},
+                            m.checks, kWord);
+        case Shape::Flatten: {
+            // The size query is answered before the checks, so it is a flag the member takes.
+            Member row = TableRow(m.name, invoke, {S(f), D(FormatOf(m.output))}, m.checks,
+                                  (IsFloat(f) ? uint8_t{kRanges} : uint8_t{kValues}) | kIndex);
+            row.accepted |= kQuorinFlag_QueryTempSize;
+            return row;
+        }
+    }
+    return {};
+}
+
+template <size_t... I, class Make>
+void AddRows(std::vector<Member>& rows, std::index_sequence<I...>, Make make) {
+    (rows.push_back(make(std::integral_constant<size_t, I>{})), ...);
+}
+
+// The blends, premultiply and unpremultiply, clip to alpha, the layout
+// conversions and the channel operations, in the order the seed corpus was
+// made for.
+std::vector<Member> TableRows() {
+    std::vector<Member> rows;
+    constexpr size_t kClipToAlpha = 10;  // the blend table's rows from here on are clip to alpha
+    static_assert(std::string_view(alpha::kBlendMembers[kClipToAlpha]->name) == "QuorinClipToAlpha_Planar8");
+    const auto blend = [](auto i) { return BlendRow<i>(); };
+    AddRows(rows, std::make_index_sequence<kClipToAlpha>(), blend);
+    AddRows(rows, std::make_index_sequence<std::size(premultiply::kPremultiplyMembers)>(),
+            [](auto i) { return PremultiplyRow<i>(); });
+    AddRows(rows, std::make_index_sequence<std::size(alpha::kBlendMembers) - kClipToAlpha>(),
+            [](auto i) { return BlendRow<kClipToAlpha + i>(); });
+    for (const layout::Member* m : layout::kLayoutMembers) rows.push_back(LayoutRow(*m));
+    AddRows(rows, std::make_index_sequence<std::size(channels::kChannelMembers)>(),
+            [](auto i) { return ChannelRow<i>(); });
+    return rows;
+}
+
 }  // namespace
 
-std::span<const Member> AllMembers() { return kMembers; }
+std::span<const Member> AllMembers() {
+    static const std::vector<Member> rows = [] {
+        std::vector<Member> all = TableRows();
+        all.insert(all.end(), kMembers.begin(), kMembers.end());
+        return all;
+    }();
+    return rows;
+}
 
 }  // namespace quorin::fuzz

@@ -11,11 +11,12 @@
 #include <type_traits>
 #include <utility>
 
+#include "Core/Signature.h"
 #include "quorin/Types.h"
 
 namespace quorin::fuzz {
 
-inline constexpr size_t kMaxBuffers = 6;
+inline constexpr size_t kMaxBuffers = kMaxCallBuffers;
 
 // Sample depth and channel count of one buffer's pixels.
 enum class Format : uint8_t { k8, k16, kF, k8x3, k16x3, kFx3, k8x4, k16x4, kFx4 };
@@ -60,20 +61,7 @@ struct BufferSpec {
 };
 
 // Everything a call may take besides its buffers, drawn by the harness.
-struct Arguments {
-    std::array<const Quorin_Buffer*, kMaxBuffers> buffers{};
-    uint8_t byteConstant = 0;
-    float floatConstant = 0;
-    const float* maxFloat = nullptr;
-    const float* minFloat = nullptr;
-    Quorin_Flags flags = 0;
-    // Channel operations: a mask or count, a channel index, and four
-    // channel values (or a map) as 16 bytes, which may be null; they are the
-    // first of 256 bytes, so that they also serve as a lookup table.
-    uint32_t word = 0;
-    int index = 0;
-    const uint8_t* values = nullptr;
-};
+using Arguments = CallArguments;
 
 using Invoker = Quorin_Error (*)(const Arguments&);
 
@@ -101,55 +89,10 @@ struct Member {
 std::span<const Member> AllMembers();
 
 // ---- Calling any member from Arguments --------------------------------------
-// Parameters are filled in signature order: buffers in turn, the byte or float
-// constant, maxFloat then minFloat, and the flags.
+// Parameters are filled in signature order (CallExported): buffers in turn,
+// the byte or float constant, maxFloat then minFloat, and the flags.
 
 namespace detail {
-
-struct Feeder {
-    const Arguments& args;
-    size_t buffer = 0, range = 0;
-
-    // Every member's last parameter is its flags, whose type is also uint32_t,
-    // so it is told apart by position rather than by type.
-    template <class T, bool kLast>
-    T next() {
-        if constexpr (kLast) {
-            static_assert(std::is_same_v<T, Quorin_Flags>, "a member whose last parameter is not its flags");
-            return args.flags;
-        } else if constexpr (std::is_same_v<T, const Quorin_Buffer*>) return args.buffers[buffer++];
-        else if constexpr (std::is_same_v<T, uint8_t>) return args.byteConstant;
-        else if constexpr (std::is_same_v<T, float>) return args.floatConstant;
-        else if constexpr (std::is_same_v<T, const float*>) return range++ == 0 ? args.maxFloat : args.minFloat;
-        else if constexpr (std::is_same_v<T, uint32_t> || std::is_same_v<T, size_t> ||
-                           std::is_same_v<T, uint16_t> || std::is_same_v<T, int16_t>)
-            return static_cast<T>(args.word);
-        else if constexpr (std::is_same_v<T, int>) return args.index;
-        else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
-        else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
-        else if constexpr (std::is_same_v<T, const int16_t*>) return reinterpret_cast<const int16_t*>(args.values);
-        else static_assert(sizeof(T) == 0, "a parameter type the fuzzer cannot draw");
-    }
-};
-
-template <class... A, size_t... I>
-Quorin_Error CallIndexed(Quorin_Error (*f)(A...), const Arguments& args, std::index_sequence<I...>) {
-    Feeder feed{args};
-    // Braced initialisation evaluates left to right, so parameters take
-    // buffers in the signature's order.
-    std::tuple<A...> parameters{feed.template next<A, I + 1 == sizeof...(A)>()...};
-    return std::apply(f, parameters);
-}
-
-template <class... A>
-Quorin_Error Call(Quorin_Error (*f)(A...), const Arguments& args) {
-    return CallIndexed(f, args, std::index_sequence_for<A...>{});
-}
-
-template <class... A>
-constexpr size_t BufferParameters(Quorin_Error (*)(A...)) {
-    return (size_t{0} + ... + size_t{std::is_same_v<A, const Quorin_Buffer*>});
-}
 
 template <class A>
 constexpr uint8_t ExtraOf() {
@@ -181,13 +124,13 @@ constexpr uint8_t ExtrasOf(Quorin_Error (*)(A...)) {
 
 template <auto F>
 Quorin_Error Invoke(const Arguments& args) {
-    return detail::Call(F, args);
+    return CallExported<F>(args);
 }
 
 // One row: the buffer list must match the signature's buffer parameters.
 template <auto F, size_t N>
 constexpr Member Row(const char* name, const BufferSpec (&buffers)[N], Quorin_Flags accepted) {
-    static_assert(N == detail::BufferParameters(F), "the row's buffers differ from the signature's");
+    static_assert(N == ParametersOf<const Quorin_Buffer*>(F), "the row's buffers differ from the signature's");
     Member m{name, &Invoke<F>, N, {}, accepted, detail::ExtrasOf(F)};
     for (size_t i = 0; i < N; ++i) m.buffers[i] = buffers[i];
     return m;

@@ -1,54 +1,77 @@
 // Planar and interleaved layouts: planes into interleaved pixels and back, at
 // the same depth or between 8-bit and float through per-channel ranges.
 //
-// Each entry point names its planes in channel-position order, its constant
-// and its ranges; MergePlanes and SplitPixels (LayoutCall.h) check them in
-// the family's order, pick the scalar or vector row kernel, and hand the rows
-// to the rows dispatcher from 64000 destination pixels unless single-threaded.
+// Each entry point runs its row of the member table (LayoutMembers.h):
+// Run builds the call's planes in channel-position order, its constant and
+// its ranges from the row, and MergePlanes and SplitPixels (LayoutCall.h)
+// check them in the family's order, pick the scalar or vector row kernel,
+// and hand the rows to the rows dispatcher from 64000 destination pixels
+// unless single-threaded.
 #include <bit>
 
 #include "Conversion/LayoutCall.h"
+#include "Conversion/LayoutMembers.h"
 #include "quorin/Conversion.h"
 
 namespace quorin::layout {
 namespace {
 
-// The 8-bit interleave worker behind the ARGB and XRGB forms: the alpha
-// channel comes from the alpha plane or, when none is given, the constant.
-// The alpha plane is never tested for null, and only the three colour
-// planes' rowBytes are tested: the destination's deliberately is not.
-Quorin_Error InterleavePlanar8(const Quorin_Buffer* alphaPlane, uint8_t alpha, const Quorin_Buffer* srcR,
-                               const Quorin_Buffer* srcG, const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
-                               Quorin_Flags flags) {
-    return MergePlanes<Copy<uint8_t>, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
-                                          .dest = dest,
-                                          .constant = {alpha},
-                                          .requiredPlanesRowBytesOnly = true},
-                                        flags);
+template <SampleKind kKind>
+using Word = std::conditional_t<BytesOf(kKind) == 1, uint8_t, std::conditional_t<BytesOf(kKind) == 2, uint16_t, uint32_t>>;
+
+// The channel transform a row's two sample kinds name. Same-depth floats
+// move as 32-bit words, so every bit pattern arrives unchanged.
+template <const Member& kMember>
+using TransformOf = std::conditional_t<
+    kMember.image.sample == kMember.planes.sample, Copy<Word<kMember.image.sample>>,
+    std::conditional_t<(kMember.image.sample == SampleKind::F32) == kMember.merge(), ByteToFloat, FloatToByte>>;
+
+// The merged channel without a plane: the call's constant as a pixel sample,
+// except that float to 8-bit takes a float constant (and an absent alpha
+// plane's 0) through channel 0's range.
+template <class Transform>
+Constant<Transform> ConstantOf(const Member& m, const Call& call) {
+    if constexpr (std::is_same_v<Transform, FloatToByte>) {
+        if (m.constant != ConstantKind::Byte) return {.throughChannel0 = call.floatConstant};
+        return {call.byteConstant};
+    } else if constexpr (std::is_same_v<Transform, Copy<uint8_t>>) {
+        return {call.byteConstant};
+    } else if constexpr (std::is_same_v<typename Transform::To, float>) {
+        return {call.floatConstant};
+    } else if constexpr (std::is_same_v<Transform, Copy<uint32_t>>) {
+        return {std::bit_cast<uint32_t>(call.floatConstant)};
+    } else {
+        return {};
+    }
 }
 
-// The float interleave worker behind the ARGB and XRGB forms, in the same
-// manner (an absent alpha plane gives the constant), with every rowBytes tested.
-Quorin_Error InterleavePlanarF(const Quorin_Buffer* alphaPlane, float alpha, const Quorin_Buffer* srcR,
-                               const Quorin_Buffer* srcG, const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
-                               Quorin_Flags flags) {
-    return MergePlanes<Copy<uint32_t>, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
-                                           .dest = dest,
-                                           .constant = {std::bit_cast<uint32_t>(alpha)}},
-                                         flags);
+template <const Member& kMember>
+Quorin_Error Run(const Call& call) {
+    using Transform = TransformOf<kMember>;
+    constexpr size_t C = kMember.image.channels;
+    const PlaneArg absent = kMember.merge() ? kConstantChannel : kSkippedChannel;
+    std::array<PlaneArg, C> planes;
+    planes.fill(absent);
+    for (size_t k = 0; k < kMember.planeCount(); ++k) {
+        const Quorin_Buffer* plane = call.buffers[kMember.planeArgument(k)];
+        planes[kMember.planeChannel(k)] = k == 0 && kMember.alphaPlaneOptional ? OptionalPlane(plane) : plane;
+    }
+    const Quorin_Buffer* image = call.buffers[kMember.imageArgument()];
+    const Ranges ranges{call.maxFloat, call.minFloat};
+    if constexpr (kMember.merge()) {
+        return MergePlanes<Transform, C>({.planes = planes,
+                                          .dest = image,
+                                          .constant = ConstantOf<Transform>(kMember, call),
+                                          .ranges = ranges,
+                                          .requiredPlanesRowBytesOnly = kMember.requiredPlanesRowBytesOnly},
+                                         kMember.checks, call.flags);
+    } else {
+        return SplitPixels<Transform, C>({.src = image, .planes = planes, .ranges = ranges}, kMember.checks,
+                                         call.flags);
+    }
 }
 
-// The float-to-8-bit interleave worker behind the ARGB and XRGB forms: an
-// absent alpha plane gives the constant, converted through channel 0's range.
-Quorin_Error InterleavePlanarFTo8888(const Quorin_Buffer* alphaPlane, float alpha, const Quorin_Buffer* srcR,
-                                     const Quorin_Buffer* srcG, const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
-                                     const float* maxFloat, const float* minFloat, Quorin_Flags flags) {
-    return MergePlanes<FloatToByte, 4>({.planes = {OptionalPlane(alphaPlane), srcR, srcG, srcB},
-                                        .dest = dest,
-                                        .constant = {.throughChannel0 = alpha},
-                                        .ranges = {maxFloat, minFloat}},
-                                      flags);
-}
+using B = const Quorin_Buffer*;
 
 }  // namespace
 }  // namespace quorin::layout
@@ -62,64 +85,61 @@ extern "C" {
 QUORIN_API Quorin_Error QuorinConvert_Planar8toARGB8888(const Quorin_Buffer* srcA, const Quorin_Buffer* srcR,
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return InterleavePlanar8(srcA, 0, srcR, srcG, srcB, dest, flags);
+    return Run<kPlanar8toARGB8888>({.buffers = {srcA, srcR, srcG, srcB, dest}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToXRGB8888(uint8_t alpha, const Quorin_Buffer* srcR,
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return InterleavePlanar8(nullptr, alpha, srcR, srcG, srcB, dest, flags);
+    return Run<kPlanar8ToXRGB8888>({.buffers = {srcR, srcG, srcB, dest}, .byteConstant = alpha, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToBGRX8888(const Quorin_Buffer* srcB, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcR, uint8_t alpha,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return MergePlanes<Copy<uint8_t>, 4>(
-        {.planes = {srcB, srcG, srcR, kConstantChannel}, .dest = dest, .constant = {alpha}}, flags);
+    return Run<kPlanar8ToBGRX8888>({.buffers = {srcB, srcG, srcR, dest}, .byteConstant = alpha, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFtoARGBFFFF(const Quorin_Buffer* srcA, const Quorin_Buffer* srcR,
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return InterleavePlanarF(srcA, 0.0f, srcR, srcG, srcB, dest, flags);
+    return Run<kPlanarFtoARGBFFFF>({.buffers = {srcA, srcR, srcG, srcB, dest}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFToXRGBFFFF(float alpha, const Quorin_Buffer* srcR,
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return InterleavePlanarF(nullptr, alpha, srcR, srcG, srcB, dest, flags);
+    return Run<kPlanarFToXRGBFFFF>({.buffers = {srcR, srcG, srcB, dest}, .floatConstant = alpha, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFToBGRXFFFF(const Quorin_Buffer* srcB, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcR, float alpha,
                                                         const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return MergePlanes<Copy<uint32_t>, 4>(
-        {.planes = {srcB, srcG, srcR, kConstantChannel}, .dest = dest, .constant = {std::bit_cast<uint32_t>(alpha)}},
-        flags);
+    return Run<kPlanarFToBGRXFFFF>({.buffers = {srcB, srcG, srcR, dest}, .floatConstant = alpha, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar16UtoARGB16U(const Quorin_Buffer* srcA, const Quorin_Buffer* srcR,
                                                          const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                          const Quorin_Buffer* dest, Quorin_Flags flags) {
-    return MergePlanes<Copy<uint16_t>, 4>({.planes = {srcA, srcR, srcG, srcB}, .dest = dest}, flags);
+    return Run<kPlanar16UtoARGB16U>({.buffers = {srcA, srcR, srcG, srcB, dest}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar16UtoRGB16U(const Quorin_Buffer* srcR, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                                         Quorin_Flags flags) {
-    return MergePlanes<Copy<uint16_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
+    return Run<kPlanar16UtoRGB16U>({.buffers = {srcR, srcG, srcB, dest}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar8toRGB888(const Quorin_Buffer* srcR, const Quorin_Buffer* srcG,
                                                       const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                                       Quorin_Flags flags) {
-    return MergePlanes<Copy<uint8_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
+    return Run<kPlanar8toRGB888>({.buffers = {srcR, srcG, srcB, dest}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFtoRGBFFF(const Quorin_Buffer* srcR, const Quorin_Buffer* srcG,
                                                       const Quorin_Buffer* srcB, const Quorin_Buffer* dest,
                                                       Quorin_Flags flags) {
-    return MergePlanes<Copy<uint32_t>, 3>({.planes = {srcR, srcG, srcB}, .dest = dest}, flags);
+    return Run<kPlanarFtoRGBFFF>({.buffers = {srcR, srcG, srcB, dest}, .flags = flags});
 }
 
 // ---- Planes into interleaved pixels, 8-bit to float ---------------------------------
@@ -128,30 +148,21 @@ QUORIN_API Quorin_Error QuorinConvert_Planar8ToARGBFFFF(const Quorin_Buffer* src
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return MergePlanes<ByteToFloat, 4>(
-        {.planes = {srcA, srcR, srcG, srcB}, .dest = dest, .ranges = {maxFloat, minFloat}}, flags);
+    return Run<kPlanar8ToARGBFFFF>({.buffers = {srcA, srcR, srcG, srcB, dest}, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToXRGBFFFF(float alpha, const Quorin_Buffer* srcR,
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return MergePlanes<ByteToFloat, 4>({.planes = {kConstantChannel, srcR, srcG, srcB},
-                                        .dest = dest,
-                                        .constant = {alpha},
-                                        .ranges = {maxFloat, minFloat}},
-                                      flags);
+    return Run<kPlanar8ToXRGBFFFF>({.buffers = {srcR, srcG, srcB, dest}, .floatConstant = alpha, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_Planar8ToBGRXFFFF(const Quorin_Buffer* srcB, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcR, float alpha,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return MergePlanes<ByteToFloat, 4>({.planes = {srcB, srcG, srcR, kConstantChannel},
-                                        .dest = dest,
-                                        .constant = {alpha},
-                                        .ranges = {maxFloat, minFloat}},
-                                      flags);
+    return Run<kPlanar8ToBGRXFFFF>({.buffers = {srcB, srcG, srcR, dest}, .floatConstant = alpha, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 // ---- Planes into interleaved pixels, float to 8-bit ---------------------------------
@@ -160,25 +171,21 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFToARGB8888(const Quorin_Buffer* src
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return InterleavePlanarFTo8888(srcA, 0.0f, srcR, srcG, srcB, dest, maxFloat, minFloat, flags);
+    return Run<kPlanarFToARGB8888>({.buffers = {srcA, srcR, srcG, srcB, dest}, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFToXRGB8888(float alpha, const Quorin_Buffer* srcR,
                                                         const Quorin_Buffer* srcG, const Quorin_Buffer* srcB,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return InterleavePlanarFTo8888(nullptr, alpha, srcR, srcG, srcB, dest, maxFloat, minFloat, flags);
+    return Run<kPlanarFToXRGB8888>({.buffers = {srcR, srcG, srcB, dest}, .floatConstant = alpha, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_PlanarFToBGRX8888(const Quorin_Buffer* srcB, const Quorin_Buffer* srcG,
                                                         const Quorin_Buffer* srcR, uint8_t alpha,
                                                         const Quorin_Buffer* dest, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return MergePlanes<FloatToByte, 4>({.planes = {srcB, srcG, srcR, kConstantChannel},
-                                        .dest = dest,
-                                        .constant = {alpha},
-                                        .ranges = {maxFloat, minFloat}},
-                                      flags);
+    return Run<kPlanarFToBGRX8888>({.buffers = {srcB, srcG, srcR, dest}, .byteConstant = alpha, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 // ---- Interleaved pixels into planes, same depth -------------------------------------
@@ -186,49 +193,49 @@ QUORIN_API Quorin_Error QuorinConvert_PlanarFToBGRX8888(const Quorin_Buffer* src
 QUORIN_API Quorin_Error QuorinConvert_ARGB8888toPlanar8(const Quorin_Buffer* src, const Quorin_Buffer* destA,
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, Quorin_Flags flags) {
-    return SplitPixels<Copy<uint8_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
+    return Run<kARGB8888toPlanar8>({.buffers = {src, destA, destR, destG, destB}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoPlanarF(const Quorin_Buffer* src, const Quorin_Buffer* destA,
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, Quorin_Flags flags) {
-    return SplitPixels<Copy<uint32_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
+    return Run<kARGBFFFFtoPlanarF>({.buffers = {src, destA, destR, destG, destB}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_ARGB16UtoPlanar16U(const Quorin_Buffer* src, const Quorin_Buffer* destA,
                                                          const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                          const Quorin_Buffer* destB, Quorin_Flags flags) {
-    return SplitPixels<Copy<uint16_t>, 4>({.src = src, .planes = {destA, destR, destG, destB}}, flags);
+    return Run<kARGB16UtoPlanar16U>({.buffers = {src, destA, destR, destG, destB}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_RGB16UtoPlanar16U(const Quorin_Buffer* src, const Quorin_Buffer* destR,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destB,
                                                         Quorin_Flags flags) {
-    return SplitPixels<Copy<uint16_t>, 3>({.src = src, .planes = {destR, destG, destB}}, flags);
+    return Run<kRGB16UtoPlanar16U>({.buffers = {src, destR, destG, destB}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_XRGB8888ToPlanar8(const Quorin_Buffer* src, const Quorin_Buffer* destR,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destB,
                                                         Quorin_Flags flags) {
-    return SplitPixels<Copy<uint8_t>, 4>({.src = src, .planes = {kSkippedChannel, destR, destG, destB}}, flags);
+    return Run<kXRGB8888ToPlanar8>({.buffers = {src, destR, destG, destB}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_BGRX8888ToPlanar8(const Quorin_Buffer* src, const Quorin_Buffer* destB,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destR,
                                                         Quorin_Flags flags) {
-    return SplitPixels<Copy<uint8_t>, 4>({.src = src, .planes = {destB, destG, destR, kSkippedChannel}}, flags);
+    return Run<kBGRX8888ToPlanar8>({.buffers = {src, destB, destG, destR}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_XRGBFFFFToPlanarF(const Quorin_Buffer* src, const Quorin_Buffer* destR,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destB,
                                                         Quorin_Flags flags) {
-    return SplitPixels<Copy<uint32_t>, 4>({.src = src, .planes = {kSkippedChannel, destR, destG, destB}}, flags);
+    return Run<kXRGBFFFFToPlanarF>({.buffers = {src, destR, destG, destB}, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_BGRXFFFFToPlanarF(const Quorin_Buffer* src, const Quorin_Buffer* destB,
                                                         const Quorin_Buffer* destG, const Quorin_Buffer* destR,
                                                         Quorin_Flags flags) {
-    return SplitPixels<Copy<uint32_t>, 4>({.src = src, .planes = {destB, destG, destR, kSkippedChannel}}, flags);
+    return Run<kBGRXFFFFToPlanarF>({.buffers = {src, destB, destG, destR}, .flags = flags});
 }
 
 // ---- Interleaved pixels into planes, with a depth change ----------------------------
@@ -237,16 +244,14 @@ QUORIN_API Quorin_Error QuorinConvert_ARGB8888toPlanarF(const Quorin_Buffer* src
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return SplitPixels<ByteToFloat, 4>(
-        {.src = src, .planes = {destA, destR, destG, destB}, .ranges = {maxFloat, minFloat}}, flags);
+    return Run<kARGB8888toPlanarF>({.buffers = {src, destA, destR, destG, destB}, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoPlanar8(const Quorin_Buffer* src, const Quorin_Buffer* destA,
                                                         const Quorin_Buffer* destR, const Quorin_Buffer* destG,
                                                         const Quorin_Buffer* destB, const float maxFloat[4],
                                                         const float minFloat[4], Quorin_Flags flags) {
-    return SplitPixels<FloatToByte, 4>(
-        {.src = src, .planes = {destA, destR, destG, destB}, .ranges = {maxFloat, minFloat}}, flags);
+    return Run<kARGBFFFFtoPlanar8>({.buffers = {src, destA, destR, destG, destB}, .maxFloat = maxFloat, .minFloat = minFloat, .flags = flags});
 }
 
 }  // extern "C"

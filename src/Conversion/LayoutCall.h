@@ -38,6 +38,7 @@ enum class Role : uint8_t {
 struct PlaneArg {
     const Quorin_Buffer* record;
     Role role;
+    constexpr PlaneArg() : record(nullptr), role(Role::Constant) {}
     PlaneArg(const Quorin_Buffer* buffer) : record(buffer), role(Role::Required) {}  // NOLINT: the common case
     constexpr PlaneArg(const Quorin_Buffer* buffer, Role r) : record(buffer), role(r) {}
 };
@@ -69,29 +70,12 @@ struct LayoutOperand {
     bool rowsCut = false;  // an untested destination whose short rows are cut, not refused
 };
 
-// The family's checks, in order; the first failure decides. There is no
-// zero-size test: an empty region converts nothing and succeeds.
-inline constexpr CheckStep kLayoutChecks[] = {
-    {"a required buffer is null", Check::NullRecord, kQuorinError_NullPointer, kAllOperands, 0, kRoleRequired},
-    {"a range array the call takes is null", Check::NullArgument, kQuorinError_NullPointer},
-    {"a buffer has null pixel data", Check::NullData, kQuorinError_BadArgument},
-    {"the region is wider or taller than a buffer of the first group", Check::ExceedsRegion,
-     kQuorinError_RegionExceedsSource, kAllOperands, 0, kRoleFirstGroup},
-    {"a tested rowBytes of the first group is shorter than its row", Check::RowBytesShort, kQuorinError_BadArgument,
-     kAllOperands, 0, kRoleFirstGroup | kRoleRowBytesTested},
-    {"a flag other than single-threaded or size query", Check::FlagsOutside, kQuorinError_UnsupportedFlags,
-     kAllOperands, kCommonFlags},
-    {"the region is wider or taller than the second group's plane", Check::ExceedsRegion,
-     kQuorinError_RegionExceedsSource, kAllOperands, 0, kRoleSecondGroup},
-    {"the second group's rowBytes is shorter than its row", Check::RowBytesShort, kQuorinError_BadArgument,
-     kAllOperands, 0, kRoleSecondGroup},
-};
-
-// Runs kLayoutChecks over the first group, the second group (`later`, the
-// fourth destination plane of a split, when there is one) and the range
+// Runs the member's checks over the first group, the second group (`later`,
+// the fourth destination plane of a split, when there is one) and the range
 // arrays when the call takes them.
-inline Quorin_Error CheckArguments(std::span<const LayoutOperand> first, const LayoutOperand* later,
-                                   const Quorin_Buffer* region, const Ranges* ranges, Quorin_Flags flags) {
+inline Quorin_Error CheckArguments(std::span<const CheckStep> checks, std::span<const LayoutOperand> first,
+                                   const LayoutOperand* later, const Quorin_Buffer* region, const Ranges* ranges,
+                                   Quorin_Flags flags) {
     std::array<quorin::Operand, 6> operands;
     size_t count = 0;
     const auto add = [&](const LayoutOperand& o, uint8_t group) {
@@ -103,7 +87,7 @@ inline Quorin_Error CheckArguments(std::span<const LayoutOperand> first, const L
     const void* const rangeArrays[] = {ranges ? ranges->max : nullptr, ranges ? ranges->min : nullptr};
     const std::span<const void* const> pointers = ranges ? std::span<const void* const>(rangeArrays)
                                                          : std::span<const void* const>();
-    return RunChecks(kLayoutChecks,
+    return RunChecks(checks,
                      CheckedCall{std::span<const quorin::Operand>(operands.data(), count), flags, region, pointers});
 }
 
@@ -151,15 +135,12 @@ private:
 };
 
 // Runs the rows of `region` on this thread or through the rows dispatcher,
-// walking each piece as one run or row by row. A piece that streamed fences
-// its stores before it ends.
+// walking each piece as one run or row by row. The row kernels fence their
+// own streaming stores.
 template <class Kernel, class... Views>
-void ConvertRows(Quorin_Flags flags, const Quorin_Buffer* region, bool streaming, Kernel&& kernel,
-                 const Views&... views) {
-    RunRows(flags, region->width, region->height, [&](size_t x, size_t y, size_t w, size_t h) {
-        WalkRegion(x, y, w, h, kernel, views...);
-        if (streaming) EndStreaming();
-    });
+void ConvertRows(Quorin_Flags flags, const Quorin_Buffer* region, Kernel&& kernel, const Views&... views) {
+    RunRows(flags, region->width, region->height,
+            [&](size_t x, size_t y, size_t w, size_t h) { WalkRegion(x, y, w, h, kernel, views...); });
 }
 
 // ---- Planes into pixels --------------------------------------------------------------
@@ -202,7 +183,7 @@ void MergeIntoShortRows(Quorin_Flags flags, const Quorin_Buffer* dest, const Ker
 }
 
 template <class Transform, size_t C>
-Quorin_Error MergePlanes(const MergeCall<Transform, C>& call, Quorin_Flags flags) {
+Quorin_Error MergePlanes(const MergeCall<Transform, C>& call, std::span<const CheckStep> checks, Quorin_Flags flags) {
     using From = typename Transform::From;
     using To = typename Transform::To;
     std::array<LayoutOperand, C + 1> operands;
@@ -211,7 +192,7 @@ Quorin_Error MergePlanes(const MergeCall<Transform, C>& call, Quorin_Flags flags
         const bool required = call.planes[c].role == Role::Required;
         operands[c + 1] = {call.planes[c].record, sizeof(From), required, required || !call.requiredPlanesRowBytesOnly};
     }
-    if (const Quorin_Error error = CheckArguments(operands, nullptr, call.dest,
+    if (const Quorin_Error error = CheckArguments(checks, operands, nullptr, call.dest,
                                                   Transform::kTakesRanges ? &call.ranges : nullptr, flags))
         return error;
     if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;  // no temporary buffer, nothing written
@@ -233,7 +214,7 @@ Quorin_Error MergePlanes(const MergeCall<Transform, C>& call, Quorin_Flags flags
     }
     const bool streaming = vector && WantsStreaming(call.dest->width * call.dest->height * C * sizeof(To));
     ConvertRows(
-        flags, call.dest, streaming,
+        flags, call.dest,
         [&](To* pixels, const std::array<const From*, C>& rows, size_t n) {
             kernel(rows.data(), constant, transform, pixels, n, streaming);
         },
@@ -253,7 +234,7 @@ struct SplitCall {
 // The region is the first destination plane. With four destination planes
 // the fourth forms a second group, tested after the flags.
 template <class Transform, size_t C>
-Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, Quorin_Flags flags) {
+Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, std::span<const CheckStep> checks, Quorin_Flags flags) {
     using From = typename Transform::From;
     using To = typename Transform::To;
     std::array<LayoutOperand, C + 1> operands;
@@ -265,9 +246,13 @@ Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, Quorin_Flags flags
         if (count == 1) region = plane.record;
         operands[count++] = {plane.record, sizeof(To), true, true};
     }
-    const bool secondGroup = count == 5;
-    const std::span<const LayoutOperand> first(operands.data(), secondGroup ? 4 : count);
-    if (const Quorin_Error error = CheckArguments(first, secondGroup ? &operands[4] : nullptr, region,
+    // Only four planes make a second group; saying so at compile time keeps
+    // the fifth operand out of the three-plane instantiations altogether.
+    const LayoutOperand* second = nullptr;
+    if constexpr (C == 4)
+        if (count == 5) second = &operands[4];
+    const std::span<const LayoutOperand> first(operands.data(), second ? 4 : count);
+    if (const Quorin_Error error = CheckArguments(checks, first, second, region,
                                                   Transform::kTakesRanges ? &call.ranges : nullptr, flags))
         return error;
     if (flags & kQuorinFlag_QueryTempSize) return kQuorinSuccess;
@@ -278,7 +263,7 @@ Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, Quorin_Flags flags
     const SplitRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::split.pick(vector);
     const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
     ConvertRows(
-        flags, region, streaming,
+        flags, region,
         [&](const From* pixels, const std::array<To*, C>& planes, size_t n) {
             kernel(pixels, planes.data(), transform, n, streaming);
         },

@@ -1,8 +1,9 @@
 // Vector twins of the layout row kernels, compiled once per instruction set
 // and chosen at run time. Each gives the bytes of the scalar kernel in
-// LayoutRules.h for every input: whole vectors here, the pixels before an
-// aligned start (when streaming) and the last pixels through the scalar
-// kernel, so no byte outside the row is read or written.
+// LayoutRules.h for every input: whole vectors here, on the core's row loop
+// (RunSteps), which hands the pixels before an aligned streaming start and
+// the last pixels to the scalar kernel, so no byte outside the row is read
+// or written.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Conversion/LayoutKernels.cpp"
 #include <hwy/foreach_target.h>  // must come before highway.h
@@ -15,25 +16,12 @@
 
 #include "Conversion/LayoutRules.h"
 #include "Core/Opaque.h"
+#include "Core/Intrinsics-inl.h"
+#include "Core/RowLoop-inl.h"
 
 #ifndef QUORIN_LAYOUT_KERNELS_ONCE
 #define QUORIN_LAYOUT_KERNELS_ONCE
 namespace quorin::layout {
-
-// The pixels to leave to the scalar kernel so that every destination (null
-// ones aside) starts on an `alignment`-byte boundary after them, when each
-// advances `step` bytes per pixel; n when no count below `alignment` does it.
-template <class T>
-size_t PixelsBeforeAlignment(T* const* destinations, size_t count, size_t step, size_t alignment, size_t n) {
-    for (size_t skip = 0; skip < alignment && skip < n; ++skip) {
-        bool aligned = true;
-        for (size_t k = 0; k < count; ++k)
-            if (destinations[k])
-                aligned = aligned && (reinterpret_cast<uintptr_t>(destinations[k]) + skip * step) % alignment == 0;
-        if (aligned) return skip;
-    }
-    return n;
-}
 
 // Byte c of a four-byte pixel read as one 32-bit word is at this shift.
 constexpr int ByteShift(size_t c) {
@@ -50,6 +38,8 @@ constexpr int ByteShift(size_t c) {
 HWY_BEFORE_NAMESPACE();
 namespace quorin::layout::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+using quorin::HWY_NAMESPACE::RunSteps;
+using quorin::HWY_NAMESPACE::StreamingHeadOf;
 
 // ---- Vector rules -----------------------------------------------------------------
 // Each applies a transform to vectors. `Lanes` sets a kernel's lane count:
@@ -250,18 +240,11 @@ public:
         return TransposeLanes(sizeof(T) == 4 ? pixels : Shuffle(pixels, toChannels_));
     }
     // Bytes of the float-to-byte rule from four vectors of its t, lane l of
-    // vector j for sample l of part j: t clamped to 255, truncated, and packed
-    // twice with unsigned saturation. 255 goes first into the minimum, since
-    // x86 returns the second operand when either is NaN: a NaN t stays NaN,
-    // the conversion turns it (and any t <= -1) into a negative integer, and
-    // saturation makes that 0, as the rule does. Block k then holds samples
-    // 4k..4k+3 of each vector in turn, in 32-bit lanes 4k..4k+3.
+    // vector j for sample l of part j: block k holds samples 4k..4k+3 of each
+    // vector in turn, in 32-bit lanes 4k..4k+3.
     static V PackScaled(hn::Vec512<float> t0, hn::Vec512<float> t1, hn::Vec512<float> t2, hn::Vec512<float> t3) {
         static_assert(sizeof(T) == 1);
-        const __m512 top = _mm512_set1_ps(255.0f);
-        const auto whole = [top](hn::Vec512<float> t) { return _mm512_cvttps_epi32(_mm512_min_ps(top, t.raw)); };
-        return V{_mm512_packus_epi16(_mm512_packus_epi32(whole(t0), whole(t1)),
-                                     _mm512_packus_epi32(whole(t2), whole(t3)))};
+        return quorin::HWY_NAMESPACE::PackTruncatedBytes(hn::Full512<float>(), t0, t1, t2, t3);
     }
     // PackScaled of four channels' samples (one vector per channel) -> whole pixels.
     V PixelsOfPacked(V packed) const { return Shuffle(packed, toPixels_); }
@@ -277,25 +260,16 @@ public:
         return c % 2 == 0 ? hn::LowerHalf(Q(), half) : hn::UpperHalf(Q(), half);
     }
     // Four vectors of four blocks each, transposed as a 4 x 4 matrix of
-    // blocks: afterwards v[c] holds block c of every input, in order. Eight
-    // two-source block shuffles, where taking the blocks apart and joining
-    // them again costs three times as many operations.
+    // blocks: afterwards v[c] holds block c of every input, in order. The
+    // halves first (v0 with v2, v1 with v3), then the blocks within them.
     static void TransposeBlocks(V (&v)[4]) {
-        const auto shuffle = [](V a, V b, auto imm) {
-            return hn::BitCast(D(), hn::Vec512<uint64_t>{_mm512_shuffle_i64x2(
-                                        hn::BitCast(hn::Full512<uint64_t>(), a).raw,
-                                        hn::BitCast(hn::Full512<uint64_t>(), b).raw, decltype(imm)::value)});
-        };
-        using Low = std::integral_constant<int, 0x44>;    // blocks 0, 1 of a, then 0, 1 of b
-        using High = std::integral_constant<int, 0xEE>;   // blocks 2, 3 of a, then 2, 3 of b
-        using Even = std::integral_constant<int, 0x88>;   // blocks 0, 2 of a, then 0, 2 of b
-        using Odd = std::integral_constant<int, 0xDD>;    // blocks 1, 3 of a, then 1, 3 of b
-        const V ab01 = shuffle(v[0], v[1], Low{}), ab23 = shuffle(v[0], v[1], High{});
-        const V cd01 = shuffle(v[2], v[3], Low{}), cd23 = shuffle(v[2], v[3], High{});
-        v[0] = shuffle(ab01, cd01, Even{});
-        v[1] = shuffle(ab01, cd01, Odd{});
-        v[2] = shuffle(ab23, cd23, Even{});
-        v[3] = shuffle(ab23, cd23, Odd{});
+        const D d;
+        const V x0 = hn::ConcatLowerLower(d, v[2], v[0]), x2 = hn::ConcatUpperUpper(d, v[2], v[0]);
+        const V x1 = hn::ConcatLowerLower(d, v[3], v[1]), x3 = hn::ConcatUpperUpper(d, v[3], v[1]);
+        v[0] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(x1), x0);
+        v[1] = hn::OddEvenBlocks(x1, hn::SwapAdjacentBlocks(x0));
+        v[2] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(x3), x2);
+        v[3] = hn::OddEvenBlocks(x3, hn::SwapAdjacentBlocks(x2));
     }
 
 private:
@@ -323,10 +297,10 @@ private:
 // P is the sample type the channels are interleaved in: the pixels' own, or
 // bytes for the 8-bit to float rule, which then converts the interleaved
 // bytes in place (lane l holding channel l mod 4) with no wide shuffles.
-template <class Rule, class Transform>
+template <class Rule, class Transform, class Stores>
 size_t MergeFourChannels(const Rule& apply, const typename Transform::From* const* planes,
                          typename Transform::To fill, typename Transform::To* pixels, size_t i, size_t n,
-                         bool stream) {
+                         const Stores& store) {
     using From = typename Transform::From;
     using To = typename Transform::To;
     using P = std::conditional_t<(sizeof(From) < sizeof(To)), From, To>;
@@ -358,32 +332,28 @@ size_t MergeFourChannels(const Rule& apply, const typename Transform::From* cons
             return four.Pixels(channel(0, at), channel(1, at), channel(2, at), channel(3, at));
         }
     };
-    const auto run = [&](auto store) {
-        for (; i + Four::kPixels <= n; i += Four::kPixels) {
-            const auto interleaved = pixelsAt(i);
-            if constexpr (std::is_same_v<P, To>) {
-                store(interleaved, typename Four::D(), pixels + i * 4);
-            } else {
-                const typename Rule::Lanes dw;
-                const hn::Rebind<To, decltype(dw)> dTo;
-                const hn::Rebind<P, decltype(dw)> dP;
-                HWY_ALIGN P bytes[4 * Four::kPixels];
-                hn::Store(interleaved, typename Four::D(), bytes);
-                for (size_t k = 0; k < 4 * Four::kPixels; k += hn::Lanes(dw))
-                    store(apply.Flat(dTo, hn::Load(dP, bytes + k)), dTo, pixels + i * 4 + k);
-            }
+    for (; i + Four::kPixels <= n; i += Four::kPixels) {
+        const auto interleaved = pixelsAt(i);
+        if constexpr (std::is_same_v<P, To>) {
+            store(interleaved, typename Four::D(), pixels + i * 4);
+        } else {
+            const typename Rule::Lanes dw;
+            const hn::Rebind<To, decltype(dw)> dTo;
+            const hn::Rebind<P, decltype(dw)> dP;
+            HWY_ALIGN P bytes[4 * Four::kPixels];
+            hn::Store(interleaved, typename Four::D(), bytes);
+            for (size_t k = 0; k < 4 * Four::kPixels; k += hn::Lanes(dw))
+                store(apply.Flat(dTo, hn::Load(dP, bytes + k)), dTo, pixels + i * 4 + k);
         }
-    };
-    if (stream) run([](auto v, auto d, auto* to) { hn::Stream(v, d, to); });
-    else run([](auto v, auto d, auto* to) { hn::StoreU(v, d, to); });
+    }
     return i;
 }
 
 // Splits FourChannels<To>::kPixels pixels at a time (float pixels becoming
 // bytes are converted in place first); returns the pixels done.
-template <class Rule, class Transform>
+template <class Rule, class Transform, class Stores>
 size_t SplitFourChannels(const Rule& apply, const typename Transform::From* pixels,
-                         typename Transform::To* const* planes, size_t i, size_t n, bool stream) {
+                         typename Transform::To* const* planes, size_t i, size_t n, const Stores& store) {
     using From = typename Transform::From;
     using To = typename Transform::To;
     using Four = FourChannels<To>;
@@ -400,25 +370,21 @@ size_t SplitFourChannels(const Rule& apply, const typename Transform::From* pixe
             return four.ChannelBlocksOfPacked(Four::PackScaled(t(0), t(1), t(2), t(3)));
         }
     };
-    const auto run = [&](auto store) {
-        // Four steps at a time, transposed so that each plane gets one whole
-        // 64-byte vector: a full cache line in one store.
-        constexpr size_t kGroup = 4 * Four::kPixels;
-        for (; i + kGroup <= n; i += kGroup) {
-            typename Four::V group[4];
-            for (size_t k = 0; k < 4; ++k) group[k] = channelBlocksAt(i + k * Four::kPixels);
-            Four::TransposeBlocks(group);
-            for (size_t c = 0; c < 4; ++c)
-                if (out[c]) store(group[c], typename Four::D(), out[c] + i);
-        }
-        for (; i + Four::kPixels <= n; i += Four::kPixels) {
-            const auto blocks = channelBlocksAt(i);
-            for (size_t c = 0; c < 4; ++c)
-                if (out[c]) store(Four::Block(blocks, c), q, out[c] + i);
-        }
-    };
-    if (stream) run([](auto v, auto d, To* to) { hn::Stream(v, d, to); });
-    else run([](auto v, auto d, To* to) { hn::StoreU(v, d, to); });
+    // Four steps at a time, transposed so that each plane gets one whole
+    // 64-byte vector: a full cache line in one store.
+    constexpr size_t kGroup = 4 * Four::kPixels;
+    for (; i + kGroup <= n; i += kGroup) {
+        typename Four::V group[4];
+        for (size_t k = 0; k < 4; ++k) group[k] = channelBlocksAt(i + k * Four::kPixels);
+        Four::TransposeBlocks(group);
+        for (size_t c = 0; c < 4; ++c)
+            if (out[c]) store(group[c], typename Four::D(), out[c] + i);
+    }
+    for (; i + Four::kPixels <= n; i += Four::kPixels) {
+        const auto blocks = channelBlocksAt(i);
+        for (size_t c = 0; c < 4; ++c)
+            if (out[c]) store(Four::Block(blocks, c), q, out[c] + i);
+    }
     return i;
 }
 #endif  // 64-byte vectors
@@ -429,78 +395,67 @@ template <size_t C, class Transform>
 void MergeRow(const typename Transform::From* const* planes, typename Transform::To fill, const Transform& transform,
               typename Transform::To* pixels, size_t n, bool stream) {
     using From = typename Transform::From;
-    size_t i = 0;
-#if HWY_TARGET != HWY_SCALAR  // one lane gains nothing over the scalar kernel
+    const auto scalar = [&](size_t first, size_t count) {
+        const From* rest[C];
+        for (size_t c = 0; c < C; ++c) rest[c] = planes[c] ? planes[c] + first : nullptr;
+        MergeRowScalar<C>(rest, fill, transform, pixels + first * C, count);
+    };
+#if HWY_TARGET == HWY_SCALAR  // one lane gains nothing over the scalar kernel
+    (void)stream;
+    scalar(0, n);
+#else
     WithVectorRule(transform, [&](const auto& apply) {
         using Rule = std::remove_cvref_t<decltype(apply)>;
         using To = typename Transform::To;
         const typename Rule::Lanes dw;
         const hn::Rebind<From, decltype(dw)> dFrom;
         const hn::Rebind<To, decltype(dw)> dTo;
-        const hn::ScalableTag<uint8_t> dBytes;
-        const size_t lanes = hn::Lanes(dw), vectorBytes = hn::Lanes(dBytes), blockBytes = lanes * C * sizeof(To);
-
-        // Streaming stores want whole, aligned vectors: the pixels before
-        // the destination's first vector boundary go to the scalar kernel.
-        const size_t head = stream && blockBytes % vectorBytes == 0
-                                ? PixelsBeforeAlignment(&pixels, 1, C * sizeof(To), vectorBytes, n)
-                                : n;
-        const bool streaming = head < n;
-        if (streaming) {
-            MergeRowScalar<C>(planes, fill, transform, pixels, head);
-            i = head;
-        }
+        const size_t lanes = hn::Lanes(dw);
+        const size_t head = StreamingHeadOf(stream, &pixels, 1, n, C * sizeof(To),
+                                            hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * C * sizeof(To));
+        const auto steps = [&](size_t i, const auto& stores) {
 #ifdef QUORIN_LAYOUT_FOUR_CHANNELS
-        if constexpr (C == 4) i = MergeFourChannels<Rule, Transform>(apply, planes, fill, pixels, i, n, streaming);
+            if constexpr (C == 4) i = MergeFourChannels<Rule, Transform>(apply, planes, fill, pixels, i, n, stores);
 #endif
-        // Local copies: stores through `pixels` may not alias them, so they stay in registers.
-        const From* source[C];
-        for (size_t c = 0; c < C; ++c) source[c] = planes[c];
-        // Each plane's vector is loaded once and kept in a register: GCC would
-        // fold the load into every instruction of the interleave that uses it,
-        // and repeated 64-byte loads across cache lines (planes off a 64-byte
-        // boundary, as malloc gives) made the three-plane float merge 25 %
-        // slower on this kind of processor.
-        const auto channel = [&](size_t c, size_t at) {
-            return source[c] ? apply(dTo, c, Opaque(hn::LoadU(dFrom, source[c] + at))) : hn::Set(dTo, fill);
-        };
-        const auto interleave = [&](size_t at, To* to) {
-            if constexpr (C == 4) {
-                hn::StoreInterleaved4(channel(0, at), channel(1, at), channel(2, at), channel(3, at), dTo, to);
-            } else {
-                static_assert(C == 3);
-                hn::StoreInterleaved3(channel(0, at), channel(1, at), channel(2, at), dTo, to);
-            }
-        };
-        if (streaming) {
-            // Interleave into a bounce buffer in the first-level cache, then
-            // stream it out in aligned whole vectors.
-            HWY_ALIGN uint8_t bounce[4 * HWY_MAX_BYTES];
-            static_assert(C * sizeof(To) <= 4 * sizeof(hn::TFromD<decltype(dw)>));
+            // Local copies: stores through `pixels` may not alias them, so they stay in registers.
+            const From* source[C];
+            for (size_t c = 0; c < C; ++c) source[c] = planes[c];
+            // Each plane's vector is loaded once and kept in a register: GCC would
+            // fold the load into every instruction of the interleave that uses it,
+            // and repeated 64-byte loads across cache lines (planes off a 64-byte
+            // boundary, as malloc gives) made the three-plane float merge 25 %
+            // slower on this kind of processor.
+            const auto channel = [&](size_t c, size_t at) {
+                return source[c] ? apply(dTo, c, Opaque(hn::LoadU(dFrom, source[c] + at))) : hn::Set(dTo, fill);
+            };
             for (; i + lanes <= n; i += lanes) {
-                interleave(i, reinterpret_cast<To*>(bounce));
-                uint8_t* to = reinterpret_cast<uint8_t*>(pixels + i * C);
-                for (size_t b = 0; b < blockBytes; b += vectorBytes)
-                    hn::Stream(hn::Load(dBytes, bounce + b), dBytes, to + b);
+                if constexpr (C == 4) {
+                    stores.Interleaved(dTo, pixels + i * C, channel(0, i), channel(1, i), channel(2, i), channel(3, i));
+                } else {
+                    static_assert(C == 3);
+                    stores.Interleaved(dTo, pixels + i * C, channel(0, i), channel(1, i), channel(2, i));
+                }
             }
-        } else {
-            for (; i + lanes <= n; i += lanes) interleave(i, pixels + i * C);
-        }
+            return i;
+        };
+        RunSteps(head, n, steps, scalar);
     });
-#else
-    (void)stream;
 #endif
-    const From* rest[C];
-    for (size_t c = 0; c < C; ++c) rest[c] = planes[c] ? planes[c] + i : nullptr;
-    MergeRowScalar<C>(rest, fill, transform, pixels + i * C, n - i);
 }
 
 template <size_t C, class Transform>
 void SplitRow(const typename Transform::From* pixels, typename Transform::To* const* planes, const Transform& transform,
               size_t n, bool stream) {
     using To = typename Transform::To;
-    size_t i = 0;
-#if HWY_TARGET != HWY_SCALAR
+    const auto scalar = [&](size_t first, size_t count) {
+        To* rest[C];
+        for (size_t c = 0; c < C; ++c) rest[c] = planes[c] ? planes[c] + first : nullptr;
+        SplitRowScalar<C>(pixels + first * C, rest, transform, count);
+    };
+#if HWY_TARGET == HWY_SCALAR
+    (void)stream;
+    scalar(0, n);
+#else
     WithVectorRule(transform, [&](const auto& apply) {
         using Rule = std::remove_cvref_t<decltype(apply)>;
         using From = typename Transform::From;
@@ -516,65 +471,53 @@ void SplitRow(const typename Transform::From* pixels, typename Transform::To* co
 #else
             false;
 #endif
-        // Streaming stores take whole, aligned vectors of at least 16 bytes
-        // (64 for the four-channel kernel's joined stores); the planes must
-        // reach alignment after the same number of pixels.
+        // The planes must reach a boundary of the stores' width (64 bytes
+        // for the four-channel kernel's joined stores) after the same
+        // number of pixels.
         const size_t planeBytes = kFourChannels ? 64 : lanes * sizeof(To);
-        const size_t head = stream && planeBytes >= 16 && (planeBytes & (planeBytes - 1)) == 0
-                                ? PixelsBeforeAlignment(planes, C, sizeof(To), planeBytes, n)
-                                : n;
-        const bool streaming = head < n;
-        if (streaming) {
-            SplitRowScalar<C>(pixels, planes, transform, head);
-            i = head;
-        }
+        const size_t head = StreamingHeadOf(stream && (planeBytes & (planeBytes - 1)) == 0, planes, C, n,
+                                            sizeof(To), planeBytes, planeBytes);
+        const auto steps = [&](size_t i, const auto& store) {
 #ifdef QUORIN_LAYOUT_FOUR_CHANNELS
-        if constexpr (kFourChannels) i = SplitFourChannels<Rule, Transform>(apply, pixels, planes, i, n, streaming);
+            if constexpr (kFourChannels) i = SplitFourChannels<Rule, Transform>(apply, pixels, planes, i, n, store);
 #endif
-        // Local copies: stores through the planes may not alias them, so they stay in registers.
-        To* out[C];
-        for (size_t c = 0; c < C; ++c) out[c] = planes[c];
-        // Hands channel c of the `lanes` pixels from `at` on, through the
-        // transform, to store(c, vector).
-        const auto split = [&](size_t at, auto store) {
-            if constexpr (C == 4 && sizeof(From) == 1 && sizeof(To) == 4) {
-                // Whole pixels as 32-bit words, each channel shifted down: the
-                // rule widens the bytes to 32 bits anyway.
-                const hn::Rebind<uint32_t, decltype(dw)> dWords;
-                const auto words = hn::LoadU(dWords, reinterpret_cast<const uint32_t*>(pixels + at * C));
-                for (size_t c = 0; c < C; ++c) {
-                    if (!out[c]) continue;
-                    const auto bytes = hn::And(hn::ShiftRightSame(words, ByteShift(c)), hn::Set(dWords, 0xFFu));
-                    store(c, apply(dTo, c, bytes));
+            // Local copies: stores through the planes may not alias them, so they stay in registers.
+            To* out[C];
+            for (size_t c = 0; c < C; ++c) out[c] = planes[c];
+            for (; i + lanes <= n; i += lanes) {
+                const size_t at = i;
+                const auto put = [&](size_t c, auto v) { store(v, dTo, out[c] + at); };
+                if constexpr (C == 4 && sizeof(From) == 1 && sizeof(To) == 4) {
+                    // Whole pixels as 32-bit words, each channel shifted down: the
+                    // rule widens the bytes to 32 bits anyway.
+                    const hn::Rebind<uint32_t, decltype(dw)> dWords;
+                    const auto words = hn::LoadU(dWords, reinterpret_cast<const uint32_t*>(pixels + at * C));
+                    for (size_t c = 0; c < C; ++c) {
+                        if (!out[c]) continue;
+                        const auto bytes = hn::And(hn::ShiftRightSame(words, ByteShift(c)), hn::Set(dWords, 0xFFu));
+                        put(c, apply(dTo, c, bytes));
+                    }
+                } else if constexpr (C == 4) {
+                    hn::VFromD<decltype(dFrom)> v0, v1, v2, v3;
+                    hn::LoadInterleaved4(dFrom, pixels + at * C, v0, v1, v2, v3);
+                    if (out[0]) put(0, apply(dTo, 0, v0));
+                    if (out[1]) put(1, apply(dTo, 1, v1));
+                    if (out[2]) put(2, apply(dTo, 2, v2));
+                    if (out[3]) put(3, apply(dTo, 3, v3));
+                } else {
+                    static_assert(C == 3);
+                    hn::VFromD<decltype(dFrom)> v0, v1, v2;
+                    hn::LoadInterleaved3(dFrom, pixels + at * C, v0, v1, v2);
+                    if (out[0]) put(0, apply(dTo, 0, v0));
+                    if (out[1]) put(1, apply(dTo, 1, v1));
+                    if (out[2]) put(2, apply(dTo, 2, v2));
                 }
-            } else if constexpr (C == 4) {
-                hn::VFromD<decltype(dFrom)> v0, v1, v2, v3;
-                hn::LoadInterleaved4(dFrom, pixels + at * C, v0, v1, v2, v3);
-                if (out[0]) store(0, apply(dTo, 0, v0));
-                if (out[1]) store(1, apply(dTo, 1, v1));
-                if (out[2]) store(2, apply(dTo, 2, v2));
-                if (out[3]) store(3, apply(dTo, 3, v3));
-            } else {
-                static_assert(C == 3);
-                hn::VFromD<decltype(dFrom)> v0, v1, v2;
-                hn::LoadInterleaved3(dFrom, pixels + at * C, v0, v1, v2);
-                if (out[0]) store(0, apply(dTo, 0, v0));
-                if (out[1]) store(1, apply(dTo, 1, v1));
-                if (out[2]) store(2, apply(dTo, 2, v2));
             }
+            return i;
         };
-        if (streaming) {
-            for (; i + lanes <= n; i += lanes) split(i, [&](size_t c, auto v) { hn::Stream(v, dTo, out[c] + i); });
-        } else {
-            for (; i + lanes <= n; i += lanes) split(i, [&](size_t c, auto v) { hn::StoreU(v, dTo, out[c] + i); });
-        }
+        RunSteps(head, n, steps, scalar);
     });
-#else
-    (void)stream;
 #endif
-    To* rest[C];
-    for (size_t c = 0; c < C; ++c) rest[c] = planes[c] ? planes[c] + i : nullptr;
-    SplitRowScalar<C>(pixels + i * C, rest, transform, n - i);
 }
 
 // The vector twins of the shapes the family uses, one merge and one split each.
@@ -696,8 +639,6 @@ const KernelPair<MergeRowKernel<4, FloatToByte>> LayoutKernels<4, FloatToByte>::
     &MergeRowScalar<4, FloatToByte>, HWY_DISPATCH_TABLE(MergeFloatToBytex4)};
 const KernelPair<SplitRowKernel<4, FloatToByte>> LayoutKernels<4, FloatToByte>::split{
     &SplitRowScalar<4, FloatToByte>, HWY_DISPATCH_TABLE(SplitFloatToBytex4)};
-
-void EndStreaming() { hwy::FlushStream(); }
 
 }  // namespace quorin::layout
 #endif  // HWY_ONCE

@@ -155,9 +155,8 @@ struct FloatToByte {
 // `stream` asks for streaming stores, which bypass the caches: for
 // destinations too large to be read back from them, where they also spare
 // the memory system reading each destination line in first. The vector
-// kernels use them where the destination's alignment allows; the scalar
-// kernels ignore the request. Streaming stores are weakly ordered: the thread
-// that made them calls EndStreaming before its work counts as done.
+// kernels use them where the destination's alignment allows, and fence them
+// before returning; the scalar kernels ignore the request.
 template <size_t C, class Transform>
 using MergeRowKernel = void (*)(const typename Transform::From* const* planes, typename Transform::To fill,
                                 const Transform& transform, typename Transform::To* pixels, size_t n, bool stream);
@@ -228,8 +227,5 @@ struct LayoutKernels<4, FloatToByte> {
     static const KernelPair<MergeRowKernel<4, FloatToByte>> merge;
     static const KernelPair<SplitRowKernel<4, FloatToByte>> split;
 };
-
-// Orders this thread's streaming stores before anything it does next.
-void EndStreaming();
 
 }  // namespace quorin::layout

@@ -89,6 +89,7 @@ inline constexpr PixelFormat kARGB16Q12{SampleKind::S16Q12, 4, "ARGB", kAlphaFir
 inline constexpr PixelFormat kRGBA16Q12{SampleKind::S16Q12, 4, "RGBA", kAlphaLast};
 inline constexpr PixelFormat kARGBFFFF{SampleKind::F32, 4, "ARGB", kAlphaFirst};
 inline constexpr PixelFormat kRGBAFFFF{SampleKind::F32, 4, "RGBA", kAlphaLast};
+inline constexpr PixelFormat kRGBFFF{SampleKind::F32, 3, "RGB"};
 inline constexpr PixelFormat kXRGBFFFF{SampleKind::F32, 4, "XRGB"};
 inline constexpr PixelFormat kBGRXFFFF{SampleKind::F32, 4, "BGRX"};
 inline constexpr PixelFormat kPlanar8{SampleKind::U8, 1, "C"};

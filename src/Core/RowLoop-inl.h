@@ -17,11 +17,13 @@
 //    vector boundary there, and fences them before returning.
 // dst may equal a source: each step is loaded before it is stored.
 //
-// StoreRun(d, stream, dest, pixels, pixelBytes, step, body, scalar) is the
-// same loop for kernels whose body stores its own vectors (several
-// destinations, or results wider than one vector) and whose scalar rule
-// takes the pixels no whole step covers: the head before an aligned
-// streaming start and the tail.
+// RunSteps(head, pixels, body, scalar) is the same loop for kernels whose
+// body stores its own vectors (several destinations, interleaved results,
+// results wider than one vector) through the PlainStores or StreamingStores
+// it is handed, and whose scalar rule takes the pixels no whole step
+// covers: the head before an aligned streaming start (StreamingHeadOf) and
+// the tail. StoreRun is RunSteps for one destination stored a vector of
+// descriptor d at a time.
 //
 // Per-target include guard (Highway's toggle idiom).
 #if defined(QUORIN_CORE_ROW_LOOP_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -109,6 +111,79 @@ HWY_INLINE size_t StreamingHead(bool stream, const void* dest, size_t pixels, si
     return head < pixels ? head : pixels;
 }
 
+// The pixels to leave to the scalar rule before every one of `count`
+// destinations (null ones aside), each advancing `pixelBytes` per pixel,
+// starts on a `vectorBytes` boundary after the same count, for kernels whose
+// steps store `stepBytes` per destination; kNoStreaming when the call did
+// not ask to `stream`, when no count below `vectorBytes` aligns them all, or
+// when the steps would leave the boundary (vectors under 16 bytes never
+// stream: a streaming store writes a whole 16-byte register).
+template <class T>
+HWY_INLINE size_t StreamingHeadOf(bool stream, T* const* destinations, size_t count, size_t pixels,
+                                  size_t pixelBytes, size_t vectorBytes, size_t stepBytes) {
+    if (!stream || vectorBytes < 16 || stepBytes % vectorBytes != 0) return kNoStreaming;
+    for (size_t skip = 0; skip < vectorBytes; ++skip) {
+        bool aligned = true;
+        for (size_t k = 0; k < count; ++k)
+            aligned = aligned && (destinations[k] == nullptr ||
+                                  (reinterpret_cast<uintptr_t>(destinations[k]) + skip * pixelBytes) % vectorBytes == 0);
+        if (aligned) return skip < pixels ? skip : pixels;
+    }
+    return kNoStreaming;
+}
+
+// How a run's whole steps reach memory: stores(v, d, to) for one vector,
+// stores.Interleaved(d, to, v0, v1, v2[, v3]) for vectors interleaved lane
+// by lane.
+struct PlainStores {
+    template <class V, class D, class T>
+    HWY_INLINE void operator()(V v, D d, T* to) const { hn::StoreU(v, d, to); }
+    template <class D, class T, class... V>
+    HWY_INLINE void Interleaved(D d, T* to, V... v) const {
+        if constexpr (sizeof...(V) == 4) hn::StoreInterleaved4(v..., d, to);
+        else hn::StoreInterleaved3(v..., d, to);
+    }
+};
+
+// Streaming stores take whole, aligned vectors: interleaved ones go through
+// a buffer in the first-level cache and leave it a whole vector at a time.
+// `to` is on a vector boundary, and the interleaved block a whole number of
+// vectors (StreamingHeadOf's stepBytes).
+struct StreamingStores {
+    template <class V, class D, class T>
+    HWY_INLINE void operator()(V v, D d, T* to) const { hn::Stream(v, d, to); }
+    template <class D, class T, class... V>
+    HWY_INLINE void Interleaved(D d, T* to, V... v) const {
+        const hn::ScalableTag<uint8_t> d8;
+        HWY_ALIGN uint8_t bounce[4 * HWY_MAX_BYTES];
+        PlainStores().Interleaved(d, reinterpret_cast<T*>(bounce), v...);
+        const size_t bytes = sizeof...(V) * hn::Lanes(d) * sizeof(T);
+        for (size_t b = 0; b < bytes; b += hn::Lanes(d8))
+            hn::Stream(hn::Load(d8, bounce + b), d8, reinterpret_cast<uint8_t*>(to) + b);
+    }
+};
+
+// The one run of a row: scalar(0, head) for the pixels before an aligned
+// streaming start, body(start, stores), which stores its whole steps from
+// pixel `start` on and returns the first pixel it left, then scalar(done,
+// count) for the tail. `head` is StreamingHeadOf's answer: with kNoStreaming
+// the steps start at 0 with plain stores, otherwise at `head` with streaming
+// ones, fenced before returning.
+template <class Body, class Scalar>
+HWY_INLINE void RunSteps(size_t head, size_t pixels, const Body& body, const Scalar& scalar) {
+    const bool streaming = head != kNoStreaming;
+    const size_t start = streaming ? head : 0;
+    scalar(size_t{0}, start);
+    size_t done;
+    if (streaming) {
+        done = body(start, StreamingStores());
+        hwy::FlushStream();
+    } else {
+        done = body(start, PlainStores());
+    }
+    scalar(done, pixels - done);
+}
+
 // Runs a kernel over `pixels` pixels of `pixelBytes` bytes written at `dest`
 // as vectors of descriptor d, `step` pixels each: body(i, store) computes
 // the step from pixel i on and hands its vector to store(v, to);
@@ -118,20 +193,14 @@ template <class D, class Body, class Scalar>
 HWY_INLINE void StoreRun(D d, bool stream, const void* dest, size_t pixels, size_t pixelBytes, size_t step,
                          const Body& body, const Scalar& scalar) {
     const size_t head = StreamingHead(stream, dest, pixels, pixelBytes, hn::Lanes(d) * sizeof(hn::TFromD<D>));
-    const bool streaming = head != kNoStreaming;
-    const size_t start = streaming ? head : 0;
-    scalar(size_t{0}, start);
-    const auto run = [&](auto store) {
-        return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, store); });
-    };
-    size_t done;
-    if (streaming) {
-        done = run([d](auto v, auto* to) { hn::Stream(v, d, to); });
-        hwy::FlushStream();
-    } else {
-        done = run([d](auto v, auto* to) { hn::StoreU(v, d, to); });
-    }
-    scalar(done, pixels - done);
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, step, [&](size_t k) {
+                       body(start + k, [d, stores](auto v, auto* to) { stores(v, d, to); });
+                   });
+        },
+        scalar);
 }
 
 }  // namespace quorin::HWY_NAMESPACE

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "Conversion/LayoutMembers.h"
+
 namespace quorin::test {
 
 float ExpectedByteToFloat(uint8_t v, float max, float min) {
@@ -50,98 +52,31 @@ std::vector<uint8_t> Member::constantChannel(bool alphaPlaneMissing) const {
     return bytes;
 }
 
-namespace {
-using B = const Quorin_Buffer*;
-using F = Quorin_Flags;
-using R = const float*;
-}  // namespace
-
+// The library's member table read into the test's terms: the channels and
+// sample sizes come from the table's formats, the expected values from the
+// rules above.
 const std::vector<Member>& LayoutMembers() {
-    static const std::vector<Member> members{
-        // ---- planes into pixels, same depth
-        {"Planar8toARGB8888", true, Depth::Same, 4, 1, 4, {0, 1, 2, 3}, true, true,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_Planar8toARGB8888(p[0], p[1], p[2], p[3], i, f); }},
-        {"Planar8ToXRGB8888", true, Depth::Same, 4, 1, 4, {1, 2, 3}, false, true,
-         [](B i, const Planes& p, R, R, F f) {
-             return QuorinConvert_Planar8ToXRGB8888(kAlphaByte, p[0], p[1], p[2], i, f);
-         }},
-        {"Planar8ToBGRX8888", true, Depth::Same, 4, 1, 4, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) {
-             return QuorinConvert_Planar8ToBGRX8888(p[0], p[1], p[2], kAlphaByte, i, f);
-         }},
-        {"PlanarFtoARGBFFFF", true, Depth::Same, 4, 4, 16, {0, 1, 2, 3}, true, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_PlanarFtoARGBFFFF(p[0], p[1], p[2], p[3], i, f); }},
-        {"PlanarFToXRGBFFFF", true, Depth::Same, 4, 4, 16, {1, 2, 3}, false, false,
-         [](B i, const Planes& p, R, R, F f) {
-             return QuorinConvert_PlanarFToXRGBFFFF(kAlphaFloat, p[0], p[1], p[2], i, f);
-         }},
-        {"PlanarFToBGRXFFFF", true, Depth::Same, 4, 4, 16, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) {
-             return QuorinConvert_PlanarFToBGRXFFFF(p[0], p[1], p[2], kAlphaFloat, i, f);
-         }},
-        {"Planar16UtoARGB16U", true, Depth::Same, 4, 2, 8, {0, 1, 2, 3}, false, false,
-         [](B i, const Planes& p, R, R, F f) {
-             return QuorinConvert_Planar16UtoARGB16U(p[0], p[1], p[2], p[3], i, f);
-         }},
-        {"Planar16UtoRGB16U", true, Depth::Same, 3, 2, 6, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_Planar16UtoRGB16U(p[0], p[1], p[2], i, f); }},
-        {"Planar8toRGB888", true, Depth::Same, 3, 1, 3, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_Planar8toRGB888(p[0], p[1], p[2], i, f); }},
-        {"PlanarFtoRGBFFF", true, Depth::Same, 3, 4, 12, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_PlanarFtoRGBFFF(p[0], p[1], p[2], i, f); }},
-        // ---- planes into pixels, with a depth change
-        {"Planar8ToARGBFFFF", true, Depth::ByteToFloat, 4, 1, 16, {0, 1, 2, 3}, false, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_Planar8ToARGBFFFF(p[0], p[1], p[2], p[3], i, max, min, f);
-         }},
-        {"Planar8ToXRGBFFFF", true, Depth::ByteToFloat, 4, 1, 16, {1, 2, 3}, false, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_Planar8ToXRGBFFFF(kAlphaFloat, p[0], p[1], p[2], i, max, min, f);
-         }},
-        {"Planar8ToBGRXFFFF", true, Depth::ByteToFloat, 4, 1, 16, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_Planar8ToBGRXFFFF(p[0], p[1], p[2], kAlphaFloat, i, max, min, f);
-         }},
-        {"PlanarFToARGB8888", true, Depth::FloatToByte, 4, 4, 4, {0, 1, 2, 3}, true, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_PlanarFToARGB8888(p[0], p[1], p[2], p[3], i, max, min, f);
-         }},
-        {"PlanarFToXRGB8888", true, Depth::FloatToByte, 4, 4, 4, {1, 2, 3}, false, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_PlanarFToXRGB8888(kAlphaFloat, p[0], p[1], p[2], i, max, min, f);
-         }},
-        {"PlanarFToBGRX8888", true, Depth::FloatToByte, 4, 4, 4, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_PlanarFToBGRX8888(p[0], p[1], p[2], kAlphaByte, i, max, min, f);
-         }},
-        // ---- pixels into planes
-        {"ARGB8888toPlanar8", false, Depth::Same, 4, 1, 4, {0, 1, 2, 3}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_ARGB8888toPlanar8(i, p[0], p[1], p[2], p[3], f); }},
-        {"ARGBFFFFtoPlanarF", false, Depth::Same, 4, 4, 16, {0, 1, 2, 3}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_ARGBFFFFtoPlanarF(i, p[0], p[1], p[2], p[3], f); }},
-        {"ARGB16UtoPlanar16U", false, Depth::Same, 4, 2, 8, {0, 1, 2, 3}, false, false,
-         [](B i, const Planes& p, R, R, F f) {
-             return QuorinConvert_ARGB16UtoPlanar16U(i, p[0], p[1], p[2], p[3], f);
-         }},
-        {"RGB16UtoPlanar16U", false, Depth::Same, 3, 2, 6, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_RGB16UtoPlanar16U(i, p[0], p[1], p[2], f); }},
-        {"XRGB8888ToPlanar8", false, Depth::Same, 4, 1, 4, {1, 2, 3}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_XRGB8888ToPlanar8(i, p[0], p[1], p[2], f); }},
-        {"BGRX8888ToPlanar8", false, Depth::Same, 4, 1, 4, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_BGRX8888ToPlanar8(i, p[0], p[1], p[2], f); }},
-        {"XRGBFFFFToPlanarF", false, Depth::Same, 4, 4, 16, {1, 2, 3}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_XRGBFFFFToPlanarF(i, p[0], p[1], p[2], f); }},
-        {"BGRXFFFFToPlanarF", false, Depth::Same, 4, 4, 16, {0, 1, 2}, false, false,
-         [](B i, const Planes& p, R, R, F f) { return QuorinConvert_BGRXFFFFToPlanarF(i, p[0], p[1], p[2], f); }},
-        {"ARGB8888toPlanarF", false, Depth::ByteToFloat, 4, 4, 4, {0, 1, 2, 3}, false, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_ARGB8888toPlanarF(i, p[0], p[1], p[2], p[3], max, min, f);
-         }},
-        {"ARGBFFFFtoPlanar8", false, Depth::FloatToByte, 4, 1, 16, {0, 1, 2, 3}, false, false,
-         [](B i, const Planes& p, R max, R min, F f) {
-             return QuorinConvert_ARGBFFFFtoPlanar8(i, p[0], p[1], p[2], p[3], max, min, f);
-         }},
-    };
+    static const std::vector<Member> members = [] {
+        std::vector<Member> all;
+        for (const layout::Member* m : layout::kLayoutMembers) {
+            const bool fromBytes = m->merge() ? m->planes.sampleBytes() == 1 : m->image.sampleBytes() == 1;
+            const Depth depth = !m->takesRanges ? Depth::Same : fromBytes ? Depth::ByteToFloat : Depth::FloatToByte;
+            std::vector<int> channels;
+            for (size_t k = 0; k < m->planeCount(); ++k) channels.push_back(static_cast<int>(m->planeChannel(k)));
+            const std::string name = std::string(m->name).substr(std::string("QuorinConvert_").size());
+            all.push_back({name, m->merge(), depth, m->image.channels, m->planes.sampleBytes(), m->image.pixelBytes(),
+                           channels, m->alphaPlaneOptional, m->requiredPlanesRowBytesOnly,
+                           [m](const Quorin_Buffer* image, const Planes& planes, const float* max, const float* min,
+                               Quorin_Flags flags) {
+                               layout::Call call{{}, kAlphaByte, kAlphaFloat, max, min, flags};
+                               call.buffers[m->imageArgument()] = image;
+                               for (size_t k = 0; k < m->planeCount(); ++k)
+                                   call.buffers[m->planeArgument(k)] = planes[k];
+                               return m->invoke(call);
+                           }});
+        }
+        return all;
+    }();
     return members;
 }
 

@@ -1,8 +1,11 @@
 #include "Members.h"
 
+#include <algorithm>
+
 #include "Alpha/BlendMembers.h"
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
+#include "Conversion/LayoutMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 
@@ -100,65 +103,30 @@ std::vector<SafetyMember> ChannelMembers() {
     return members;
 }
 
+// The layout family's rows, from its member table: the 8-bit interleave
+// worker's destination is converted even when its rows are short.
 std::vector<SafetyMember> LayoutMembers() {
-    const Arg cut{4, Use::WrittenCutToRows};
-    return {
-        // planes into pixels
-        {"QuorinConvert_Planar8toARGB8888", {In(1), In(1), In(1), In(1), cut}, false,
-         [](B b, F f, R, R) { return QuorinConvert_Planar8toARGB8888(b[0], b[1], b[2], b[3], b[4], f); }},
-        {"QuorinConvert_Planar8ToXRGB8888", {In(1), In(1), In(1), cut}, false,
-         [](B b, F f, R, R) { return QuorinConvert_Planar8ToXRGB8888(0xC3, b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_Planar8ToBGRX8888", {In(1), In(1), In(1), Out(4)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_Planar8ToBGRX8888(b[0], b[1], b[2], 0xC3, b[3], f); }},
-        {"QuorinConvert_PlanarFtoARGBFFFF", {In(4), In(4), In(4), In(4), Out(16)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_PlanarFtoARGBFFFF(b[0], b[1], b[2], b[3], b[4], f); }},
-        {"QuorinConvert_PlanarFToXRGBFFFF", {In(4), In(4), In(4), Out(16)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_PlanarFToXRGBFFFF(0.8f, b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_PlanarFToBGRXFFFF", {In(4), In(4), In(4), Out(16)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_PlanarFToBGRXFFFF(b[0], b[1], b[2], 0.8f, b[3], f); }},
-        {"QuorinConvert_Planar16UtoARGB16U", {In(2), In(2), In(2), In(2), Out(8)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_Planar16UtoARGB16U(b[0], b[1], b[2], b[3], b[4], f); }},
-        {"QuorinConvert_Planar16UtoRGB16U", {In(2), In(2), In(2), Out(6)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_Planar16UtoRGB16U(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_Planar8toRGB888", {In(1), In(1), In(1), Out(3)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_Planar8toRGB888(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_PlanarFtoRGBFFF", {In(4), In(4), In(4), Out(12)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_PlanarFtoRGBFFF(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_Planar8ToARGBFFFF", {In(1), In(1), In(1), In(1), Out(16)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_Planar8ToARGBFFFF(b[0], b[1], b[2], b[3], b[4], max, min, f); }},
-        {"QuorinConvert_Planar8ToXRGBFFFF", {In(1), In(1), In(1), Out(16)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_Planar8ToXRGBFFFF(0.8f, b[0], b[1], b[2], b[3], max, min, f); }},
-        {"QuorinConvert_Planar8ToBGRXFFFF", {In(1), In(1), In(1), Out(16)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_Planar8ToBGRXFFFF(b[0], b[1], b[2], 0.8f, b[3], max, min, f); }},
-        {"QuorinConvert_PlanarFToARGB8888", {In(4), In(4), In(4), In(4), Out(4)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_PlanarFToARGB8888(b[0], b[1], b[2], b[3], b[4], max, min, f); }},
-        {"QuorinConvert_PlanarFToXRGB8888", {In(4), In(4), In(4), Out(4)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_PlanarFToXRGB8888(0.8f, b[0], b[1], b[2], b[3], max, min, f); }},
-        {"QuorinConvert_PlanarFToBGRX8888", {In(4), In(4), In(4), Out(4)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_PlanarFToBGRX8888(b[0], b[1], b[2], 0xC3, b[3], max, min, f); }},
-        // pixels into planes
-        {"QuorinConvert_ARGB8888toPlanar8", {In(4), Out(1), Out(1), Out(1), Out(1)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_ARGB8888toPlanar8(b[0], b[1], b[2], b[3], b[4], f); }},
-        {"QuorinConvert_ARGBFFFFtoPlanarF", {In(16), Out(4), Out(4), Out(4), Out(4)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_ARGBFFFFtoPlanarF(b[0], b[1], b[2], b[3], b[4], f); }},
-        {"QuorinConvert_ARGB16UtoPlanar16U", {In(8), Out(2), Out(2), Out(2), Out(2)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_ARGB16UtoPlanar16U(b[0], b[1], b[2], b[3], b[4], f); }},
-        {"QuorinConvert_RGB16UtoPlanar16U", {In(6), Out(2), Out(2), Out(2)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_RGB16UtoPlanar16U(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_XRGB8888ToPlanar8", {In(4), Out(1), Out(1), Out(1)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_XRGB8888ToPlanar8(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_BGRX8888ToPlanar8", {In(4), Out(1), Out(1), Out(1)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_BGRX8888ToPlanar8(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_XRGBFFFFToPlanarF", {In(16), Out(4), Out(4), Out(4)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_XRGBFFFFToPlanarF(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_BGRXFFFFToPlanarF", {In(16), Out(4), Out(4), Out(4)}, false,
-         [](B b, F f, R, R) { return QuorinConvert_BGRXFFFFToPlanarF(b[0], b[1], b[2], b[3], f); }},
-        {"QuorinConvert_ARGB8888toPlanarF", {In(4), Out(4), Out(4), Out(4), Out(4)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_ARGB8888toPlanarF(b[0], b[1], b[2], b[3], b[4], max, min, f); }},
-        {"QuorinConvert_ARGBFFFFtoPlanar8", {In(16), Out(1), Out(1), Out(1), Out(1)}, true,
-         [](B b, F f, R max, R min) { return QuorinConvert_ARGBFFFFtoPlanar8(b[0], b[1], b[2], b[3], b[4], max, min, f); }},
-    };
+    std::vector<SafetyMember> members;
+    for (const layout::Member* m : layout::kLayoutMembers) {
+        std::vector<Arg> args(m->bufferCount());
+        args[m->imageArgument()] = m->merge() ? Arg{m->image.pixelBytes(), m->requiredPlanesRowBytesOnly
+                                                                                ? Use::WrittenCutToRows
+                                                                                : Use::Written}
+                                              : In(m->image.pixelBytes());
+        for (size_t k = 0; k < m->planeCount(); ++k)
+            args[m->planeArgument(k)] = m->merge() ? In(m->planes.sampleBytes()) : Out(m->planes.sampleBytes());
+        members.push_back({m->name, std::move(args), m->takesRanges, [m](B b, F f, R max, R min) {
+                               layout::Call call{{}, 0xC3, 0.8f, max, min, f};
+                               std::copy(b, b + m->bufferCount(), call.buffers.begin());
+                               return m->invoke(call);
+                           }});
+    }
+    return members;
 }
+
+// Rows written by hand, for families without a member table (In and Out
+// give each buffer's bytes per pixel in argument order).
+std::vector<SafetyMember> HandWrittenMembers() { return {}; }
 
 }  // namespace
 
@@ -167,6 +135,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         std::vector<SafetyMember> all = AlphaMembers();
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : HandWrittenMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;
