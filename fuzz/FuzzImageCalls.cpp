@@ -358,6 +358,16 @@ int RunOne(const uint8_t* data, size_t size) {
         for (size_t k = 0; k < values.size(); ++k) values[k] = in.byte();
         args.values = in.chance(8) ? nullptr : values.data();
     }
+    alignas(4) std::array<uint8_t, 64> coefficients{};
+    if (m.extras & kCoefficients) {
+        const bool special = in.chance(64);
+        for (size_t k = 0; k < coefficients.size(); k += 4) {
+            const float f = SpecialFloat(in.byte());
+            if (special) std::memcpy(&coefficients[k], &f, 4);
+            else for (size_t b = 0; b < 4; ++b) coefficients[k + b] = in.byte();
+        }
+        args.coefficients = in.chance(8) ? nullptr : coefficients.data();
+    }
     args.flags = DrawFlags(in, m.accepted);
     const Variant variant = DrawVariant(in);
 

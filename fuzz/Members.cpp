@@ -2,6 +2,7 @@
 
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
+#include "quorin/Transform.h"
 
 namespace quorin::fuzz {
 namespace {
@@ -23,6 +24,18 @@ constexpr Quorin_Flags kLayout = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryT
 
 // Channel operations refuse no flag; only single-threaded has an effect.
 constexpr Quorin_Flags kChannels = kQuorinFlag_SingleThreaded;
+
+// The matrix members refuse no flag; only single-threaded has an effect.
+constexpr Quorin_Flags kMatrix = kQuorinFlag_SingleThreaded;
+
+// The float matrix in the fuzzer's terms: its coefficients from the drawn
+// matrix bytes, both biases from the drawn values.
+Quorin_Error MatrixMultiplyFloats(const Quorin_Buffer* src, const Quorin_Buffer* dest, const int16_t* coefficients,
+                                  const uint8_t* values, Quorin_Flags flags) {
+    const auto* biases = reinterpret_cast<const float*>(values);
+    return QuorinMatrixMultiply_ARGBFFFF(src, dest, reinterpret_cast<const float*>(coefficients), biases, biases,
+                                         flags);
+}
 
 constexpr Member kMembers[] = {
     // Straight-colour blends.
@@ -116,6 +129,9 @@ constexpr Member kMembers[] = {
     QUORIN_ROW(QuorinExtractChannel_ARGB8888, kChannels, S(k8x4), W(k8)),
     QUORIN_ROW(QuorinExtractChannel_ARGB16U, kChannels, S(k16x4), W(k16)),
     QUORIN_ROW(QuorinExtractChannel_ARGBFFFF, kChannels, S(kFx4), W(kF)),
+    // Colour matrices.
+    QUORIN_ROW(QuorinMatrixMultiply_ARGB8888, kMatrix, S(k8x4), D(k8x4)),
+    Row<&MatrixMultiplyFloats>("QuorinMatrixMultiply_ARGBFFFF", {S(kFx4), D(kFx4)}, kMatrix),
 };
 
 #undef QUORIN_ROW

@@ -63,6 +63,8 @@ struct Arguments {
     uint32_t word = 0;
     int index = 0;
     const uint8_t* values = nullptr;
+    // Colour matrices: 64 bytes (16 coefficients of 16 or 32 bits), which may be null.
+    const uint8_t* coefficients = nullptr;
 };
 
 using Invoker = Quorin_Error (*)(const Arguments&);
@@ -75,7 +77,8 @@ enum Extra : uint8_t {
     kRanges = 4,
     kWord = 8,     // uint32_t, size_t, 16-bit constants
     kIndex = 16,   // int
-    kValues = 32,  // const uint8_t* or const uint16_t*
+    kValues = 32,  // const uint8_t* or const uint16_t*, and const int32_t* (biases)
+    kCoefficients = 64,  // const int16_t*: a matrix, then its pre-biases (from the values)
 };
 
 struct Member {
@@ -98,7 +101,7 @@ namespace detail {
 
 struct Feeder {
     const Arguments& args;
-    size_t buffer = 0, range = 0;
+    size_t buffer = 0, range = 0, matrices = 0;
 
     // Every member's last parameter is its flags, whose type is also uint32_t,
     // so it is told apart by position rather than by type.
@@ -117,6 +120,9 @@ struct Feeder {
         else if constexpr (std::is_same_v<T, int>) return args.index;
         else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
         else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
+        else if constexpr (std::is_same_v<T, const int32_t*>) return reinterpret_cast<const int32_t*>(args.values);
+        else if constexpr (std::is_same_v<T, const int16_t*>)
+            return reinterpret_cast<const int16_t*>(matrices++ == 0 ? args.coefficients : args.values);
         else static_assert(sizeof(T) == 0, "a parameter type the fuzzer cannot draw");
     }
 };
@@ -149,14 +155,17 @@ constexpr uint8_t ExtraOf() {
                    std::is_same_v<A, int16_t>
                ? kWord
            : std::is_same_v<A, int> ? kIndex
-           : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*> ? kValues
-                                                                                   : kNoExtra;
+           : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*> ||
+                   std::is_same_v<A, const int32_t*>
+               ? kValues
+           : std::is_same_v<A, const int16_t*> ? kCoefficients
+                                               : kNoExtra;
 }
 
 // The flags, last, are drawn on their own and are not an extra.
 template <class... A, size_t... I>
 constexpr uint8_t ExtrasIndexed(std::index_sequence<I...>) {
-    return static_cast<uint8_t>((0 | ... | (I + 1 == sizeof...(A) ? kNoExtra : ExtraOf<A>())));
+    return static_cast<uint8_t>((0 | ... | (I + 1 == sizeof...(A) ? uint8_t{kNoExtra} : ExtraOf<A>())));
 }
 
 template <class... A>
