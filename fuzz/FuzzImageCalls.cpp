@@ -368,6 +368,15 @@ int RunOne(const uint8_t* data, size_t size) {
         }
         args.coefficients = in.chance(8) ? nullptr : coefficients.data();
     }
+    std::array<std::vector<uint32_t>, 4> counts;
+    std::array<uint32_t*, 4> countPointers{};
+    if (m.extras & kCounts) {
+        for (size_t c = 0; c < 4; ++c) {
+            counts[c].assign(std::max<size_t>(256, args.word), 0);
+            countPointers[c] = counts[c].data();
+        }
+        args.counts = countPointers.data();
+    }
     args.flags = DrawFlags(in, m.accepted);
     const Variant variant = DrawVariant(in);
 

@@ -65,6 +65,8 @@ struct Arguments {
     const uint8_t* values = nullptr;
     // Colour matrices: 64 bytes (16 coefficients of 16 or 32 bits), which may be null.
     const uint8_t* coefficients = nullptr;
+    // Histograms: four arrays of max(256, word) counters.
+    uint32_t* const* counts = nullptr;
 };
 
 using Invoker = Quorin_Error (*)(const Arguments&);
@@ -79,6 +81,7 @@ enum Extra : uint8_t {
     kIndex = 16,   // int
     kValues = 32,  // const uint8_t* or const uint16_t*, and const int32_t* (biases)
     kCoefficients = 64,  // const int16_t*: a matrix, then its pre-biases (from the values)
+    kCounts = 128,       // uint32_t* const*: four arrays of counters
 };
 
 struct Member {
@@ -121,6 +124,7 @@ struct Feeder {
         else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
         else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
         else if constexpr (std::is_same_v<T, const int32_t*>) return reinterpret_cast<const int32_t*>(args.values);
+        else if constexpr (std::is_same_v<T, uint32_t* const*>) return args.counts;
         else if constexpr (std::is_same_v<T, const int16_t*>)
             return reinterpret_cast<const int16_t*>(matrices++ == 0 ? args.coefficients : args.values);
         else static_assert(sizeof(T) == 0, "a parameter type the fuzzer cannot draw");
@@ -158,8 +162,9 @@ constexpr uint8_t ExtraOf() {
            : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*> ||
                    std::is_same_v<A, const int32_t*>
                ? kValues
-           : std::is_same_v<A, const int16_t*> ? kCoefficients
-                                               : kNoExtra;
+           : std::is_same_v<A, const int16_t*>   ? kCoefficients
+           : std::is_same_v<A, uint32_t* const*> ? kCounts
+                                                 : kNoExtra;
 }
 
 // The flags, last, are drawn on their own and are not an extra.

@@ -3,6 +3,7 @@
 #include "Alpha/BlendMembers.h"
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
+#include "Histogram/HistogramMembers.h"
 #include "Transform/MatrixMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
@@ -97,6 +98,18 @@ std::vector<SafetyMember> MatrixMembers() {
     return members;
 }
 
+// The histogram rows: counters of the call's own, since they are no buffer.
+std::vector<SafetyMember> HistogramMembers() {
+    std::vector<SafetyMember> members;
+    for (const histogram::Member* m : histogram::kHistogramMembers)
+        members.push_back({m->name, {In(m->format.pixelBytes())}, false, [m](B b, F flags, R, R) {
+                               std::vector<uint32_t> counts(4 * 300);
+                               uint32_t* const h[4] = {&counts[0], &counts[300], &counts[600], &counts[900]};
+                               return m->run({b[0], h, 300, -1.0f, 2.0f, flags});
+                           }});
+    return members;
+}
+
 std::vector<SafetyMember> LayoutMembers() {
     const Arg cut{4, Use::WrittenCutToRows};
     return {
@@ -165,6 +178,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : MatrixMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : HistogramMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;
