@@ -7,8 +7,7 @@
 #include <cstdint>
 #include <span>
 
-#include "Core/CheckList.h"
-#include "Core/PixelFormat.h"
+#include "Core/MemberRow.h"
 #include "quorin/Histogram.h"
 
 namespace quorin::histogram {
@@ -22,16 +21,7 @@ struct Call {
     Quorin_Flags flags;
 };
 
-using Entry = Quorin_Error (*)(const Call& call);
-
-struct Member {
-    const char* name;
-    PixelFormat format;
-    std::span<const CheckStep> checks;
-    Entry entry;
-
-    Quorin_Error run(const Call& call) const { return entry(call); }
-};
+using Member = MemberRow<Call>;
 
 // The source alone; the histogram pointers are not tested. The float
 // member's own tests (no entries: -21773; maxVal below minVal: -21773) come
@@ -44,10 +34,12 @@ inline constexpr CheckStep kHistogramChecks[] = {
 template <const Member& kMember>
 Quorin_Error Run(const Call& call);
 
-inline constexpr Member kHistogramARGB8888{"QuorinHistogramCalculation_ARGB8888", kARGB8888, kHistogramChecks,
-                                           &Run<kHistogramARGB8888>};
-inline constexpr Member kHistogramARGBFFFF{"QuorinHistogramCalculation_ARGBFFFF", kARGBFFFF, kHistogramChecks,
-                                           &Run<kHistogramARGBFFFF>};
+// The split: serial below the processor-count chunking's bounds, else the
+// reduce step's bands into private counters.
+inline constexpr Member kHistogramARGB8888{"QuorinHistogramCalculation_ARGB8888", kARGB8888, SplitRule::Chunks,
+                                           kHistogramChecks, &Run<kHistogramARGB8888>};
+inline constexpr Member kHistogramARGBFFFF{"QuorinHistogramCalculation_ARGBFFFF", kARGBFFFF, SplitRule::Chunks,
+                                           kHistogramChecks, &Run<kHistogramARGBFFFF>};
 
 inline constexpr const Member* kHistogramMembers[] = {&kHistogramARGB8888, &kHistogramARGBFFFF};
 

@@ -7,9 +7,7 @@
 #include <cstdint>
 #include <span>
 
-#include "Core/CheckList.h"
-#include "Core/PixelFormat.h"
-#include "Core/SplitRule.h"
+#include "Core/MemberRow.h"
 #include "quorin/Transform.h"
 
 namespace quorin::matrix {
@@ -27,17 +25,7 @@ struct Call {
     Quorin_Flags flags;
 };
 
-using Entry = Quorin_Error (*)(const Call& call);
-
-struct Member {
-    const char* name;
-    PixelFormat format;
-    SplitRule split;
-    std::span<const CheckStep> checks;
-    Entry entry;
-
-    Quorin_Error run(const Call& call) const { return entry(call); }
-};
+using Member = MemberRow<Call>;
 
 // src, dest, then the matrix pointer. The size test is the only one described
 // (no flag is refused, nothing else is tested); the rest refuse what the
