@@ -27,8 +27,9 @@ struct Source {
     bool flat;
     bool floats;
     std::unique_ptr<OwnedImage> image;
-    std::array<std::vector<uint32_t>, 4> counts;
-    std::array<uint32_t*, 4> pointers{};
+    // A second set for the pair rows' bottom half.
+    std::array<std::vector<uint32_t>, 8> counts;
+    std::array<uint32_t*, 8> pointers{};
 
     void prepare() {
         if (image) return;
@@ -38,7 +39,7 @@ struct Source {
             auto* bytes = static_cast<uint8_t*>(image->buffer.data);
             for (size_t i = 0; i < image->bytes.size(); ++i) bytes[i] = bytes[i % (floats ? 16 : 4)];
         }
-        for (size_t c = 0; c < 4; ++c) {
+        for (size_t c = 0; c < 8; ++c) {
             counts[c].assign(4096, 0);
             pointers[c] = counts[c].data();
         }
@@ -107,6 +108,14 @@ const RegisterFamily kHistograms([] {
                                 Run(m, source->image->buffer, source->pointers.data(), entries, flags);
                             },
                             peer, prepare);
+            if (size == 4096)
+                RegisterPairRow({operation, size, size, Split::Pair, bytes},
+                                [source, &m, entries](size_t first, size_t rows) {
+                                    Run(m, RowsOf(source->image->buffer, first, rows),
+                                        source->pointers.data() + (first == 0 ? 0 : 4), entries,
+                                        kQuorinFlag_SingleThreaded);
+                                },
+                                prepare);
             if (size == 4096 && !floats)
                 RegisterScalarRow({operation, size, size, Split::Single, bytes},
                                   [source, &m, entries] {
