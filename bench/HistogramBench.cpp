@@ -94,7 +94,8 @@ const RegisterFamily kHistograms([] {
             const Member& m = *v.member;
             const bool floats = m.format.sample == SampleKind::F32;
             const std::string suffix = floats ? (v.entries == 256 ? ".256" : ".4096") : v.flat ? ".flat" : ".random";
-            const std::string operation = std::string(m.name).substr(6) + suffix;
+            // "Histogram_ARGB8888.flat": the full name would not fit the ratio table's row column.
+            const std::string operation = "Histogram" + std::string(m.name).substr(26) + suffix;
             const std::string peer = floats ? "OpenCV calcHist 32F x4" + suffix
                                             : "plain channel loop" + suffix;
             auto source = std::make_shared<Source>(Source{size, v.flat, floats, nullptr, {}, {}});
