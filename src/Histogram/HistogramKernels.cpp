@@ -10,6 +10,7 @@
 // pixels) are computed at once with the rule's single-precision steps and
 // saturating conversion, then counted one by one.
 #include <cstdint>
+#include <cstring>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Histogram/HistogramKernels.cpp"
@@ -27,7 +28,10 @@ void CountPixels8Vector(const uint8_t* pixels, size_t count, histogram::Tally8& 
     auto& t = tally.counts;
     size_t i = 0;
     for (; i + 4 <= count; i += 4) {
-        const uint8_t* p = pixels + 4 * i;
+        // A copy the counters cannot alias, so the stores do not make the
+        // compiler load the pixels again.
+        uint8_t p[16];
+        std::memcpy(p, pixels + 4 * i, sizeof p);
         for (size_t k = 0; k < 4; ++k) {
             ++t[k][0][p[4 * k]];
             ++t[k][1][p[4 * k + 1]];
