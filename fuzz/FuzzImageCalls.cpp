@@ -360,6 +360,25 @@ int RunOne(const uint8_t* data, size_t size) {
         for (size_t k = 16; k < values.size(); ++k) values[k] = static_cast<uint8_t>(values[k % 16] * 7 + k);
         args.values = in.chance(8) ? nullptr : values.data();
     }
+    alignas(4) std::array<uint8_t, 64> coefficients{};
+    if (m.extras & kCoefficients) {
+        const bool special = in.chance(64);
+        for (size_t k = 0; k < coefficients.size(); k += 4) {
+            const float f = SpecialFloat(in.byte());
+            if (special) std::memcpy(&coefficients[k], &f, 4);
+            else for (size_t b = 0; b < 4; ++b) coefficients[k + b] = in.byte();
+        }
+        args.coefficients = in.chance(8) ? nullptr : coefficients.data();
+    }
+    std::array<std::vector<uint32_t>, 4> counts;
+    std::array<uint32_t*, 4> countPointers{};
+    if (m.extras & kCounts) {
+        for (size_t c = 0; c < 4; ++c) {
+            counts[c].assign(std::max<size_t>(256, args.word), 0);
+            countPointers[c] = counts[c].data();
+        }
+        args.counts = countPointers.data();
+    }
     args.flags = DrawFlags(in, m.accepted);
     const Variant variant = DrawVariant(in);
 

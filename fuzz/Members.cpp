@@ -12,6 +12,8 @@
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 #include "quorin/Utilities.h"
+#include "quorin/Histogram.h"
+#include "quorin/Transform.h"
 
 namespace quorin::fuzz {
 namespace {
@@ -51,10 +53,39 @@ constexpr Quorin_Flags kHostImage = kQuorinFlag_SingleThreaded | kQuorinFlag_Ver
 
 #define QUORIN_ROW(name, accepted, ...) Row<&name>(#name, {__VA_ARGS__}, accepted)
 
+// The matrix members refuse no flag; only single-threaded has an effect.
+constexpr Quorin_Flags kMatrix = kQuorinFlag_SingleThreaded;
+
+// The float matrix in the fuzzer's terms: its coefficients from the drawn
+// matrix bytes, both biases from the drawn values.
+Quorin_Error MatrixMultiplyFloats(const Quorin_Buffer* src, const Quorin_Buffer* dest, const int16_t* coefficients,
+                                  const uint8_t* values, Quorin_Flags flags) {
+    const auto* biases = reinterpret_cast<const float*>(values);
+    return QuorinMatrixMultiply_ARGBFFFF(src, dest, reinterpret_cast<const float*>(coefficients), biases, biases,
+                                         flags);
+}
+
+// The histograms refuse no flag; skip-alpha and single-threaded have effects.
+constexpr Quorin_Flags kHistogram = kQuorinFlag_SkipAlpha | kQuorinFlag_SingleThreaded;
+
+// The float histogram in the fuzzer's terms: its range from the drawn ranges'
+// first channel (1 and 0 without them).
+Quorin_Error HistogramOfFloats(const Quorin_Buffer* src, uint32_t* const* histograms, uint32_t entries,
+                               const float* maxFloat, const float* minFloat, Quorin_Flags flags) {
+    return QuorinHistogramCalculation_ARGBFFFF(src, histograms, entries, minFloat ? minFloat[0] : 0.0f,
+                                               maxFloat ? maxFloat[0] : 1.0f, flags);
+}
+
 // Rows written by hand, for families without a member table; a family that
 // has one gets its rows from it (TableRows below).
 const std::vector<Member> kMembers = {
     Row<&CreateOrlImageFromARGB8888>("QuorinCreateOrlImageFromBuffer", {S(k8x4)}, kHostImage),
+    // Colour matrices.
+    QUORIN_ROW(QuorinMatrixMultiply_ARGB8888, kMatrix, S(k8x4), D(k8x4)),
+    Row<&MatrixMultiplyFloats>("QuorinMatrixMultiply_ARGBFFFF", {S(kFx4), D(kFx4)}, kMatrix),
+    // Histograms.
+    QUORIN_ROW(QuorinHistogramCalculation_ARGB8888, kHistogram, S(k8x4)),
+    Row<&HistogramOfFloats>("QuorinHistogramCalculation_ARGBFFFF", {S(kFx4)}, kHistogram),
 };
 
 #undef QUORIN_ROW

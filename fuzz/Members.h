@@ -73,7 +73,9 @@ enum Extra : uint8_t {
     kRanges = 4,
     kWord = 8,     // uint32_t, size_t, 16-bit constants
     kIndex = 16,   // int
-    kValues = 32,  // const uint8_t* or const uint16_t*
+    kValues = 32,  // const uint8_t* or const uint16_t*, and const int32_t* (biases)
+    kCoefficients = 64,  // const int16_t*: a matrix, then its pre-biases (from the values)
+    kCounts = 128,       // uint32_t* const*: four arrays of counters
 };
 
 struct Member {
@@ -104,9 +106,11 @@ constexpr uint8_t ExtraOf() {
                ? kWord
            : std::is_same_v<A, int> ? kIndex
            : std::is_same_v<A, const uint8_t*> || std::is_same_v<A, const uint16_t*> ||
-                   std::is_same_v<A, const int16_t*>
+                   std::is_same_v<A, const int32_t*>
                ? kValues
-                                                                                   : kNoExtra;
+           : std::is_same_v<A, const int16_t*>   ? kCoefficients
+           : std::is_same_v<A, uint32_t* const*> ? kCounts
+                                                 : kNoExtra;
 }
 
 // The flags, last, are drawn on their own and are not an extra.

@@ -12,6 +12,43 @@
 QUORIN_EXTERN_C_BEGIN
 
 /* ======================================================================== */
+/* Histogram calculation                                                    */
+/* ======================================================================== */
+
+/* Counts, for each of the four channels of src (alpha first), how many
+ * pixels fall into each bin: histograms[c] points to channel c's counters,
+ * 256 of them for ARGB8888 (the bin is the byte), histogramEntries for
+ * ARGBFFFF. The float bin of v is scale x (v - minVal) with scale =
+ * histogramEntries / (maxVal - minVal), both in single precision, converted
+ * to an unsigned 32-bit integer truncating toward zero and saturating
+ * (negative results and NaN give 0), then limited to histogramEntries - 1:
+ * values below minVal count in bin 0, values at or above maxVal in the last
+ * bin, none is dropped. minVal equal to maxVal is accepted (values above it
+ * go to the last bin, a value equal to it to bin 0).
+ *
+ * The counted channels' counters are overwritten, not added to.
+ * kQuorinFlag_SkipAlpha (0x1) leaves histograms[0] untouched (neither
+ * cleared nor written; it may then be null); kQuorinFlag_SingleThreaded
+ * (0x10) keeps the call on the calling thread. No flag bit is refused.
+ *
+ * Codes, in this order, nothing written before: src is null or has null
+ * data: kQuorinError_NullPointer (-21772); ARGBFFFF only: histogramEntries
+ * is 0, or maxVal is below minVal: kQuorinError_BadArgument (-21773); src
+ * cannot describe its image (rowBytes short of a row, an extent that
+ * overflows): kQuorinError_BadArgument. The histogram pointers are not
+ * tested. From 64000 pixels, with at least two processors and a row for
+ * each, the rows are counted in P or P - 1 bands and a band for the rest
+ * into private partial counters, which a second parallel pass sums into the
+ * caller's; if those cannot be allocated the call returns
+ * kQuorinError_InternalFault (-21776, not -21771) with the counters
+ * untouched. Below that nothing is allocated. */
+QUORIN_API Quorin_Error QuorinHistogramCalculation_ARGB8888(const Quorin_Buffer *src, uint32_t *const histograms[4],
+                                                            Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinHistogramCalculation_ARGBFFFF(const Quorin_Buffer *src, uint32_t *const histograms[4],
+                                                            uint32_t histogramEntries, float minVal, float maxVal,
+                                                            Quorin_Flags flags);
+
+/* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */
 /* "NOT YET IMPLEMENTED" and aborts the process, whatever its arguments.    */
 /* ======================================================================== */

@@ -17,6 +17,44 @@ typedef struct QuorinGammaFunction QuorinGammaFunction;
 typedef struct QuorinMultidimensionalTable QuorinMultidimensionalTable;
 
 /* ======================================================================== */
+/* Colour-matrix multiply                                                   */
+/* ======================================================================== */
+
+/* Each destination channel j of every pixel is a weighted sum of the four
+ * biased source channels plus a bias; coefficient 4 * i + j weights source
+ * channel i (channel 0 is the first in memory) in destination channel j.
+ *
+ * ARGB8888: s_i = src_i + preBias_i; sum_j = s_0 m[j] + s_1 m[4 + j] +
+ * s_2 m[8 + j] + s_3 m[12 + j] + postBias_j in signed 32-bit arithmetic
+ * (it wraps as the processor's adds do); the result is sum_j / divisor,
+ * truncated toward zero (a divisor of -1 negates, so the most negative sum
+ * wraps instead of trapping), clamped to 0..255. A divisor of 0 multiplies
+ * nothing: dest is filled with (0, 0, 0, 0) by QuorinBufferFill_ARGB8888,
+ * whose result is returned.
+ *
+ * ARGBFFFF: dest_j = postBias_j + (s_0 m[j] + s_1 m[4 + j] + s_2 m[8 + j] +
+ * s_3 m[12 + j]) in single precision, the products summed in that order and
+ * never fused, no clamping; a NaN result is written as the quiet NaN
+ * 0x7FC00000.
+ *
+ * Null biases are zeros. No flag bit is refused; kQuorinFlag_SingleThreaded
+ * keeps the call on the calling thread. Every refusal is
+ * kQuorinError_BadArgument (-21773), in this order, nothing written before:
+ * src and dest differ in width or height; either is null or has null data;
+ * either cannot describe its image (rowBytes short of a row, an extent that
+ * overflows); the matrix is null (also with a divisor of 0).
+ * dest may be src. Threading: from 64000 pixels, with at least two
+ * processors and a row for each, P or P - 1 bands of rows and a band for the
+ * rest run at once; otherwise the calling thread. */
+QUORIN_API Quorin_Error QuorinMatrixMultiply_ARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      const int16_t matrix[16], int32_t divisor,
+                                                      const int16_t *preBias, const int32_t *postBias,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinMatrixMultiply_ARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      const float matrix[16], const float *preBias,
+                                                      const float *postBias, Quorin_Flags flags);
+
+/* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */
 /* "NOT YET IMPLEMENTED" and aborts the process, whatever its arguments.    */
 /* ======================================================================== */

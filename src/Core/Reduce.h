@@ -1,20 +1,20 @@
 // A reduce step after a parallel split, for the operations that gather
 // rather than write pixels (histograms): each task adds its band of rows into
-// a private partial result, and the partials are merged into the caller's
-// result in task order once all have finished, so the result never depends
-// on which thread ran what.
+// its own private partial result, and once all have finished the partials
+// are summed into the caller's result by a second parallel pass over the
+// result's items, so no counter is ever shared between threads and the
+// result never depends on which thread ran what.
 //
-// The family keeps its own rules: it decides the task count (1 or less, or
-// more tasks than rows, means serial, and then nothing is allocated: the
-// single band goes straight into the caller's result) and the code to return when the partials cannot be
+// The family keeps its own rules: when to stay serial (then nothing is
+// allocated and its single band goes straight into the caller's result), the
+// layout of its partials, and the code to return when they cannot be
 // allocated (a histogram reports kQuorinError_InternalFault there, not
-// kQuorinError_OutOfMemory). Partials are value-initialised (zero counts).
+// kQuorinError_OutOfMemory). Partials come from AllocatePartial, zero-filled.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
-#include <memory>
-#include <new>
+#include <cstdlib>
 
 #include "Core/Dispatch.h"
 #include "quorin/Types.h"
@@ -22,40 +22,56 @@
 namespace quorin {
 
 namespace detail {
-// Test hook: the number of partial allocations still to fail.
+// Test hook: allocations to let through, then the number to fail.
+inline std::atomic<int> gPartialAllocationsBeforeFailure{0};
 inline std::atomic<int> gFailPartialAllocations{0};
 }  // namespace detail
 
-// Test hook: the next `count` partial allocations fail, so a family's test can
-// prove its allocation-failure code without exhausting memory.
-inline void FailPartialAllocationsForTest(int count) { detail::gFailPartialAllocations.store(count); }
+// Test hook: after `after` more partial allocations succeed, the next `count`
+// fail, so a family's test can prove its allocation-failure code, and that
+// what it had allocated is freed, without exhausting memory.
+inline void FailPartialAllocationsForTest(int count, int after = 0) {
+    detail::gPartialAllocationsBeforeFailure.store(after);
+    detail::gFailPartialAllocations.store(count);
+}
+
+// `bytes` of zeros for a partial result (free with std::free), or null.
+inline void* AllocatePartial(size_t bytes) {
+    if (detail::gFailPartialAllocations.load(std::memory_order_relaxed) > 0) {
+        if (detail::gPartialAllocationsBeforeFailure.load(std::memory_order_relaxed) > 0)
+            detail::gPartialAllocationsBeforeFailure.fetch_sub(1);
+        else {
+            detail::gFailPartialAllocations.fetch_sub(1);
+            return nullptr;
+        }
+    }
+    return std::calloc(bytes == 0 ? 1 : bytes, 1);
+}
 
 struct ReducePlan {
-    size_t tasks;                  // bands of rows; <= 1 runs serially with no allocation
+    size_t processors;              // P, at least 2: the split is decided before
     Quorin_Error allocationFailed;  // returned, before any band runs, when the partials cannot be allocated
 };
 
-// Runs band(partial, firstRow, rows) over `height` rows cut into plan.tasks
-// bands (height / tasks rows each, the last taking the rest) through a
-// parallel apply, then merge(total, partial) for each task in order.
-template <class Partial, class BandFn, class MergeFn>
-Quorin_Error ReduceRows(const ReducePlan& plan, size_t height, Partial& total, BandFn&& band, MergeFn&& merge) {
-    if (plan.tasks <= 1 || height < plan.tasks) {
-        band(total, size_t{0}, height);
-        return kQuorinSuccess;
-    }
-    if (detail::gFailPartialAllocations.load(std::memory_order_relaxed) > 0) {
-        detail::gFailPartialAllocations.fetch_sub(1);
-        return plan.allocationFailed;
-    }
-    const std::unique_ptr<Partial[]> partials(new (std::nothrow) Partial[plan.tasks]());
-    if (!partials) return plan.allocationFailed;
-    const size_t chunk = height / plan.tasks;
-    ParallelApply(plan.tasks, [&](size_t i) {
-        const size_t first = i * chunk, rows = i + 1 == plan.tasks ? height - first : chunk;
-        band(partials[i], first, rows);
-    });
-    for (size_t i = 0; i < plan.tasks; ++i) merge(total, partials[i]);
+// `partials` provides:
+//   bool allocate(size_t tasks)   zero-filled partials for that many tasks,
+//                                 or false with everything it got freed
+//   void band(size_t task, size_t firstRow, size_t rows)
+//   void merge(size_t firstItem, size_t items)   sums every task's partial
+//                                 into those items of the caller's result
+// The rows are cut into n = P bands when P divides them, else P - 1, and a
+// task for the rows left over when there are any; the merge cuts the
+// `items` of the result the same way. Both passes are parallel applies;
+// the merge starts once every band has finished.
+template <class Partials>
+Quorin_Error ReduceRows(const ReducePlan& plan, size_t height, size_t items, Partials& partials) {
+    const BandPlan rows = PlanBands(plan.processors, height);
+    const size_t tasks = rows.bandsWithRows();
+    if (!partials.allocate(tasks)) return plan.allocationFailed;
+    ParallelApply(tasks, [&](size_t k) { partials.band(k, rows.firstRowOf(k), rows.rowsOf(k)); });
+    if (items == 0) return kQuorinSuccess;
+    const BandPlan cut = PlanBands(plan.processors, items);
+    ParallelApply(cut.bandsWithRows(), [&](size_t k) { partials.merge(cut.firstRowOf(k), cut.rowsOf(k)); });
     return kQuorinSuccess;
 }
 

@@ -32,6 +32,10 @@ struct CallArguments {
     uint32_t word = 0;
     int index = 0;
     const uint8_t* values = nullptr;
+    // Colour matrices: 64 bytes (16 coefficients of 16 or 32 bits), which may be null.
+    const uint8_t* coefficients = nullptr;
+    // Histograms: four arrays of max(256, word) counters.
+    uint32_t* const* counts = nullptr;
 };
 
 namespace detail {
@@ -41,7 +45,7 @@ namespace detail {
 // is also uint32_t, so it is told apart by position rather than by type.
 struct Feeder {
     const CallArguments& args;
-    size_t buffer = 0, range = 0;
+    size_t buffer = 0, range = 0, matrices = 0;
 
     template <class T, bool kLast>
     T next() {
@@ -58,7 +62,11 @@ struct Feeder {
         else if constexpr (std::is_same_v<T, int>) return args.index;
         else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
         else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
-        else if constexpr (std::is_same_v<T, const int16_t*>) return reinterpret_cast<const int16_t*>(args.values);
+        else if constexpr (std::is_same_v<T, const int32_t*>) return reinterpret_cast<const int32_t*>(args.values);
+        else if constexpr (std::is_same_v<T, uint32_t* const*>) return args.counts;
+        // A colour matrix's coefficients, then its 16-bit biases.
+        else if constexpr (std::is_same_v<T, const int16_t*>)
+            return reinterpret_cast<const int16_t*>(matrices++ == 0 ? args.coefficients : args.values);
         else static_assert(sizeof(T) == 0, "a parameter type no bundle carries");
     }
 };

@@ -3,7 +3,9 @@
 // serial count for every task count, and the temporary-buffer protocol.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <numeric>
 #include <vector>
@@ -78,39 +80,70 @@ TEST(RowWindow, BandsOfWindowsMatchTheSerialSum) {
     }
 }
 
-// A 256-bin count, reduced over 1 to 7 tasks, equals the serial count; with
-// one task nothing is allocated (an allocation made to fail is not asked
-// for), and a failed allocation returns the family's own code untouched.
+// A 256-bin count, reduced over 2 to 7 processors (bands of P or P - 1 and
+// a remainder task), equals the serial count; each task saw only its own
+// partial, and a failed allocation returns the family's own code with no
+// band run and the result untouched.
 TEST(Reduce, PartialsMergeToTheSerialResultAndFailWithTheFamilysCode) {
     const size_t width = 100, height = 97;
     GuardedImage image(width, height, 1, 3);
     image.fillRandom(3);
     using Histogram = std::array<uint64_t, 256>;
-    const auto count = [&](Histogram& h, size_t first, size_t rows) {
-        for (size_t y = first; y < first + rows; ++y)
-            for (size_t x = 0; x < width; ++x) ++h[image.row(y)[x]];
-    };
-    const auto merge = [](Histogram& total, const Histogram& part) {
-        for (size_t i = 0; i < total.size(); ++i) total[i] += part[i];
+    struct Partials {
+        const GuardedImage& image;
+        size_t width;
+        Histogram& total;
+        std::vector<Histogram> parts;
+        std::vector<size_t> rowsSeen;
+        bool fail = false;
+        bool allocate(size_t tasks) {
+            if (fail) return false;
+            parts.assign(tasks, Histogram{});
+            rowsSeen.assign(tasks, 0);
+            return true;
+        }
+        void band(size_t task, size_t first, size_t rows) {
+            rowsSeen[task] = rows;
+            for (size_t y = first; y < first + rows; ++y)
+                for (size_t x = 0; x < width; ++x) ++parts[task][image.row(y)[x]];
+        }
+        void merge(size_t first, size_t items) {
+            for (size_t i = first; i < first + items; ++i) {
+                total[i] = 0;
+                for (const Histogram& part : parts) total[i] += part[i];
+            }
+        }
     };
     Histogram serial{};
-    count(serial, 0, height);
-    for (size_t tasks = 0; tasks <= 7; ++tasks) {
-        Histogram total{};
-        FailPartialAllocationsForTest(tasks <= 1 ? 1 : 0);  // the serial path must not allocate
-        EXPECT_EQ(ReduceRows(ReducePlan{tasks, kQuorinError_InternalFault}, height, total, count, merge), 0);
-        EXPECT_EQ(total, serial) << tasks << " tasks";
-        FailPartialAllocationsForTest(0);
+    for (size_t y = 0; y < height; ++y)
+        for (size_t x = 0; x < width; ++x) ++serial[image.row(y)[x]];
+    for (size_t processors = 2; processors <= 7; ++processors) {
+        Histogram total;
+        total.fill(77);  // overwritten, not added to
+        Partials partials{image, width, total, {}, {}};
+        EXPECT_EQ(ReduceRows(ReducePlan{processors, kQuorinError_InternalFault}, height, 256, partials), 0);
+        EXPECT_EQ(total, serial) << processors << " processors";
+        // 97 rows: P - 1 bands of 97 / (P - 1) and one of the rest, unless P divides 97.
+        const size_t bands = 97 % processors == 0 ? processors : processors - 1;
+        EXPECT_EQ(partials.rowsSeen.size(), bands + (97 % bands != 0 ? 1 : 0)) << processors;
+        EXPECT_EQ(partials.rowsSeen.front(), 97 / bands) << processors;
     }
     Histogram untouched{};
     untouched[5] = 9;
-    FailPartialAllocationsForTest(1);
-    bool ran = false;
-    EXPECT_EQ(ReduceRows(ReducePlan{4, kQuorinError_InternalFault}, height, untouched,
-                         [&](Histogram&, size_t, size_t) { ran = true; }, merge),
-              kQuorinError_InternalFault);
-    EXPECT_FALSE(ran);
+    Partials failing{image, width, untouched, {}, {}, true};
+    EXPECT_EQ(ReduceRows(ReducePlan{4, kQuorinError_InternalFault}, height, 256, failing), kQuorinError_InternalFault);
+    EXPECT_TRUE(failing.rowsSeen.empty());
     EXPECT_EQ(untouched[5], 9u);
+    // The allocation hook: the first allocation passes, the next two fail.
+    FailPartialAllocationsForTest(2, 1);
+    void* first = AllocatePartial(16);
+    EXPECT_NE(first, nullptr);
+    EXPECT_EQ(AllocatePartial(16), nullptr);
+    EXPECT_EQ(AllocatePartial(16), nullptr);
+    void* after = AllocatePartial(16);
+    EXPECT_NE(after, nullptr);
+    std::free(first);
+    std::free(after);
 }
 
 TEST(TempBuffer, CallersBufferOrAZeroFilledAllocationFreedOnReturn) {

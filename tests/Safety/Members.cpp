@@ -6,6 +6,8 @@
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
 #include "Conversion/LayoutMembers.h"
+#include "Histogram/HistogramMembers.h"
+#include "Transform/MatrixMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 
@@ -103,6 +105,41 @@ std::vector<SafetyMember> ChannelMembers() {
     return members;
 }
 
+// The colour-matrix rows, from their member table: a matrix that mixes every
+// channel, with biases, and a divisor that does not divide evenly.
+std::vector<SafetyMember> MatrixMembers() {
+    static const int16_t kMatrix8[16] = {300, -20, 17, 5, 40, 260, -33, 0, -12, 9, 280, 1, 3, 3, 3, 256};
+    static const int16_t kPre8[4] = {-3, 5, -128, 0};
+    static const int32_t kPost8[4] = {100, -200, 3000, 0};
+    static const float kMatrixF[16] = {1.1f, -0.2f, 0.05f, 0.0f, 0.3f, 0.9f, -0.1f, 0.0f,
+                                       -0.05f, 0.2f, 1.2f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f};
+    static const float kPreF[4] = {0.0f, -0.5f, 0.25f, 0.0f}, kPostF[4] = {0.1f, 0.0f, -0.2f, 0.0f};
+    std::vector<SafetyMember> members;
+    for (const matrix::Member* m : matrix::kMatrixMembers) {
+        const size_t bytes = m->format.pixelBytes();
+        const bool f = m->format.sample == SampleKind::F32;
+        members.push_back({m->name, {In(bytes), Out(bytes)}, false,
+                           [m, f](B b, F flags, R, R) {
+                               return f ? m->run({b[0], b[1], kMatrixF, 0, kPreF, kPostF, flags})
+                                        : m->run({b[0], b[1], kMatrix8, 257, kPre8, kPost8, flags});
+                           },
+                           kQuorinError_BadArgument});
+    }
+    return members;
+}
+
+// The histogram rows: counters of the call's own, since they are no buffer.
+std::vector<SafetyMember> HistogramMembers() {
+    std::vector<SafetyMember> members;
+    for (const histogram::Member* m : histogram::kHistogramMembers)
+        members.push_back({m->name, {In(m->format.pixelBytes())}, false, [m](B b, F flags, R, R) {
+                               std::vector<uint32_t> counts(4 * 300);
+                               uint32_t* const h[4] = {&counts[0], &counts[300], &counts[600], &counts[900]};
+                               return m->run({b[0], h, 300, -1.0f, 2.0f, flags});
+                           }});
+    return members;
+}
+
 // The layout family's rows, from its member table: the 8-bit interleave
 // worker's destination is converted even when its rows are short.
 std::vector<SafetyMember> LayoutMembers() {
@@ -136,6 +173,8 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : HandWrittenMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : MatrixMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : HistogramMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;

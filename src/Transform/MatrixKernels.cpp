@@ -1,0 +1,135 @@
+// Vector twins of the matrix rules (MatrixRules.h).
+//
+// 8 bits: one pixel per 32-bit lane. The sums wrap in 32-bit lanes as the
+// rule's do; the division is the call's magic multiply (the high words of
+// even and odd lanes from two widening multiplies), exact for every sum, and
+// the clamp is the saturating narrowing to bytes.
+//
+// Float: one pixel per 128-bit block, each source channel broadcast through
+// its block and multiplied by that channel's row of coefficients, summed in
+// the rule's order with separate multiplies and adds (never fused).
+#include <cstdint>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Transform/MatrixKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "Core/CanonicalNaN-inl.h"
+#include "Core/RowLoop-inl.h"
+#include "Transform/MatrixKernels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The one-lane HWY_SCALAR target has neither the widening multiplies nor
+// blocks of four floats: the rules serve there.
+#if HWY_TARGET != HWY_SCALAR
+namespace {
+
+using D8 = hn::ScalableTag<uint8_t>;
+using DI = hn::ScalableTag<int32_t>;
+using DU = hn::ScalableTag<uint32_t>;
+using DF = hn::ScalableTag<float>;
+using Bytes = hn::Vec<D8>;
+using VI = hn::Vec<DI>;
+
+// The high 32 bits of each lane's 64-bit product n x magic.
+HWY_INLINE VI MulHighSigned(VI n, VI magic) {
+    const DI di;
+    const hn::RepartitionToWide<DI> d64;
+    const auto even = hn::MulEven(n, magic);
+    const auto odd = hn::MulEven(hn::BitCast(di, hn::ShiftRight<32>(hn::BitCast(d64, n))), magic);
+    return hn::OddEven(hn::BitCast(di, odd), hn::BitCast(di, hn::ShiftRight<32>(even)));
+}
+
+struct Multiply8Body {
+    VI m[16], bias[4];
+    VI magic, addend;
+    int shift;
+
+    explicit Multiply8Body(const matrix::Matrix8& p)
+        : magic(hn::Set(DI(), p.division.magic)),
+          addend(hn::Set(DI(), p.division.addend)),
+          shift(static_cast<int>(p.division.shift)) {
+        for (int k = 0; k < 16; ++k) m[k] = hn::Set(DI(), p.m[k]);
+        for (int j = 0; j < 4; ++j) bias[j] = hn::Set(DI(), p.bias[j]);
+    }
+
+    // The quotient rounded down: it differs from the truncated one only when
+    // negative, and the clamp makes both 0.
+    HWY_INLINE VI DivideFloor(VI n) const {
+        return hn::ShiftRightSame(hn::Add(MulHighSigned(n, magic), hn::Mul(n, addend)), shift);
+    }
+
+    Bytes operator()(const uint8_t* src) const {
+        const DI di;
+        const VI v = hn::BitCast(di, hn::LoadU(D8(), src));
+        const VI mask = hn::Set(di, 0xFF);
+        const VI c[4] = {hn::And(v, mask), hn::And(hn::ShiftRight<8>(v), mask), hn::And(hn::ShiftRight<16>(v), mask),
+                         hn::BitCast(di, hn::ShiftRight<24>(hn::BitCast(DU(), v)))};
+        VI out = hn::Zero(di);
+        for (int j = 0; j < 4; ++j) {
+            VI sum = bias[j];
+            for (int i = 0; i < 4; ++i) sum = hn::Add(sum, hn::Mul(c[i], m[4 * i + j]));
+            const VI q = hn::Min(hn::Max(DivideFloor(sum), hn::Zero(di)), hn::Set(di, 255));
+            out = hn::Or(out, hn::ShiftLeftSame(q, 8 * j));
+        }
+        return hn::BitCast(D8(), out);
+    }
+};
+
+struct MultiplyFBody {
+    hn::Vec<DF> m[4], pre, post;
+
+    explicit MultiplyFBody(const matrix::MatrixF& p) {
+        for (int i = 0; i < 4; ++i) m[i] = hn::LoadDup128(DF(), p.m + 4 * i);
+        pre = hn::LoadDup128(DF(), p.pre);
+        post = hn::LoadDup128(DF(), p.post);
+    }
+
+    Bytes operator()(const float* src) const {
+        const DF df;
+        const auto s = hn::Add(hn::LoadU(df, src), pre);
+        auto sum = hn::Mul(hn::Broadcast<0>(s), m[0]);
+        sum = hn::Add(sum, hn::Mul(hn::Broadcast<1>(s), m[1]));
+        sum = hn::Add(sum, hn::Mul(hn::Broadcast<2>(s), m[2]));
+        sum = hn::Add(sum, hn::Mul(hn::Broadcast<3>(s), m[3]));
+        return hn::BitCast(D8(), CanonicalNaNs(hn::Add(post, sum)));
+    }
+};
+
+}  // namespace
+#endif
+
+void MultiplyPixels8Vector(const uint8_t* src, uint8_t* dst, size_t pixels, const matrix::Matrix8& p, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    matrix::MultiplyPixels8(src, dst, pixels, p, stream);
+#else
+    ForEachVector(dst, pixels * 4, 4, stream, Multiply8Body(p), src);
+#endif
+}
+
+void MultiplyPixelsFVector(const float* src, float* dst, size_t pixels, const matrix::MatrixF& p, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    matrix::MultiplyPixelsF(src, dst, pixels, p, stream);
+#else
+    ForEachVector(dst, pixels * 4, 4, stream, MultiplyFBody(p), src);
+#endif
+}
+
+}  // namespace quorin::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::matrix {
+
+HWY_EXPORT(MultiplyPixels8Vector);
+HWY_EXPORT(MultiplyPixelsFVector);
+
+const KernelPair<Multiply8Kernel> kMultiply8Kernels{&MultiplyPixels8, HWY_DISPATCH_TABLE(MultiplyPixels8Vector)};
+const KernelPair<MultiplyFKernel> kMultiplyFKernels{&MultiplyPixelsF, HWY_DISPATCH_TABLE(MultiplyPixelsFVector)};
+
+}  // namespace quorin::matrix
+#endif
