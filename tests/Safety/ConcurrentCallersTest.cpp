@@ -33,7 +33,7 @@ struct Prepared {
                 continue;
             }
             // Padding is poisoned: a destination written up to its rowBytes has none.
-            const size_t padding = member->args[i].use == Use::WrittenWithPadding ? 0 : 4;
+            const size_t padding = member->args[i].use == Use::WrittenWithPadding || member->packedRows ? 0 : 4;
             outputs.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, member->args[i].pixelBytes, padding));
             outputs.back()->fillBytes(0x5A);
             records.push_back(outputs.back()->record());
@@ -56,7 +56,7 @@ Prepared Prepare(const SafetyMember& m, uint64_t seed) {
             p.sources.push_back(nullptr);
             continue;
         }
-        p.sources.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, m.args[i].pixelBytes, 8));
+        p.sources.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, m.args[i].pixelBytes, m.packedRows ? 0 : 8));
         p.sources.back()->fillRandom(seed + i);
     }
     Quorin_Error result;
