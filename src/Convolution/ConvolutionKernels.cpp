@@ -13,6 +13,7 @@
 // contiguous bytes. Blocks of input are transposed in registers into a ring
 // of columns that keeps every column a span still needs.
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -63,29 +64,45 @@ struct LaneDivide {
 };
 
 // Output bytes [begin, end) whose taps all lie inside the row, whole vectors
-// of them; returns where the vectors stopped.
-template <class DA, class Divide>
-size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
-                        const Divide& divide) {
+// of them, kVectors side by side so each weight is broadcast once for them
+// all; returns where the vectors stopped.
+template <class DA, size_t kVectors, class Divide>
+size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
+                       const Divide& divide) {
     const DA da;
     const hn::Rebind<uint8_t, DA> d8;
     using T = hn::TFromD<DA>;
     const size_t lanes = hn::Lanes(da), P = s.pixelBytes, back = (s.kernelWidth / 2) * P;
     size_t b = begin;
-    for (; b + lanes <= end; b += lanes) {
-        auto sum = hn::Zero(da);
+    for (; b + kVectors * lanes <= end; b += kVectors * lanes) {
+        hn::Vec<DA> sum[kVectors];
+        for (size_t v = 0; v < kVectors; ++v) sum[v] = hn::Zero(da);
         for (size_t i = 0; i < s.kernelHeight; ++i) {
             if (rows[i] == nullptr) continue;
             const uint8_t* p = rows[i] + b - back;
             const int16_t* w = s.kernel + i * s.kernelWidth;
-            for (size_t j = 0; j < s.kernelWidth; ++j) {
+            for (size_t j = 0; j < s.kernelWidth; ++j, p += P) {
                 const auto weight = hn::Set(da, static_cast<T>(static_cast<int32_t>(w[j])));
-                sum = hn::Add(sum, hn::Mul(hn::PromoteTo(da, hn::LoadU(d8, p + j * P)), weight));
+                for (size_t v = 0; v < kVectors; ++v)
+                    sum[v] = hn::Add(sum[v], hn::Mul(hn::PromoteTo(da, hn::LoadU(d8, p + v * lanes)), weight));
             }
         }
-        hn::StoreU(hn::TruncateTo(d8, divide(sum)), d8, out + b);
+        for (size_t v = 0; v < kVectors; ++v) hn::StoreU(hn::TruncateTo(d8, divide(sum[v])), d8, out + b + v * lanes);
     }
     return b;
+}
+
+template <class DA, class Divide>
+size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
+                        const Divide& divide) {
+    const size_t lanes = hn::Lanes(DA());
+    const size_t b = ConvolveVectors<DA, 4>(rows, out, begin, end, s, divide);
+    const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide);
+    // The rest as one more vector ending at `end`, over bytes already
+    // written with the same values, rather than byte by byte.
+    if (done == end || end - begin < lanes) return done;
+    ConvolveVectors<DA, 1>(rows, out, end - lanes, end, s, divide);
+    return end;
 }
 
 // ---- Box filter ----------------------------------------------------------------
@@ -117,65 +134,77 @@ constexpr size_t ReverseBits(size_t i, unsigned bits) {
 }
 
 // The running sums of one group of 16 / P lines from line y0, every line's
-// channels in lanes of their own.
+// channels in lanes of their own. A group advances along its lines by
+// chunks, so that a pass can run several groups side by side and write
+// whole cache lines of the transposed output, whose lines lie a power of two
+// apart in the usual images and would otherwise evict one another.
 template <size_t P_>
 class BoxGroup {
 public:
     static constexpr size_t L_ = 16 / P_;  // lines, and samples of each in a block
+    using D16 = hn::Full128<uint16_t>;
 
-    BoxGroup(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t y0)
-        : in_(in), out_(out), n_(n), lines_(lines), r_(r), y0_(y0) {}
-
-    void run() {
-        const hn::Full128<uint16_t> d16;
-        const convolution::MagicDivisor<16> magic = convolution::MagicDivisor<16>::For(static_cast<uint32_t>(2 * r_));
-        const LaneDivide<hn::Full128<uint16_t>, 16> divide(magic);
-        alignas(16) uint8_t first[16], last[16];
-        Gather(0, first);
-        Gather(n_ - 1, last);
-        const auto firstLo = Low(first), firstHi = High(first), lastLo = Low(last), lastHi = High(last);
-        auto sumLo = hn::Mul(firstLo, hn::Set(d16, static_cast<uint16_t>(r_ + 1)));
-        auto sumHi = hn::Mul(firstHi, hn::Set(d16, static_cast<uint16_t>(r_ + 1)));
+    void start(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t y0) {
+        in_ = in, out_ = out, n_ = n, lines_ = lines, r_ = r, y0_ = y0, loaded_ = 0, x_ = 0;
+        // The ring holds what a span and a block ahead need, and no more, so
+        // the groups that run side by side keep their rings in the first cache.
+        ringMask_ = std::bit_ceil(2 * r + 2 * L_) - 1;
+        Gather(0, first_);
+        Gather(n_ - 1, last_);
+        const D16 d16;
+        auto sumLo = hn::Mul(Low(first_), hn::Set(d16, static_cast<uint16_t>(r_ + 1)));
+        auto sumHi = hn::Mul(High(first_), hn::Set(d16, static_cast<uint16_t>(r_ + 1)));
         if (r_ > 1) LoadUpTo(r_ - 1);
         for (size_t i = 1; i < r_; ++i) {
             sumLo = hn::Add(sumLo, Low(Column(i)));
             sumHi = hn::Add(sumHi, High(Column(i)));
         }
+        hn::Store(sumLo, d16, sums_);
+        hn::Store(sumHi, d16, sums_ + 8);
+    }
+
+    // Outputs x_ .. end - 1, by the three loops of the running sum.
+    template <class Divide>
+    void advance(size_t end, const Divide& divide) {
+        const D16 d16;
+        auto sumLo = hn::Load(d16, sums_), sumHi = hn::Load(d16, sums_ + 8);
         const hn::Full64<uint8_t> d8h;
         auto emit = [&](size_t x) {
             uint8_t* to = out_ + (x * lines_ + y0_) * P_;
             hn::StoreU(hn::TruncateTo(d8h, divide(sumLo)), d8h, to);
             hn::StoreU(hn::TruncateTo(d8h, divide(sumHi)), d8h, to + 8);
         };
-        size_t x = 0;
-        for (; x < r_; ++x) {
+        size_t x = x_;
+        for (; x < end && x < r_; ++x) {
             LoadUpTo(x + r_);
-            sumLo = hn::Add(sumLo, hn::Sub(Low(Column(x + r_)), firstLo));
-            sumHi = hn::Add(sumHi, hn::Sub(High(Column(x + r_)), firstHi));
+            sumLo = hn::Add(sumLo, hn::Sub(Low(Column(x + r_)), Low(first_)));
+            sumHi = hn::Add(sumHi, hn::Sub(High(Column(x + r_)), High(first_)));
             emit(x);
         }
-        for (; x + r_ < n_; ++x) {
+        for (; x < end && x + r_ < n_; ++x) {
             LoadUpTo(x + r_);
             sumLo = hn::Add(sumLo, hn::Sub(Low(Column(x + r_)), Low(Column(x - r_))));
             sumHi = hn::Add(sumHi, hn::Sub(High(Column(x + r_)), High(Column(x - r_))));
             emit(x);
         }
-        for (; x < n_; ++x) {
-            sumLo = hn::Add(sumLo, hn::Sub(lastLo, Low(Column(x - r_))));
-            sumHi = hn::Add(sumHi, hn::Sub(lastHi, High(Column(x - r_))));
+        for (; x < end; ++x) {
+            sumLo = hn::Add(sumLo, hn::Sub(Low(last_), Low(Column(x - r_))));
+            sumHi = hn::Add(sumHi, hn::Sub(High(last_), High(Column(x - r_))));
             emit(x);
         }
+        x_ = x;
+        hn::Store(sumLo, d16, sums_);
+        hn::Store(sumHi, d16, sums_ + 8);
     }
 
 private:
     // A span reaches 2r <= 256 columns back, and blocks load at most 16 ahead.
     static constexpr size_t kRing = 512;
+    static_assert(kRing >= 256 + 2 * 16);
 
-    static hn::Vec<hn::Full128<uint16_t>> Low(const uint8_t* c) {
-        return hn::PromoteTo(hn::Full128<uint16_t>(), hn::LoadU(hn::Full64<uint8_t>(), c));
-    }
-    static hn::Vec<hn::Full128<uint16_t>> High(const uint8_t* c) { return Low(c + 8); }
-    const uint8_t* Column(size_t x) const { return ring_[x % kRing]; }
+    static hn::Vec<D16> Low(const uint8_t* c) { return hn::PromoteTo(D16(), hn::LoadU(hn::Full64<uint8_t>(), c)); }
+    static hn::Vec<D16> High(const uint8_t* c) { return Low(c + 8); }
+    const uint8_t* Column(size_t x) const { return ring_[x & ringMask_]; }
 
     // Column x (x < n + 2) of the group, sample by sample; past the end of a
     // line, the next line's samples, or on the last line its last sample.
@@ -193,7 +222,7 @@ private:
         const size_t block = L_;
         while (loaded_ <= x) {
             if (loaded_ + block > n_) {
-                Gather(loaded_, ring_[loaded_ % kRing]);
+                Gather(loaded_, ring_[loaded_ & ringMask_]);
                 ++loaded_;
                 continue;
             }
@@ -207,17 +236,35 @@ private:
             }
             InterleaveStage<uint32_t, L_>(v);
             InterleaveStage<uint64_t, L_>(v);
-            for (size_t i = 0; i < L_; ++i) hn::Store(v[i], d8, ring_[(loaded_ + ReverseBits(i, bits)) % kRing]);
+            for (size_t i = 0; i < L_; ++i) hn::Store(v[i], d8, ring_[(loaded_ + ReverseBits(i, bits)) & ringMask_]);
             loaded_ += block;
         }
     }
 
-    const uint8_t* in_;
-    uint8_t* out_;
-    size_t n_, lines_, r_, y0_;
-    size_t loaded_ = 0;
+    const uint8_t* in_ = nullptr;
+    uint8_t* out_ = nullptr;
+    size_t n_ = 0, lines_ = 0, r_ = 0, y0_ = 0;
+    size_t loaded_ = 0, x_ = 0, ringMask_ = kRing - 1;
+    alignas(16) uint16_t sums_[16];
+    alignas(16) uint8_t first_[16], last_[16];
     alignas(16) uint8_t ring_[kRing][16];
 };
+
+// Runs the groups of 16 / P lines sixteen at a time, 64 outputs of each in
+// turn: 256 bytes of each output line at a time.
+template <size_t P>
+void BoxGroups(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t groups) {
+    constexpr size_t kSideBySide = 16, kChunk = 64, kLines = BoxGroup<P>::L_;
+    const LaneDivide<hn::Full128<uint16_t>, 16> divide(
+        convolution::MagicDivisor<16>::For(static_cast<uint32_t>(2 * r)));
+    BoxGroup<P> side[kSideBySide];
+    for (size_t g = 0; g < groups; g += kSideBySide) {
+        const size_t count = std::min(kSideBySide, groups - g);
+        for (size_t k = 0; k < count; ++k) side[k].start(in, out, n, lines, r, (g + k) * kLines);
+        for (size_t x = 0; x < n; x += kChunk)
+            for (size_t k = 0; k < count; ++k) side[k].advance(std::min(n, x + kChunk), divide);
+    }
+}
 
 }  // namespace
 #endif
@@ -257,13 +304,10 @@ void BoxPassVector(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size
         convolution::BoxPass(in, out, n, lines, r, pixelBytes);
         return;
     }
-    const size_t group = 16 / pixelBytes;
-    size_t y0 = 0;
-    for (; y0 + group <= lines; y0 += group) {
-        if (pixelBytes == 1) BoxGroup<1>(in, out, n, lines, r, y0).run();
-        else BoxGroup<4>(in, out, n, lines, r, y0).run();
-    }
-    convolution::BoxLines(in, out, n, lines, r, pixelBytes, y0, lines);
+    const size_t group = 16 / pixelBytes, groups = lines / group;
+    if (pixelBytes == 1) BoxGroups<1>(in, out, n, lines, r, groups);
+    else BoxGroups<4>(in, out, n, lines, r, groups);
+    convolution::BoxLines(in, out, n, lines, r, pixelBytes, groups * group, lines);
 #endif
 }
 

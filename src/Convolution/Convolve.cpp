@@ -4,6 +4,7 @@
 // Each entry point runs its checks in its own order, then one of the three
 // operations below.
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -65,26 +66,47 @@ Quorin_Buffer From(const Quorin_Buffer* b, size_t offset, size_t pixelBytes) {
 
 // The general convolution's work after its checks. With equal offsets o the
 // crossed offsets describe the image from (o, o) on convolved as if nothing
-// lay before it, so the pieces work on that part alone.
+// lay before it, so the work is done on that part alone.
+//
+// The grid dispatcher is called as described (tiles 0, 0, over the region),
+// and its pieces share the region out among themselves: each takes bands of
+// about 32768 pixels of whole rows from one counter until none is left. A
+// worker that starts late (a busy or idle processor takes from microseconds
+// to more than a tile's time to wake) then leaves its share to the others
+// instead of holding the call back with a whole tile of its own. The bytes
+// are those of one piece over the whole region.
 Quorin_Error Convolve(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_t pixelBytes, uint32_t roiOffsetX,
                       uint32_t roiOffsetY, const int16_t* kernel, uint32_t kernelHeight, uint32_t kernelWidth,
                       int32_t divisor) {
+    constexpr size_t kBandPixels = 32768;
     const size_t gridWidth = src->width - roiOffsetX, gridHeight = src->height - roiOffsetY;
     const size_t offset = gridWidth == 0 || gridHeight == 0 ? 0 : roiOffsetX;
     struct Work {
         Quorin_Buffer src, dest;
         ConvolveShape shape;
         ConvolveRowKernel row;
-    } work{From(src, offset, pixelBytes), From(dest, offset, pixelBytes), {}, kConvolveRowKernels.choose()};
+        size_t width, height, bandRows;
+        std::atomic<size_t> next{0};
+    } work{From(src, offset, pixelBytes),
+           From(dest, offset, pixelBytes),
+           {},
+           kConvolveRowKernels.choose(),
+           gridWidth,
+           gridHeight,
+           std::max<size_t>(1, kBandPixels / std::max<size_t>(1, gridWidth))};
     work.shape = MakeConvolveShape(work.src.width, pixelBytes, kernel, kernelHeight, kernelWidth, divisor);
     const Quorin_PieceClosure closure{
-        [](void* context, size_t, size_t x, size_t y, size_t w, size_t h) {
-            const Work& k = *static_cast<const Work*>(context);
+        [](void* context, size_t, size_t, size_t, size_t, size_t) {
+            Work& k = *static_cast<Work*>(context);
             const size_t half = k.shape.kernelHeight / 2;
             RowWindow<uint8_t, 256> window(&k.src, half, half, WindowEdge::Outside);
-            for (size_t row = y; row < y + h; ++row)
-                k.row(window.at(row).data(), static_cast<uint8_t*>(k.dest.data) + row * k.dest.rowBytes, x, w,
-                      k.shape);
+            for (size_t band = k.next.fetch_add(1); band < (k.height + k.bandRows - 1) / k.bandRows;
+                 band = k.next.fetch_add(1)) {
+                const size_t last = std::min(k.height, (band + 1) * k.bandRows);
+                for (size_t row = band * k.bandRows; row < last; ++row)
+                    k.row(window.at(row).data(), static_cast<uint8_t*>(k.dest.data) + row * k.dest.rowBytes, 0,
+                          k.width, k.shape);
+            }
         },
         &work};
     return _QuorinDispatchApplyOnGrid(0, 0, gridWidth, gridHeight, &closure);
