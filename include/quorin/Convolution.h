@@ -128,16 +128,9 @@ QUORIN_API Quorin_Error QuorinBoxConvolve_ARGB8888(const Quorin_Buffer *src, con
  * caller's tempBuffer or a zero-filled allocation; two small kernels are
  * allocated too. All are freed before return. Flags: only
  * kQuorinFlag_QueryTempSize is read.
- * Failures, first match wins, nothing written before they pass:
- *   1. kQuorinError_NullPointer (-21772): src or dest is null (Planar8 only;
- *      ARGB8888 refuses a null record with -21773 at step 3);
- *   2. kQuorinError_BadArgument (-21773): kernelHeight or kernelWidth outside
- *      1..255, or even;
- *   3. kQuorinError_BadArgument (-21773): src narrower than kernelWidth or
- *      shorter than kernelHeight;
- *   4. with kQuorinFlag_QueryTempSize: return the scratch size (-21773 when it
- *      does not fit the result), even when dest's size differs;
- *   5. kQuorinError_SizeMismatch (-21774): dest's width or height differs;
+ * Failures, first match wins, nothing written before they pass: steps 1 to
+ * 5 of the box blur above, except that even sizes are refused by both
+ * members; then
  *   6. kQuorinError_BadArgument (-21773): as steps 5 and 6 of the general
  *      convolution (null data, records that cannot describe their image,
  *      offsets that would leave the image);

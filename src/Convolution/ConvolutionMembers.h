@@ -50,41 +50,32 @@ struct Member {
 
 namespace detail {
 inline constexpr uint8_t kBackground[4] = {0, 0, 0, 0};
-inline Quorin_Error General8(const Call& c) {
-    return QuorinConvolve_Planar8(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernel, c.kernelHeight,
-                                  c.kernelWidth, c.divisor, 0, c.flags);
+// The ignored background of either format: 0, or four 0 bytes.
+struct Background {
+    constexpr operator uint8_t() const { return 0; }
+    constexpr operator const uint8_t*() const { return kBackground; }
+};
+template <auto kEntry>
+Quorin_Error General(const Call& c) {
+    return kEntry(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernel, c.kernelHeight, c.kernelWidth,
+                  c.divisor, Background{}, c.flags);
 }
-inline Quorin_Error General8888(const Call& c) {
-    return QuorinConvolve_ARGB8888(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernel,
-                                   c.kernelHeight, c.kernelWidth, c.divisor, kBackground, c.flags);
-}
-inline Quorin_Error Box8(const Call& c) {
-    return QuorinBoxConvolve_Planar8(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernelHeight,
-                                     c.kernelWidth, 0, c.flags);
-}
-inline Quorin_Error Box8888(const Call& c) {
-    return QuorinBoxConvolve_ARGB8888(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernelHeight,
-                                      c.kernelWidth, kBackground, c.flags);
-}
-inline Quorin_Error Tent8(const Call& c) {
-    return QuorinTentConvolve_Planar8(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernelHeight,
-                                      c.kernelWidth, 0, c.flags);
-}
-inline Quorin_Error Tent8888(const Call& c) {
-    return QuorinTentConvolve_ARGB8888(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernelHeight,
-                                       c.kernelWidth, kBackground, c.flags);
+template <auto kEntry>
+Quorin_Error Filter(const Call& c) {
+    return kEntry(c.src, c.dest, c.tempBuffer, c.roiOffsetX, c.roiOffsetY, c.kernelHeight, c.kernelWidth,
+                  Background{}, c.flags);
 }
 }  // namespace detail
 
-inline constexpr Member kConvolvePlanar8{"QuorinConvolve_Planar8", Operation::General, kPlanar8, &detail::General8};
+inline constexpr Member kConvolvePlanar8{"QuorinConvolve_Planar8", Operation::General, kPlanar8, &detail::General<&QuorinConvolve_Planar8>};
 inline constexpr Member kConvolveARGB8888{"QuorinConvolve_ARGB8888", Operation::General, kARGB8888,
-                                          &detail::General8888};
-inline constexpr Member kBoxConvolvePlanar8{"QuorinBoxConvolve_Planar8", Operation::Box, kPlanar8, &detail::Box8};
+                                          &detail::General<&QuorinConvolve_ARGB8888>};
+inline constexpr Member kBoxConvolvePlanar8{"QuorinBoxConvolve_Planar8", Operation::Box, kPlanar8, &detail::Filter<&QuorinBoxConvolve_Planar8>};
 inline constexpr Member kBoxConvolveARGB8888{"QuorinBoxConvolve_ARGB8888", Operation::Box, kARGB8888,
-                                             &detail::Box8888};
-inline constexpr Member kTentConvolvePlanar8{"QuorinTentConvolve_Planar8", Operation::Tent, kPlanar8, &detail::Tent8};
+                                             &detail::Filter<&QuorinBoxConvolve_ARGB8888>};
+inline constexpr Member kTentConvolvePlanar8{"QuorinTentConvolve_Planar8", Operation::Tent, kPlanar8, &detail::Filter<&QuorinTentConvolve_Planar8>};
 inline constexpr Member kTentConvolveARGB8888{"QuorinTentConvolve_ARGB8888", Operation::Tent, kARGB8888,
-                                              &detail::Tent8888};
+                                              &detail::Filter<&QuorinTentConvolve_ARGB8888>};
 
 inline constexpr const Member* kConvolutionMembers[] = {
     &kConvolvePlanar8,    &kConvolveARGB8888,    &kBoxConvolvePlanar8,

@@ -107,20 +107,27 @@ inline void BoxLines(const uint8_t* in, uint8_t* out, size_t n, size_t lines, si
     const size_t P = pixelBytes, span = 2 * r;
     for (size_t y = firstLine; y < lastLine; ++y) {
         const uint8_t* line = in + y * n * P;
+        // Sample i of the line (i < n + 2), past its end as described.
+        auto sample = [&](size_t i, size_t c) -> uint32_t {
+            if (i < n || y + 1 < lines) return line[i * P + c];
+            return line[(n - 1) * P + c];
+        };
+        // The channels side by side, so a pixel's output bytes are written together.
+        uint32_t sum[16];
         for (size_t c = 0; c < P; ++c) {
-            // Sample i of the line (i < n + 2), past its end as described.
-            auto sample = [&](size_t i) -> uint32_t {
-                if (i < n || y + 1 < lines) return line[i * P + c];
-                return line[(n - 1) * P + c];
-            };
-            auto put = [&](size_t x, uint32_t sum) { out[(x * lines + y) * P + c] = static_cast<uint8_t>(sum / span); };
-            uint32_t sum = sample(0) * static_cast<uint32_t>(r + 1);
-            for (size_t i = 1; i < r; ++i) sum += sample(i);
-            size_t x = 0;
-            for (; x < r; ++x) put(x, sum += sample(x + r) - sample(0));
-            for (; x + r < n; ++x) put(x, sum += sample(x + r) - sample(x - r));
-            for (; x < n; ++x) put(x, sum += sample(n - 1) - sample(x - r));
+            sum[c] = sample(0, c) * static_cast<uint32_t>(r + 1);
+            for (size_t i = 1; i < r; ++i) sum[c] += sample(i, c);
         }
+        auto step = [&](size_t x, size_t add, size_t drop) {
+            for (size_t c = 0; c < P; ++c) {
+                sum[c] += sample(add, c) - sample(drop, c);
+                out[(x * lines + y) * P + c] = static_cast<uint8_t>(sum[c] / span);
+            }
+        };
+        size_t x = 0;
+        for (; x < r; ++x) step(x, x + r, 0);
+        for (; x + r < n; ++x) step(x, x + r, x - r);
+        for (; x < n; ++x) step(x, n - 1, x - r);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "Convolution/ConvolutionKernels.h"
 #include "Convolution/ConvolutionMembers.h"
@@ -35,13 +36,20 @@ Quorin_Error CheckKernel(const Member& m, const Quorin_Buffer* src, const Quorin
     return kQuorinSuccess;
 }
 
-// The scratch of box and tent: the source's pixels, as a size query answers it.
-Quorin_Error ScratchBytes(const Quorin_Buffer* src, size_t pixelBytes, size_t& bytes) {
+// The steps box and tent share after the kernel's: the size query, answered
+// with the scratch's size (the source's pixels), then the sizes compared.
+// The answer to return, if any; otherwise the scratch's size in `bytes`.
+std::optional<Quorin_Error> CheckFilter(const Member& m, const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                        uint32_t kernelHeight, uint32_t kernelWidth, Quorin_Flags flags,
+                                        size_t& bytes) {
+    if (const Quorin_Error error = CheckKernel(m, src, dest, kernelHeight, kernelWidth)) return error;
     const auto pixels = CheckedProduct(src->width, src->height);
-    const auto total = pixels ? CheckedProduct(*pixels, pixelBytes) : pixels;
+    const auto total = pixels ? CheckedProduct(*pixels, m.format.pixelBytes()) : pixels;
     if (!total) return kQuorinError_BadArgument;
     bytes = *total;
-    return kQuorinSuccess;
+    if (flags & kQuorinFlag_QueryTempSize) return AnswerSizeQuery(bytes);
+    if (SizesDiffer(src, dest)) return kQuorinError_SizeMismatch;
+    return std::nullopt;
 }
 
 // Refusals after the described checks of the general convolution and the
@@ -129,11 +137,8 @@ template <const Member& kMember>
 Quorin_Error RunBox(const Quorin_Buffer* src, const Quorin_Buffer* dest, void* tempBuffer, uint32_t roiOffsetY,
                     uint32_t kernelHeight, uint32_t kernelWidth, Quorin_Flags flags) {
     constexpr size_t P = kMember.format.pixelBytes();
-    if (const Quorin_Error error = CheckKernel(kMember, src, dest, kernelHeight, kernelWidth)) return error;
     size_t bytes = 0;
-    if (const Quorin_Error error = ScratchBytes(src, P, bytes)) return error;
-    if (flags & kQuorinFlag_QueryTempSize) return AnswerSizeQuery(bytes);
-    if (SizesDiffer(src, dest)) return kQuorinError_SizeMismatch;
+    if (const auto answer = CheckFilter(kMember, src, dest, kernelHeight, kernelWidth, flags, bytes)) return *answer;
     // Both images packed: a row of width x P bytes (a width whose row wraps is never packed).
     if (RowLongerThan(src->width, P, src->rowBytes) || src->rowBytes != src->width * P ||
         dest->rowBytes != src->width * P)
@@ -161,11 +166,8 @@ template <const Member& kMember, const Member& kGeneral>
 Quorin_Error RunTent(const Quorin_Buffer* src, const Quorin_Buffer* dest, void* tempBuffer, uint32_t roiOffsetX,
                      uint32_t roiOffsetY, uint32_t kernelHeight, uint32_t kernelWidth, Quorin_Flags flags) {
     constexpr size_t P = kMember.format.pixelBytes();
-    if (const Quorin_Error error = CheckKernel(kMember, src, dest, kernelHeight, kernelWidth)) return error;
     size_t bytes = 0;
-    if (const Quorin_Error error = ScratchBytes(src, P, bytes)) return error;
-    if (flags & kQuorinFlag_QueryTempSize) return AnswerSizeQuery(bytes);
-    if (SizesDiffer(src, dest)) return kQuorinError_SizeMismatch;
+    if (const auto answer = CheckFilter(kMember, src, dest, kernelHeight, kernelWidth, flags, bytes)) return *answer;
     if (const Quorin_Error error = RefuseOutsideBuffers(src, dest, P, roiOffsetX, roiOffsetY)) return error;
     TempBuffer horizontal, vertical, scratch;
     if (const Quorin_Error error = horizontal.acquire(nullptr, kernelWidth * sizeof(int16_t))) return error;
