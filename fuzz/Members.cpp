@@ -9,6 +9,7 @@
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
 #include "Conversion/LayoutMembers.h"
+#include "Convolution/ConvolutionMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 #include "quorin/Utilities.h"
@@ -76,6 +77,32 @@ Quorin_Error HistogramOfFloats(const Quorin_Buffer* src, uint32_t* const* histog
                                                maxFloat ? maxFloat[0] : 1.0f, flags);
 }
 
+// The convolution members take kernel sizes, offsets, a kernel and a divisor
+// the generic feeder cannot tell apart: the word gives the sizes (mostly
+// small, sometimes 255 or 256) and the offsets (mostly equal), the index the
+// divisor, and the values a kernel of any size, repeated, or null.
+template <const convolution::Member& kMember>
+Quorin_Error InvokeConvolution(const Arguments& a) {
+    static thread_local int16_t kernel[256 * 256];
+    if (a.values != nullptr)
+        for (size_t i = 0; i < 256 * 256; ++i)
+            kernel[i] = static_cast<int16_t>(a.values[2 * i % 16] | a.values[2 * i % 16 + 1] << 8);
+    const uint32_t w = a.word;
+    const bool large = (w >> 14) == 3;
+    const uint32_t height = large ? 255 + (w & 1) : w & 7, width = large ? 255 + (w >> 1 & 1) : w >> 3 & 7;
+    const uint32_t offsetX = w >> 6 & 3, offsetY = (w >> 8 & 1) ? offsetX : w >> 9 & 3;
+    const int32_t divisors[] = {0, 1, 9, -1, 16, 65537, 3, 0x7FFFFFFF};
+    return kMember.run({a.buffers[0], a.buffers[1], nullptr, offsetX, offsetY, a.values ? kernel : nullptr, height,
+                        width, divisors[static_cast<unsigned>(a.index + 2) % 8], a.flags});
+}
+
+template <const convolution::Member& kMember>
+constexpr Member ConvolutionRow() {
+    const Format format = kMember.planar() ? Format::k8 : Format::k8x4;
+    return {kMember.name, &InvokeConvolution<kMember>, 2, {S(format), D(format)}, kQuorinFlag_QueryTempSize,
+            kWord | kIndex | kValues};
+}
+
 // Rows written by hand, for families without a member table; a family that
 // has one gets its rows from it (TableRows below).
 const std::vector<Member> kMembers = {
@@ -86,6 +113,13 @@ const std::vector<Member> kMembers = {
     // Histograms.
     QUORIN_ROW(QuorinHistogramCalculation_ARGB8888, kHistogram, S(k8x4)),
     Row<&HistogramOfFloats>("QuorinHistogramCalculation_ARGBFFFF", {S(kFx4)}, kHistogram),
+    // Convolution: general, box and tent.
+    ConvolutionRow<convolution::kConvolvePlanar8>(),
+    ConvolutionRow<convolution::kConvolveARGB8888>(),
+    ConvolutionRow<convolution::kBoxConvolvePlanar8>(),
+    ConvolutionRow<convolution::kBoxConvolveARGB8888>(),
+    ConvolutionRow<convolution::kTentConvolvePlanar8>(),
+    ConvolutionRow<convolution::kTentConvolveARGB8888>(),
 };
 
 #undef QUORIN_ROW

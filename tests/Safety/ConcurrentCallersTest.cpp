@@ -33,7 +33,7 @@ struct Prepared {
                 continue;
             }
             // Padding is poisoned: a destination written up to its rowBytes has none.
-            const size_t padding = member->args[i].unpadded() ? 0 : 4;
+            const size_t padding = member->args[i].unpadded() || member->packedRows ? 0 : 4;
             outputs.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, member->args[i].pixelBytes, padding));
             outputs.back()->fillBytes(0x5A);
             records.push_back(outputs.back()->record());
@@ -56,7 +56,7 @@ Prepared Prepare(const SafetyMember& m, uint64_t seed) {
             p.sources.push_back(nullptr);
             continue;
         }
-        const size_t padding = m.args[i].unpadded() ? 0 : 8;
+        const size_t padding = m.args[i].unpadded() || m.packedRows ? 0 : 8;
         p.sources.push_back(std::make_unique<GuardedImage>(kWidth, kHeight, m.args[i].pixelBytes, padding));
         p.sources.back()->fillRandom(seed + i);
     }

@@ -8,6 +8,7 @@
 #include "Conversion/LayoutMembers.h"
 #include "Histogram/HistogramMembers.h"
 #include "Transform/MatrixMembers.h"
+#include "Convolution/ConvolutionMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 
@@ -128,6 +129,28 @@ std::vector<SafetyMember> MatrixMembers() {
     return members;
 }
 
+// The convolution family's rows, from its member table: a 3 x 3 kernel (a
+// 1 x 1 one on images narrower than 3) with negative weights.
+std::vector<SafetyMember> ConvolutionMembers() {
+    using convolution::Operation;
+    static const int16_t kKernel[9] = {-1, 2, -1, 3, 9, 3, -1, 2, -1};
+    std::vector<SafetyMember> members;
+    for (const convolution::Member* m : convolution::kConvolutionMembers) {
+        const size_t bytes = m->format.pixelBytes();
+        SafetyMember row{m->name, {In(bytes), Out(bytes)}, false, [m](B b, F f, R, R) {
+                             const uint32_t size = b[0] && b[0]->width >= 3 && b[0]->height >= 3 ? 3 : 1;
+                             return m->run({b[0], b[1], nullptr, 0, 0, kKernel, size, size, 7, f});
+                         }};
+        const bool box = m->operation == Operation::Box;
+        row.nullCode = box ? kQuorinError_SizeMismatch : kQuorinError_BadArgument;
+        row.refusalCode = box ? kQuorinError_SizeMismatch : kQuorinError_BadArgument;
+        if (m->operation == Operation::General) row.queryAnswer = static_cast<Quorin_Error>(m->scratchBytes(0, 0));
+        row.packedRows = box;
+        members.push_back(std::move(row));
+    }
+    return members;
+}
+
 // The histogram rows: counters of the call's own, since they are no buffer.
 std::vector<SafetyMember> HistogramMembers() {
     std::vector<SafetyMember> members;
@@ -172,6 +195,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         std::vector<SafetyMember> all = AlphaMembers();
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : ConvolutionMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : HandWrittenMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : MatrixMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : HistogramMembers()) all.push_back(std::move(m));

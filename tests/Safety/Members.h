@@ -47,6 +47,14 @@ struct SafetyMember {
     // The code a null pixel pointer gets, for members whose family answers
     // it differently from member to member (0: the test knows the family's).
     Quorin_Error nullCode = kQuorinSuccess;
+    // The code of a record that cannot describe its image (the box blur's
+    // own packed-rows test answers it with kQuorinError_SizeMismatch), and
+    // of a size query with such a record (members that answer the query
+    // before looking at the records give their answer).
+    Quorin_Error refusalCode = kQuorinError_BadArgument;
+    Quorin_Error queryAnswer = kQuorinError_BadArgument;
+    // Rows must be exactly width x pixel bytes (no padding).
+    bool packedRows = false;
 
     Quorin_Error run(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max = kWideMax,
                      const float* min = kWideMin) const {

@@ -47,7 +47,7 @@ std::vector<uint8_t> SpecialRun(const SafetyMember& m, size_t width, size_t heig
     std::vector<const Quorin_Buffer*> records;
     for (size_t i = 0; i < m.args.size(); ++i) {
         // Padding is poisoned: a destination written up to its rowBytes has none.
-        const size_t padding = m.args[i].unpadded() ? 0 : 4;
+        const size_t padding = m.args[i].unpadded() || m.packedRows ? 0 : 4;
         images.push_back(SpecialImage(width, height, m.args[i].pixelBytes, 0xF1 + i, padding));
         records.push_back(images.back()->record());
     }

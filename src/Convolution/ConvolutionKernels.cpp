@@ -1,0 +1,341 @@
+// Vector twins of the convolution rules (ConvolutionRules.h).
+//
+// General convolution: each lane is one output byte (a channel of a pixel),
+// so the taps of interleaved pixels are the same loads a pixel further on.
+// Output pixels whose every tap lies inside the row take the vector path
+// without per-tap tests; the few at either end take the scalar rule. Sums are
+// kept in 16-bit lanes when no weight is negative and no sum can pass 65535,
+// else in 32-bit lanes, whose wrap-around is the signed sum's; the quotient is
+// a multiply-high by the call's magic number, exact for every numerator.
+//
+// Box filter: the running sums run across lines, one lane per channel of
+// each of 16 / pixelBytes lines, so the transposed output of one sample is 16
+// contiguous bytes. Blocks of input are transposed in registers into a ring
+// of columns that keeps every column a span still needs.
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Convolution/ConvolutionKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "Convolution/ConvolutionKernels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+using convolution::ConvolveShape;
+
+// The one-lane HWY_SCALAR target lacks the interleaves and 64-bit products:
+// the rules serve there.
+#if HWY_TARGET != HWY_SCALAR
+namespace {
+
+// The high 32 bits of each lane's 64-bit product with the magic number, from
+// the even and odd lanes' full products.
+template <class D>
+hn::Vec<D> MulHigh32(D d, hn::Vec<D> a, hn::Vec<D> magic) {
+    const hn::Repartition<uint64_t, D> d64;
+    const auto even = hn::MulEven(a, magic);
+    const auto odd = hn::MulEven(hn::BitCast(d, hn::ShiftRight<32>(hn::BitCast(d64, a))), magic);
+    return hn::OddEven(hn::BitCast(d, odd), hn::BitCast(d, hn::ShiftRight<32>(even)));
+}
+
+// n / divisor in every lane, as MagicDivisor::Divide (divisor not 0).
+template <class D, unsigned kBits>
+struct LaneDivide {
+    hn::Vec<D> magic;
+    int shift1, shift2;
+    explicit LaneDivide(const convolution::MagicDivisor<kBits>& m)
+        : magic(hn::Set(D(), static_cast<hn::TFromD<D>>(m.magic))),
+          shift1(static_cast<int>(m.shift1)),
+          shift2(static_cast<int>(m.shift2)) {}
+    hn::Vec<D> High(hn::Vec<D> n) const {
+        if constexpr (kBits == 16) return hn::MulHigh(n, magic);
+        else return MulHigh32(D(), n, magic);
+    }
+    hn::Vec<D> operator()(hn::Vec<D> n) const {
+        const hn::Vec<D> t = High(n);
+        return hn::ShiftRightSame(hn::Add(t, hn::ShiftRightSame(hn::Sub(n, t), shift1)), shift2);
+    }
+};
+
+// Output bytes [begin, end) whose taps all lie inside the row, whole vectors
+// of them, kVectors side by side so each weight is broadcast once for them
+// all; returns where the vectors stopped.
+template <class DA, size_t kVectors, class Divide>
+size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
+                       const Divide& divide) {
+    const DA da;
+    const hn::Rebind<uint8_t, DA> d8;
+    using T = hn::TFromD<DA>;
+    const size_t lanes = hn::Lanes(da), P = s.pixelBytes, back = (s.kernelWidth / 2) * P;
+    size_t b = begin;
+    for (; b + kVectors * lanes <= end; b += kVectors * lanes) {
+        hn::Vec<DA> sum[kVectors];
+        for (size_t v = 0; v < kVectors; ++v) sum[v] = hn::Zero(da);
+        for (size_t i = 0; i < s.kernelHeight; ++i) {
+            if (rows[i] == nullptr) continue;
+            const uint8_t* p = rows[i] + b - back;
+            const int16_t* w = s.kernel + i * s.kernelWidth;
+            for (size_t j = 0; j < s.kernelWidth; ++j, p += P) {
+                const auto weight = hn::Set(da, static_cast<T>(static_cast<int32_t>(w[j])));
+                for (size_t v = 0; v < kVectors; ++v)
+                    sum[v] = hn::Add(sum[v], hn::Mul(hn::PromoteTo(da, hn::LoadU(d8, p + v * lanes)), weight));
+            }
+        }
+        for (size_t v = 0; v < kVectors; ++v) hn::StoreU(hn::TruncateTo(d8, divide(sum[v])), d8, out + b + v * lanes);
+    }
+    return b;
+}
+
+template <class DA, class Divide>
+size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
+                        const Divide& divide) {
+    const size_t lanes = hn::Lanes(DA());
+    const size_t b = ConvolveVectors<DA, 4>(rows, out, begin, end, s, divide);
+    const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide);
+    // The rest as one more vector ending at `end`, over bytes already
+    // written with the same values, rather than byte by byte.
+    if (done == end || end - begin < lanes) return done;
+    ConvolveVectors<DA, 1>(rows, out, end - lanes, end, s, divide);
+    return end;
+}
+
+// ---- Box filter ----------------------------------------------------------------
+
+using D8 = hn::Full128<uint8_t>;
+using Bytes = hn::Vec<D8>;
+
+// One interleave stage of the transpose, on lanes of T: vector i of the
+// first half pairs inputs 2i and 2i + 1 lane by lane from the bottom, the
+// second half from the top.
+template <class T, size_t count>
+void InterleaveStage(Bytes* v) {
+    const hn::Full128<T> dt;
+    const D8 d8;
+    Bytes t[count];
+    for (size_t i = 0; i < count / 2; ++i) {
+        const auto a = hn::BitCast(dt, v[2 * i]), b = hn::BitCast(dt, v[2 * i + 1]);
+        t[i] = hn::BitCast(d8, hn::InterleaveLower(dt, a, b));
+        t[i + count / 2] = hn::BitCast(d8, hn::InterleaveUpper(dt, a, b));
+    }
+    for (size_t i = 0; i < count; ++i) v[i] = t[i];
+}
+
+// Reverses the low `bits` bits of i.
+constexpr size_t ReverseBits(size_t i, unsigned bits) {
+    size_t r = 0;
+    for (unsigned k = 0; k < bits; ++k) r |= ((i >> k) & 1) << (bits - 1 - k);
+    return r;
+}
+
+// The running sums of one group of 16 / P lines from line y0, every line's
+// channels in lanes of their own. A group advances along its lines by
+// chunks, so that a pass can run several groups side by side and write
+// whole cache lines of the transposed output, whose lines lie a power of two
+// apart in the usual images and would otherwise evict one another.
+template <size_t P_>
+class BoxGroup {
+public:
+    static constexpr size_t L_ = 16 / P_;  // lines, and samples of each in a block
+    using D16 = hn::Full128<uint16_t>;
+
+    void start(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t y0) {
+        in_ = in, out_ = out, n_ = n, lines_ = lines, r_ = r, y0_ = y0, loaded_ = 0, x_ = 0;
+        // The ring holds what a span and a block ahead need, and no more, so
+        // the groups that run side by side keep their rings in the first cache.
+        ringMask_ = std::bit_ceil(2 * r + 2 * L_) - 1;
+        Gather(0, first_);
+        Gather(n_ - 1, last_);
+        const D16 d16;
+        auto sumLo = hn::Mul(Low(first_), hn::Set(d16, static_cast<uint16_t>(r_ + 1)));
+        auto sumHi = hn::Mul(High(first_), hn::Set(d16, static_cast<uint16_t>(r_ + 1)));
+        if (r_ > 1) LoadUpTo(r_ - 1);
+        for (size_t i = 1; i < r_; ++i) {
+            sumLo = hn::Add(sumLo, Low(Column(i)));
+            sumHi = hn::Add(sumHi, High(Column(i)));
+        }
+        hn::Store(sumLo, d16, sums_);
+        hn::Store(sumHi, d16, sums_ + 8);
+    }
+
+    // Outputs x_ .. end - 1, by the three loops of the running sum.
+    template <class Divide>
+    void advance(size_t end, const Divide& divide) {
+        const D16 d16;
+        auto sumLo = hn::Load(d16, sums_), sumHi = hn::Load(d16, sums_ + 8);
+        const hn::Full64<uint8_t> d8h;
+        auto emit = [&](size_t x) {
+            uint8_t* to = out_ + (x * lines_ + y0_) * P_;
+            hn::StoreU(hn::TruncateTo(d8h, divide(sumLo)), d8h, to);
+            hn::StoreU(hn::TruncateTo(d8h, divide(sumHi)), d8h, to + 8);
+        };
+        size_t x = x_;
+        for (; x < end && x < r_; ++x) {
+            LoadUpTo(x + r_);
+            sumLo = hn::Add(sumLo, hn::Sub(Low(Column(x + r_)), Low(first_)));
+            sumHi = hn::Add(sumHi, hn::Sub(High(Column(x + r_)), High(first_)));
+            emit(x);
+        }
+        for (; x < end && x + r_ < n_; ++x) {
+            LoadUpTo(x + r_);
+            sumLo = hn::Add(sumLo, hn::Sub(Low(Column(x + r_)), Low(Column(x - r_))));
+            sumHi = hn::Add(sumHi, hn::Sub(High(Column(x + r_)), High(Column(x - r_))));
+            emit(x);
+        }
+        for (; x < end; ++x) {
+            sumLo = hn::Add(sumLo, hn::Sub(Low(last_), Low(Column(x - r_))));
+            sumHi = hn::Add(sumHi, hn::Sub(High(last_), High(Column(x - r_))));
+            emit(x);
+        }
+        x_ = x;
+        hn::Store(sumLo, d16, sums_);
+        hn::Store(sumHi, d16, sums_ + 8);
+    }
+
+private:
+    // A span reaches 2r <= 256 columns back, and blocks load at most 16 ahead.
+    static constexpr size_t kRing = 512;
+    static_assert(kRing >= 256 + 2 * 16);
+
+    static hn::Vec<D16> Low(const uint8_t* c) { return hn::PromoteTo(D16(), hn::LoadU(hn::Full64<uint8_t>(), c)); }
+    static hn::Vec<D16> High(const uint8_t* c) { return Low(c + 8); }
+    const uint8_t* Column(size_t x) const { return ring_[x & ringMask_]; }
+
+    // Column x (x < n + 2) of the group, sample by sample; past the end of a
+    // line, the next line's samples, or on the last line its last sample.
+    void Gather(size_t x, uint8_t* to) const {
+        for (size_t l = 0; l < L_; ++l) {
+            const size_t y = y0_ + l;
+            const size_t at = x < n_ || y + 1 < lines_ ? y * n_ + x : y * n_ + n_ - 1;
+            std::memcpy(to + l * P_, in_ + at * P_, P_);
+        }
+    }
+
+    // Makes columns up to x available: whole blocks of 16 / P samples of
+    // every line transposed in registers, the rest gathered.
+    void LoadUpTo(size_t x) {
+        const size_t block = L_;
+        while (loaded_ <= x) {
+            if (loaded_ + block > n_) {
+                Gather(loaded_, ring_[loaded_ & ringMask_]);
+                ++loaded_;
+                continue;
+            }
+            const D8 d8;
+            Bytes v[L_];
+            for (size_t l = 0; l < L_; ++l) v[l] = hn::LoadU(d8, in_ + ((y0_ + l) * n_ + loaded_) * P_);
+            constexpr unsigned bits = P_ == 1 ? 4 : 2;
+            if constexpr (P_ == 1) {
+                InterleaveStage<uint8_t, L_>(v);
+                InterleaveStage<uint16_t, L_>(v);
+            }
+            InterleaveStage<uint32_t, L_>(v);
+            InterleaveStage<uint64_t, L_>(v);
+            for (size_t i = 0; i < L_; ++i) hn::Store(v[i], d8, ring_[(loaded_ + ReverseBits(i, bits)) & ringMask_]);
+            loaded_ += block;
+        }
+    }
+
+    const uint8_t* in_ = nullptr;
+    uint8_t* out_ = nullptr;
+    size_t n_ = 0, lines_ = 0, r_ = 0, y0_ = 0;
+    size_t loaded_ = 0, x_ = 0, ringMask_ = kRing - 1;
+    alignas(16) uint16_t sums_[16];
+    alignas(16) uint8_t first_[16], last_[16];
+    alignas(16) uint8_t ring_[kRing][16];
+};
+
+// Runs the groups of 16 / P lines sixteen at a time, 64 outputs of each in
+// turn: 256 bytes of each output line at a time.
+template <size_t P>
+void BoxGroups(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t groups) {
+    constexpr size_t kSideBySide = 16, kChunk = 64, kLines = BoxGroup<P>::L_;
+    const LaneDivide<hn::Full128<uint16_t>, 16> divide(
+        convolution::MagicDivisor<16>::For(static_cast<uint32_t>(2 * r)));
+    BoxGroup<P> side[kSideBySide];
+    for (size_t g = 0; g < groups; g += kSideBySide) {
+        const size_t count = std::min(kSideBySide, groups - g);
+        for (size_t k = 0; k < count; ++k) side[k].start(in, out, n, lines, r, (g + k) * kLines);
+        for (size_t x = 0; x < n; x += kChunk)
+            for (size_t k = 0; k < count; ++k) side[k].advance(std::min(n, x + kChunk), divide);
+    }
+}
+
+}  // namespace
+#endif
+
+void ConvolveRowVector(const uint8_t* const* rows, uint8_t* out, size_t first, size_t count,
+                       const ConvolveShape& s) {
+#if HWY_TARGET == HWY_SCALAR
+    convolution::ConvolveRow(rows, out, first, count, s);
+#else
+    const size_t P = s.pixelBytes, begin = first * P, end = (first + count) * P, half = s.kernelWidth / 2;
+    // A divisor of 0, or one above every possible 16-bit sum, gives 0 everywhere.
+    if (s.divisor == 0 || (s.sums16 && s.divisor > 0xFFFF)) {
+        std::memset(out + begin, 0, end - begin);
+        return;
+    }
+    // Bytes of the pixels whose taps all lie inside the row.
+    const size_t inside = s.width > 2 * half ? (s.width - half) * P : 0;
+    const size_t lo = std::max(begin, half * P), hi = std::min(end, inside);
+    size_t done = begin, stop = begin;
+    if (lo < hi) {
+        done = lo;
+        stop = s.sums16 ? ConvolveInterior<hn::ScalableTag<uint16_t>>(
+                              rows, out, lo, hi, s, LaneDivide<hn::ScalableTag<uint16_t>, 16>(s.divide16))
+                        : ConvolveInterior<hn::ScalableTag<uint32_t>>(
+                              rows, out, lo, hi, s, LaneDivide<hn::ScalableTag<uint32_t>, 32>(s.divide32));
+    }
+    for (size_t b = begin; b < done; ++b) out[b] = convolution::ConvolveByte(rows, b, s);
+    for (size_t b = stop; b < end; ++b) out[b] = convolution::ConvolveByte(rows, b, s);
+#endif
+}
+
+void BoxPassVector(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t pixelBytes) {
+#if HWY_TARGET == HWY_SCALAR
+    convolution::BoxPass(in, out, n, lines, r, pixelBytes);
+#else
+    if (pixelBytes != 1 && pixelBytes != 4) {
+        convolution::BoxPass(in, out, n, lines, r, pixelBytes);
+        return;
+    }
+    const size_t group = 16 / pixelBytes, groups = lines / group;
+    if (pixelBytes == 1) BoxGroups<1>(in, out, n, lines, r, groups);
+    else BoxGroups<4>(in, out, n, lines, r, groups);
+    convolution::BoxLines(in, out, n, lines, r, pixelBytes, groups * group, lines);
+#endif
+}
+
+}  // namespace quorin::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::convolution {
+
+HWY_EXPORT(ConvolveRowVector);
+HWY_EXPORT(BoxPassVector);
+
+const KernelPair<ConvolveRowKernel> kConvolveRowKernels{&ConvolveRow, HWY_DISPATCH_TABLE(ConvolveRowVector)};
+const KernelPair<BoxPassKernel> kBoxPassKernels{&BoxPass, HWY_DISPATCH_TABLE(BoxPassVector)};
+
+ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
+                                size_t kernelWidth, int32_t divisor) {
+    ConvolveShape s{width, pixelBytes, kernel, kernelHeight, kernelWidth, static_cast<uint32_t>(divisor), {}, {}, true};
+    uint64_t weights = 0;
+    for (size_t i = 0; i < kernelHeight * kernelWidth; ++i) {
+        if (kernel[i] < 0) s.sums16 = false;
+        else weights += static_cast<uint64_t>(kernel[i]);
+    }
+    if (weights * 255 > 0xFFFF) s.sums16 = false;
+    s.divide32 = MagicDivisor<32>::For(s.divisor);
+    if (s.divisor <= 0xFFFF) s.divide16 = MagicDivisor<16>::For(s.divisor);
+    return s;
+}
+
+}  // namespace quorin::convolution
+#endif
