@@ -2,6 +2,7 @@
 
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
+#include "quorin/Geometry.h"
 
 namespace quorin::fuzz {
 namespace {
@@ -23,6 +24,11 @@ constexpr Quorin_Flags kLayout = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryT
 
 // Channel operations refuse no flag; only single-threaded has an effect.
 constexpr Quorin_Flags kChannels = kQuorinFlag_SingleThreaded;
+
+// Scaling refuses no flag; high quality and the size query act.
+constexpr Quorin_Flags kScale = kQuorinFlag_HighQualityResampling | kQuorinFlag_QueryTempSize;
+// Quarter turns refuse no flag; the size query answers 0.
+constexpr Quorin_Flags kRotate = kQuorinFlag_QueryTempSize;
 
 constexpr Member kMembers[] = {
     // Straight-colour blends.
@@ -116,6 +122,17 @@ constexpr Member kMembers[] = {
     QUORIN_ROW(QuorinExtractChannel_ARGB8888, kChannels, S(k8x4), W(k8)),
     QUORIN_ROW(QuorinExtractChannel_ARGB16U, kChannels, S(k16x4), W(k16)),
     QUORIN_ROW(QuorinExtractChannel_ARGBFFFF, kChannels, S(kFx4), W(kF)),
+    // Scaling and quarter turns.
+    QUORIN_ROW(QuorinScale_ARGB8888, kScale, S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinScale_ARGB16U, kScale, S(k16x4), D(k16x4)),
+    QUORIN_ROW(QuorinScale_ARGB16S, kScale, S(k16x4), D(k16x4)),
+    QUORIN_ROW(QuorinScale_ARGBFFFF, kScale, S(kFx4), D(kFx4)),
+    QUORIN_ROW(QuorinScale_Planar8, kScale, S(k8), D(k8)),
+    QUORIN_ROW(QuorinScale_Planar16S, kScale, S(k16), D(k16)),
+    QUORIN_ROW(QuorinScale_Planar16U, kScale, S(k16), D(k16)),
+    QUORIN_ROW(QuorinScale_PlanarF, kScale, S(kF), D(kF)),
+    QUORIN_ROW(QuorinRotate90_ARGB8888, kRotate, S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinRotate90_ARGBFFFF, kRotate, S(kFx4), D(kFx4)),
 };
 
 #undef QUORIN_ROW

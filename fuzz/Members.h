@@ -117,6 +117,8 @@ struct Feeder {
         else if constexpr (std::is_same_v<T, int>) return args.index;
         else if constexpr (std::is_same_v<T, const uint8_t*>) return args.values;
         else if constexpr (std::is_same_v<T, const uint16_t*>) return reinterpret_cast<const uint16_t*>(args.values);
+        // Scratch memory: null, so the member sizes and allocates its own.
+        else if constexpr (std::is_same_v<T, void*>) return nullptr;
         else static_assert(sizeof(T) == 0, "a parameter type the fuzzer cannot draw");
     }
 };
@@ -156,7 +158,7 @@ constexpr uint8_t ExtraOf() {
 // The flags, last, are drawn on their own and are not an extra.
 template <class... A, size_t... I>
 constexpr uint8_t ExtrasIndexed(std::index_sequence<I...>) {
-    return static_cast<uint8_t>((0 | ... | (I + 1 == sizeof...(A) ? kNoExtra : ExtraOf<A>())));
+    return static_cast<uint8_t>((0 | ... | (I + 1 == sizeof...(A) ? uint8_t{kNoExtra} : ExtraOf<A>())));
 }
 
 template <class... A>

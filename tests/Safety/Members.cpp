@@ -3,6 +3,7 @@
 #include "Alpha/BlendMembers.h"
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
+#include "Geometry/GeometryMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 
@@ -69,6 +70,30 @@ std::vector<SafetyMember> ChannelMembers() {
                                    false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); },
                                    nullCode});
         }
+    }
+    return members;
+}
+
+// Scaling and quarter turns, from their tables: equal sizes (a copy) and
+// a quarter turn with a background; both answer size queries first.
+std::vector<SafetyMember> GeometryMembers() {
+    static const float kBackground[4] = {0.5f, -1.0f, 2.0f, 0.25f};
+    std::vector<SafetyMember> members;
+    for (const geometry::ScaleMember* m : geometry::kScaleMembers) {
+        const size_t bytes = m->format.pixelBytes();
+        SafetyMember row{m->name, {In(bytes), Out(bytes)}, false,
+                         [m](B b, F f, R, R) { return m->entry(b[0], b[1], nullptr, f); }, kQuorinError_BadArgument};
+        row.refusalCode = kQuorinError_InvalidRowBytes;
+        row.answersQueries = true;
+        members.push_back(std::move(row));
+    }
+    for (const geometry::Rotate90Member* m : geometry::kRotate90Members) {
+        const size_t bytes = m->format.pixelBytes();
+        SafetyMember row{m->name, {In(bytes), Out(bytes)}, false,
+                         [m](B b, F f, R, R) { return m->entry(b[0], b[1], 1, kBackground, f); },
+                         kQuorinError_BadArgument};
+        row.answersQueries = true;
+        members.push_back(std::move(row));
     }
     return members;
 }
@@ -140,6 +165,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         std::vector<SafetyMember> all = AlphaMembers();
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : GeometryMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;

@@ -43,6 +43,11 @@ struct SafetyMember {
     // The code a null pixel pointer gets, for members whose family answers
     // it differently from member to member (0: the test knows the family's).
     Quorin_Error nullCode = kQuorinSuccess;
+    // The code of a record that cannot describe its image (scaling refuses
+    // it at its own rowBytes test, with -21777).
+    Quorin_Error refusalCode = kQuorinError_BadArgument;
+    // Whether a size query is answered before the refusal of such a record.
+    bool answersQueries = false;
 
     Quorin_Error run(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max = kWideMax,
                      const float* min = kWideMin) const {
