@@ -6,8 +6,11 @@
 // Layouts:
 //  - vertical pass: the lanes are consecutive samples of the output row;
 //    each tap adds one source row's samples times the tap's weight;
-//  - horizontal pass, four channels: one output pixel per 128-bit vector,
-//    its four channels in the lanes (two vectors of two lanes for doubles);
+//  - horizontal pass, four 8-bit channels: consecutive output pixels in the
+//    lanes, their taps' pixels gathered as 32-bit words, one sum a channel;
+//  - horizontal pass, other four-channel formats: one output pixel per
+//    128-bit vector, its channels in the lanes (two vectors of two lanes
+//    for doubles);
 //  - horizontal pass, one channel: the lanes are consecutive output pixels,
 //    whose taps' samples and weights are gathered lane by lane.
 // Samples that do not fill a vector are done by the scalar rule. The one-lane
@@ -60,28 +63,33 @@ struct VectorSum {
 
     static HWY_INLINE V Add(V acc, V w, V x) { return hn::Add(acc, hn::Mul(w, x)); }
 
+    // Integer formats: the stored values, clamped, as signed 32-bit lanes.
+    static HWY_INLINE hn::Vec<hn::RebindToSigned<D>> Finish(D d, V acc) {
+        const hn::RebindToSigned<D> di;
+        hn::Vec<decltype(di)> v;
+        if constexpr (A == Arithmetic::Fixed) {
+            (void)d;
+            v = hn::ShiftRight<14>(hn::Add(acc, hn::Set(di, 16383)));
+        } else {
+            // trunc((double)acc + 0.5): the addition is exact in double, so
+            // for acc >= 0.5 it is trunc(acc) plus 1 when acc's fraction
+            // (exact in float) is at least one half; below 0.5 the result
+            // is at most 0 and clamps to 0.
+            const auto whole = hn::ConvertTo(di, acc);
+            const auto fraction = hn::Sub(acc, hn::ConvertTo(d, whole));
+            const auto half = hn::Set(d, 0.5f);
+            const auto up = hn::RebindMask(di, hn::Ge(fraction, half));
+            v = hn::IfThenElse(up, hn::Add(whole, hn::Set(di, 1)), whole);
+            v = hn::IfThenZeroElse(hn::RebindMask(di, hn::Lt(acc, half)), v);
+        }
+        return hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, kMaxSample<T>));
+    }
+
     // Stores Lanes(d) results at out.
     static HWY_INLINE void Store(D d, V acc, uint8_t* out) {
         T* o = reinterpret_cast<T*>(out);
         if constexpr (A == Arithmetic::Fixed || A == Arithmetic::Float) {
-            const hn::RebindToSigned<D> di;
-            hn::Vec<decltype(di)> v;
-            if constexpr (A == Arithmetic::Fixed) {
-                v = hn::ShiftRight<14>(hn::Add(acc, hn::Set(di, 16383)));
-            } else {
-                // trunc((double)acc + 0.5): the addition is exact in double, so
-                // for acc >= 0.5 it is trunc(acc) plus 1 when acc's fraction
-                // (exact in float) is at least one half; below 0.5 the result
-                // is at most 0 and clamps to 0.
-                const auto whole = hn::ConvertTo(di, acc);
-                const auto fraction = hn::Sub(acc, hn::ConvertTo(d, whole));
-                const auto half = hn::Set(d, 0.5f);
-                const auto up = hn::RebindMask(di, hn::Ge(fraction, half));
-                v = hn::IfThenElse(up, hn::Add(whole, hn::Set(di, 1)), whole);
-                v = hn::IfThenZeroElse(hn::RebindMask(di, hn::Lt(acc, half)), v);
-            }
-            v = hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, kMaxSample<T>));
-            hn::StoreU(hn::DemoteTo(DT(), v), DT(), o);
+            hn::StoreU(hn::DemoteTo(DT(), Finish(d, acc)), DT(), o);
         } else if constexpr (A == Arithmetic::Double) {
             hn::StoreU(CanonicalNaNs(hn::DemoteTo(DT(), acc)), DT(), o);
         } else {
@@ -181,9 +189,58 @@ void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
     }
 }
 
+// Four 8-bit channels: consecutive output pixels in the lanes, each tap's
+// source pixels gathered as 32-bit words and its weights gathered from the
+// table; one accumulator per channel.
+template <Arithmetic A, size_t kTaps>
+void HorizontalWordsVector(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using W = Weight<A>;
+    const AccTag<A> d;
+    const hn::RebindToSigned<decltype(d)> di;
+    using Sum = VectorSum<A, uint8_t, AccTag<A>>;
+    const size_t N = hn::Lanes(d);
+    const auto* indices = reinterpret_cast<const int32_t*>(job.indices);
+    const auto* weights = reinterpret_cast<const W*>(job.weights);
+    const auto entryStep = hn::Mul(hn::Iota(di, 0), hn::Set(di, static_cast<int32_t>(kTaps)));
+    const auto byteMask = hn::Set(di, 0xFF);
+    // Each group of N outputs gathers its taps' positions and weights once
+    // and walks every row with them.
+    size_t x = x0;
+    for (; x + N <= x0 + w; x += N) {
+        hn::Vec<decltype(di)> positions[kTaps];
+        hn::Vec<decltype(d)> wv[kTaps];
+        for (size_t j = 0; j < kTaps; ++j) {
+            const auto entry = hn::Add(entryStep, hn::Set(di, static_cast<int32_t>(x * kTaps + j)));
+            positions[j] = hn::GatherIndex(di, indices, entry);
+            wv[j] = hn::GatherIndex(d, weights, entry);
+        }
+        for (size_t y = y0; y < y0 + h; ++y) {
+            const auto* src = reinterpret_cast<const int32_t*>(job.src + y * job.srcRowBytes);
+            hn::Vec<decltype(d)> acc[4] = {hn::Zero(d), hn::Zero(d), hn::Zero(d), hn::Zero(d)};
+            for (size_t j = 0; j < kTaps; ++j) {
+                const auto words = hn::GatherIndex(di, src, positions[j]);
+                for (int c = 0; c < 4; ++c) {
+                    const auto channel = hn::And(hn::ShiftRightSame(words, 8 * c), byteMask);
+                    if constexpr (A == Arithmetic::Fixed) {
+                        acc[c] = Sum::Add(acc[c], wv[j], channel);
+                    } else {
+                        acc[c] = Sum::Add(acc[c], wv[j], hn::ConvertTo(d, channel));
+                    }
+                }
+            }
+            auto out = Sum::Finish(d, acc[0]);
+            for (int c = 1; c < 4; ++c) out = hn::Or(out, hn::ShiftLeftSame(Sum::Finish(d, acc[c]), 8 * c));
+            hn::StoreU(out, di, reinterpret_cast<int32_t*>(job.dst + y * job.dstRowBytes + x * 4));
+        }
+    }
+    if (x < x0 + w) HorizontalPixelsVector<kARGB8888, A, kTaps>(job, x, y0, x0 + w - x, h);
+}
+
 void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
-        if constexpr (F.channels == 4) {
+        if constexpr (F.channels == 4 && F.sample == SampleKind::U8) {
+            HorizontalWordsVector<A, kTaps>(job, x0, y0, w, h);
+        } else if constexpr (F.channels == 4) {
             HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);
         } else {
             HorizontalPlaneVector<F, A, kTaps>(job, x0, y0, w, h);
