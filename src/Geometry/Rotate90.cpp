@@ -85,12 +85,14 @@ Quorin_Error Rotate90(const Quorin_Buffer* src, const Quorin_Buffer* dest, uint8
             // source rows. Rotation 1 writes rows upward from the bottom,
             // rotation 3 each row from its right end leftward.
             const uint8_t* origin = s + x.crop * sr + y.crop * kBytes;
+            TransposeKernel transpose = &TransposeBlocked<kBytes>;
+            if constexpr (kBytes == 4) transpose = kTransposeWords.choose();
             if (rotation == 1) {
-                TransposeBlocked<kBytes>(origin, sr, d + (H - 1 - y.offset) * dr + x.offset * kBytes,
-                                         -static_cast<ptrdiff_t>(dr), static_cast<ptrdiff_t>(kBytes), cw, ch);
+                transpose(origin, sr, d + (H - 1 - y.offset) * dr + x.offset * kBytes, -static_cast<ptrdiff_t>(dr),
+                          static_cast<ptrdiff_t>(kBytes), cw, ch);
             } else {
-                TransposeBlocked<kBytes>(origin, sr, d + y.offset * dr + (W - 1 - x.offset) * kBytes,
-                                         static_cast<ptrdiff_t>(dr), -static_cast<ptrdiff_t>(kBytes), cw, ch);
+                transpose(origin, sr, d + y.offset * dr + (W - 1 - x.offset) * kBytes, static_cast<ptrdiff_t>(dr),
+                          -static_cast<ptrdiff_t>(kBytes), cw, ch);
             }
         }
     }

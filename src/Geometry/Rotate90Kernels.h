@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "Core/KernelPair.h"
+
 namespace quorin::geometry {
 
 template <size_t kBytes>
@@ -45,5 +47,12 @@ void TransposeBlocked(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptr
         }
     }
 }
+
+using TransposeKernel = void (*)(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
+                                 ptrdiff_t destPixelStep, size_t across, size_t down);
+
+// Four-byte pixels: TransposeBlocked<4> and its vector twin of 4 x 4 tiles
+// (Rotate90Kernels.cpp), the same bytes either way.
+extern const KernelPair<TransposeKernel> kTransposeWords;
 
 }  // namespace quorin::geometry

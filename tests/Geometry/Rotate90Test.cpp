@@ -10,6 +10,7 @@
 #include "support/CheckOrder.h"
 #include "support/Codes.h"
 #include "support/GuardedImage.h"
+#include "support/Variants.h"
 
 namespace quorin::test {
 namespace {
@@ -60,12 +61,18 @@ void ExpectTurn(const Rotate90Member& m, size_t sw, size_t sh, size_t dw, size_t
     std::vector<uint8_t> background(bytes);
     for (size_t k = 0; k < bytes; ++k) background[k] = static_cast<uint8_t>(0x30 + k);
     const auto want = Expected(src, dest, r, withBackground ? &background : nullptr);
-    ASSERT_EQ(m.entry(src.record(), dest.record(), static_cast<uint8_t>(r),
-                      withBackground ? background.data() : nullptr, 0),
-              kQuorinSuccess);
-    EXPECT_EQ(dest.damagedGuard(), "");
-    for (size_t y = 0; y < dh; ++y)
-        for (size_t x = 0; x < dw; ++x) ASSERT_EQ(PixelAt(dest, x, y), want[y * dw + x]) << "at " << x << "," << y;
+    const GuardedImage before = dest;
+    for (const Variant& v : KernelVariants()) {  // the scalar moves and each vector unit's
+        SCOPED_TRACE(v.name);
+        VariantScope scope(v);
+        dest = before;
+        ASSERT_EQ(m.entry(src.record(), dest.record(), static_cast<uint8_t>(r),
+                          withBackground ? background.data() : nullptr, 0),
+                  kQuorinSuccess);
+        EXPECT_EQ(dest.damagedGuard(), "");
+        for (size_t y = 0; y < dh; ++y)
+            for (size_t x = 0; x < dw; ++x) ASSERT_EQ(PixelAt(dest, x, y), want[y * dw + x]) << "at " << x << "," << y;
+    }
 }
 
 TEST(Rotate90, EveryTurnEveryCropAndOffsetParity) {
