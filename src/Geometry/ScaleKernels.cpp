@@ -168,25 +168,31 @@ void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
     const size_t N = hn::Lanes(d);
     HWY_ALIGN Lane samples[HWY_LANES(Lane)];
     HWY_ALIGN Lane weights[HWY_LANES(Lane)];
-    for (size_t y = y0; y < y0 + h; ++y) {
-        const uint8_t* src = job.src + y * job.srcRowBytes;
-        uint8_t* dst = job.dst + y * job.dstRowBytes;
-        size_t x = x0;
-        for (; x + N <= x0 + w; x += N) {
+    size_t positions[kTaps][HWY_LANES(Lane)];
+    // Each group of N outputs reads its taps' positions and weights once and
+    // walks every row with them.
+    size_t x = x0;
+    for (; x + N <= x0 + w; x += N) {
+        hn::Vec<AccTag<A>> wv[kTaps];
+        for (size_t j = 0; j < kTaps; ++j) {
+            for (size_t k = 0; k < N; ++k) {
+                const size_t entry = (x + k) * kTaps + j;
+                positions[j][k] = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + entry * 4));
+                weights[k] = static_cast<Lane>(ReadUnaligned<W>(job.weights + entry * sizeof(W)));
+            }
+            wv[j] = hn::Load(d, weights);
+        }
+        for (size_t y = y0; y < y0 + h; ++y) {
+            const uint8_t* src = job.src + y * job.srcRowBytes;
             auto acc = hn::Zero(d);
             for (size_t j = 0; j < kTaps; ++j) {
-                for (size_t k = 0; k < N; ++k) {
-                    const size_t entry = (x + k) * kTaps + j;
-                    const size_t index = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + entry * 4));
-                    samples[k] = Sum::Convert(SampleAt<T>(src, index));
-                    weights[k] = static_cast<Lane>(ReadUnaligned<W>(job.weights + entry * sizeof(W)));
-                }
-                acc = Sum::Add(acc, hn::Load(d, weights), hn::Load(d, samples));
+                for (size_t k = 0; k < N; ++k) samples[k] = Sum::Convert(SampleAt<T>(src, positions[j][k]));
+                acc = Sum::Add(acc, wv[j], hn::Load(d, samples));
             }
-            Sum::Store(d, acc, dst + x * sizeof(T));
+            Sum::Store(d, acc, job.dst + y * job.dstRowBytes + x * sizeof(T));
         }
-        if (x < x0 + w) HorizontalPassScalar<F, A, kTaps>(job, x, y, x0 + w - x, 1);
     }
+    if (x < x0 + w) HorizontalPassScalar<F, A, kTaps>(job, x, y0, x0 + w - x, h);
 }
 
 // Four 8-bit channels: consecutive output pixels in the lanes, each tap's
