@@ -33,6 +33,25 @@ using quorin::HWY_NAMESPACE::CanonicalNaNs;
 
 #if HWY_TARGET != HWY_SCALAR
 
+// GatherIndex from a base that may not be aligned to the lanes (rows and a
+// caller's scratch need no alignment): the native gathers load any address;
+// where Highway emulates them it would read through a typed pointer, so the
+// lanes are copied as bytes instead.
+template <class D, class VI>
+HWY_INLINE hn::Vec<D> GatherUnaligned(D d, const void* base, VI index) {
+    using T = hn::TFromD<D>;
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return hn::GatherIndex(d, static_cast<const T*>(base), index);
+#else
+    HWY_ALIGN hn::TFromV<VI> positions[HWY_LANES(T)];
+    HWY_ALIGN T lanes[HWY_LANES(T)];
+    hn::Store(index, hn::DFromV<VI>(), positions);
+    for (size_t k = 0; k < hn::Lanes(d); ++k)
+        lanes[k] = ReadUnaligned<T>(static_cast<const uint8_t*>(base) + static_cast<size_t>(positions[k]) * sizeof(T));
+    return hn::Load(d, lanes);
+#endif
+}
+
 // The accumulator's lane type of an arithmetic.
 template <Arithmetic A> struct AccLaneOf { using Type = float; };
 template <> struct AccLaneOf<Arithmetic::Fixed> { using Type = int32_t; };
@@ -200,13 +219,14 @@ void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
 // table; one accumulator per channel.
 template <Arithmetic A, size_t kTaps>
 void HorizontalWordsVector(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
-    using W = Weight<A>;
+    // The accumulators' lanes have the weights' type (int32 or float).
+    static_assert(std::is_same_v<Weight<A>, typename AccLaneOf<A>::Type>);
     const AccTag<A> d;
     const hn::RebindToSigned<decltype(d)> di;
     using Sum = VectorSum<A, uint8_t, AccTag<A>>;
     const size_t N = hn::Lanes(d);
-    const auto* indices = reinterpret_cast<const int32_t*>(job.indices);
-    const auto* weights = reinterpret_cast<const W*>(job.weights);
+    const uint8_t* indices = job.indices;
+    const uint8_t* weights = job.weights;
     const auto entryStep = hn::Mul(hn::Iota(di, 0), hn::Set(di, static_cast<int32_t>(kTaps)));
     const auto byteMask = hn::Set(di, 0xFF);
     // Each group of N outputs gathers its taps' positions and weights once
@@ -217,14 +237,14 @@ void HorizontalWordsVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
         hn::Vec<decltype(d)> wv[kTaps];
         for (size_t j = 0; j < kTaps; ++j) {
             const auto entry = hn::Add(entryStep, hn::Set(di, static_cast<int32_t>(x * kTaps + j)));
-            positions[j] = hn::GatherIndex(di, indices, entry);
-            wv[j] = hn::GatherIndex(d, weights, entry);
+            positions[j] = GatherUnaligned(di, indices, entry);
+            wv[j] = GatherUnaligned(d, weights, entry);
         }
         for (size_t y = y0; y < y0 + h; ++y) {
-            const auto* src = reinterpret_cast<const int32_t*>(job.src + y * job.srcRowBytes);
+            const uint8_t* src = job.src + y * job.srcRowBytes;
             hn::Vec<decltype(d)> acc[4] = {hn::Zero(d), hn::Zero(d), hn::Zero(d), hn::Zero(d)};
             for (size_t j = 0; j < kTaps; ++j) {
-                const auto words = hn::GatherIndex(di, src, positions[j]);
+                const auto words = GatherUnaligned(di, src, positions[j]);
                 for (int c = 0; c < 4; ++c) {
                     const auto channel = hn::And(hn::ShiftRightSame(words, 8 * c), byteMask);
                     if constexpr (A == Arithmetic::Fixed) {

@@ -9,6 +9,7 @@
 #include <limits>
 #include <vector>
 
+#include "Core/GridSplit.h"
 #include "Geometry/GeometryMembers.h"
 #include "Geometry/ScaleReference.h"
 #include "support/CheckOrder.h"
@@ -208,6 +209,23 @@ TEST(Scale, SignedResultsBelowZeroAreStoredAsZeroAndFloatsAreNotClamped) {
             }
         EXPECT_LT(lo, -1.0f);
         EXPECT_GT(hi, 2.0f);
+    }
+}
+
+TEST(Scale, PassesSplitFromSixtyFourThousandOutputPixelsCountedInThirtyTwoBits) {
+    EXPECT_TRUE(WantsGrid(250, 256));   // 64000
+    EXPECT_FALSE(WantsGrid(255, 250));  // 63750
+    EXPECT_FALSE(WantsGrid(65536, 65536));  // wraps to 0
+    // Split or not, and whatever the single-threaded bit says, the bytes are
+    // those of one piece on the calling thread.
+    for (const Shape s : {Shape{300, 256, 250, 256}, Shape{300, 250, 255, 250}}) {
+        GuardedImage src(s.sw, s.sh, 4);
+        src.fillRandom(11);
+        ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+            GuardedImage dest(s.dw, s.dh, 4);
+            EXPECT_EQ(QuorinScale_ARGB8888(src.record(), dest.record(), nullptr, flags), kQuorinSuccess);
+            return dest.pixels();
+        });
     }
 }
 
