@@ -25,7 +25,9 @@ constexpr Quorin_Flags kLayout = kQuorinFlag_SingleThreaded | kQuorinFlag_QueryT
 // Channel operations refuse no flag; only single-threaded has an effect.
 constexpr Quorin_Flags kChannels = kQuorinFlag_SingleThreaded;
 
-// Scaling refuses no flag; high quality and the size query act.
+// Scaling refuses no flag; high quality and the size query act. Equal sizes
+// with equal rowBytes are one block copy, so the destination's padding is
+// written too.
 constexpr Quorin_Flags kScale = kQuorinFlag_HighQualityResampling | kQuorinFlag_QueryTempSize;
 // Quarter turns refuse no flag; the size query answers 0.
 constexpr Quorin_Flags kRotate = kQuorinFlag_QueryTempSize;
@@ -123,14 +125,14 @@ constexpr Member kMembers[] = {
     QUORIN_ROW(QuorinExtractChannel_ARGB16U, kChannels, S(k16x4), W(k16)),
     QUORIN_ROW(QuorinExtractChannel_ARGBFFFF, kChannels, S(kFx4), W(kF)),
     // Scaling and quarter turns.
-    QUORIN_ROW(QuorinScale_ARGB8888, kScale, S(k8x4), D(k8x4)),
-    QUORIN_ROW(QuorinScale_ARGB16U, kScale, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinScale_ARGB16S, kScale, S(k16x4), D(k16x4)),
-    QUORIN_ROW(QuorinScale_ARGBFFFF, kScale, S(kFx4), D(kFx4)),
-    QUORIN_ROW(QuorinScale_Planar8, kScale, S(k8), D(k8)),
-    QUORIN_ROW(QuorinScale_Planar16S, kScale, S(k16), D(k16)),
-    QUORIN_ROW(QuorinScale_Planar16U, kScale, S(k16), D(k16)),
-    QUORIN_ROW(QuorinScale_PlanarF, kScale, S(kF), D(kF)),
+    QUORIN_ROW(QuorinScale_ARGB8888, kScale, S(k8x4), W(k8x4)),
+    QUORIN_ROW(QuorinScale_ARGB16U, kScale, S(k16x4), W(k16x4)),
+    QUORIN_ROW(QuorinScale_ARGB16S, kScale, S(k16x4), W(k16x4)),
+    QUORIN_ROW(QuorinScale_ARGBFFFF, kScale, S(kFx4), W(kFx4)),
+    QUORIN_ROW(QuorinScale_Planar8, kScale, S(k8), W(k8)),
+    QUORIN_ROW(QuorinScale_Planar16S, kScale, S(k16), W(k16)),
+    QUORIN_ROW(QuorinScale_Planar16U, kScale, S(k16), W(k16)),
+    QUORIN_ROW(QuorinScale_PlanarF, kScale, S(kF), W(kF)),
     QUORIN_ROW(QuorinRotate90_ARGB8888, kRotate, S(k8x4), D(k8x4)),
     QUORIN_ROW(QuorinRotate90_ARGBFFFF, kRotate, S(kFx4), D(kFx4)),
 };

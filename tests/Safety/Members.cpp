@@ -75,13 +75,15 @@ std::vector<SafetyMember> ChannelMembers() {
 }
 
 // Scaling and quarter turns, from their tables: equal sizes (a copy) and
-// a quarter turn with a background; both answer size queries first.
+// a quarter turn with a background; both answer size queries before they
+// refuse a record.
 std::vector<SafetyMember> GeometryMembers() {
     static const float kBackground[4] = {0.5f, -1.0f, 2.0f, 0.25f};
     std::vector<SafetyMember> members;
     for (const geometry::ScaleMember* m : geometry::kScaleMembers) {
         const size_t bytes = m->format.pixelBytes();
-        SafetyMember row{m->name, {In(bytes), Out(bytes)}, false,
+        // Equal sizes with equal rowBytes are one block copy, padding included.
+        SafetyMember row{m->name, {In(bytes), Arg{bytes, Use::WrittenWithPadding}}, false,
                          [m](B b, F f, R, R) { return m->entry(b[0], b[1], nullptr, f); }, kQuorinError_BadArgument};
         row.refusalCode = kQuorinError_InvalidRowBytes;
         row.answersQueries = true;
