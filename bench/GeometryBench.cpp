@@ -3,11 +3,15 @@
 // cv::resize (cubic, Lanczos-4, area) and libyuv ARGBScale (box, bilinear);
 // quarter turns of 4096 x 4096 against cv::rotate and libyuv ARGBRotate.
 // Scaling never reads the single-threaded flag, so its single-threaded rows
-// pretend the machine has one processor. Rows come from the members' tables.
+// pretend the machine has one processor. Scaling rows pass scratch memory of
+// the queried size, made once, as a caller that scales repeatedly would: a
+// fresh allocation each call would time the system's page faults. Rows come
+// from the members' tables.
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "BenchSupport.h"
 #include "Core/Dispatch.h"
@@ -48,12 +52,22 @@ std::string PeerName(const char* peer, const Change& c) { return std::string(pee
 struct Images {
     size_t from, to, pixelBytes;
     bool floats;
-    std::unique_ptr<OwnedImage> src, dest;
+    std::unique_ptr<OwnedImage> src{}, dest{};
+    std::vector<uint8_t> scratch{};
     void prepare() {
         if (src) return;
         src = std::make_unique<OwnedImage>(from, from, pixelBytes, 1);
         dest = std::make_unique<OwnedImage>(to, to, pixelBytes, 2);
         if (floats) src->fillUnitFloats();
+    }
+    // Scratch for the larger of the two arithmetics' needs.
+    void prepareScratch(const ScaleMember& m) {
+        prepare();
+        for (const Quorin_Flags quality : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_HighQualityResampling}}) {
+            const Quorin_Error size = m.entry(&src->buffer, &dest->buffer, nullptr, quality | kQuorinFlag_QueryTempSize);
+            if (size < 0) std::abort();
+            if (static_cast<size_t>(size) > scratch.size()) scratch.assign(static_cast<size_t>(size), 0);
+        }
     }
 };
 
@@ -87,11 +101,13 @@ void RegisterScaleRows() {
                                              ? PeerName(c.to < c.from ? kCubic : kLanczos, c)
                                              : std::string();
                 const auto body = [images, &m, quality] {
-                    Require(m.name, m.entry(&images->src->buffer, &images->dest->buffer, nullptr, quality));
+                    Require(m.name,
+                            m.entry(&images->src->buffer, &images->dest->buffer, images->scratch.data(), quality));
                 };
                 RegisterRow({operation, c.to, c.to, Split::Single, moved}, body, peer,
-                            [images] { images->prepare(), OneProcessor(); }, AllProcessors);
-                RegisterRow({operation, c.to, c.to, Split::Default, moved}, body, {}, [images] { images->prepare(); });
+                            [images, &m] { images->prepareScratch(m), OneProcessor(); }, AllProcessors);
+                RegisterRow({operation, c.to, c.to, Split::Default, moved}, body, {},
+                            [images, &m] { images->prepareScratch(m); });
             }
         }
     }
