@@ -15,6 +15,7 @@
 #include "quorin/Utilities.h"
 #include "quorin/Histogram.h"
 #include "quorin/Transform.h"
+#include "quorin/Geometry.h"
 
 namespace quorin::fuzz {
 namespace {
@@ -103,6 +104,13 @@ constexpr Member ConvolutionRow() {
             kWord | kIndex | kValues};
 }
 
+// Scaling refuses no flag; high quality and the size query act. Equal sizes
+// with equal rowBytes are one block copy, so the destination's padding is
+// written too.
+constexpr Quorin_Flags kScale = kQuorinFlag_HighQualityResampling | kQuorinFlag_QueryTempSize;
+// Quarter turns refuse no flag; the size query answers 0.
+constexpr Quorin_Flags kRotate = kQuorinFlag_QueryTempSize;
+
 // Rows written by hand, for families without a member table; a family that
 // has one gets its rows from it (TableRows below).
 const std::vector<Member> kMembers = {
@@ -120,6 +128,17 @@ const std::vector<Member> kMembers = {
     ConvolutionRow<convolution::kBoxConvolveARGB8888>(),
     ConvolutionRow<convolution::kTentConvolvePlanar8>(),
     ConvolutionRow<convolution::kTentConvolveARGB8888>(),
+    // Scaling and quarter turns.
+    QUORIN_ROW(QuorinScale_ARGB8888, kScale, S(k8x4), W(k8x4)),
+    QUORIN_ROW(QuorinScale_ARGB16U, kScale, S(k16x4), W(k16x4)),
+    QUORIN_ROW(QuorinScale_ARGB16S, kScale, S(k16x4), W(k16x4)),
+    QUORIN_ROW(QuorinScale_ARGBFFFF, kScale, S(kFx4), W(kFx4)),
+    QUORIN_ROW(QuorinScale_Planar8, kScale, S(k8), W(k8)),
+    QUORIN_ROW(QuorinScale_Planar16S, kScale, S(k16), W(k16)),
+    QUORIN_ROW(QuorinScale_Planar16U, kScale, S(k16), W(k16)),
+    QUORIN_ROW(QuorinScale_PlanarF, kScale, S(kF), W(kF)),
+    QUORIN_ROW(QuorinRotate90_ARGB8888, kRotate, S(k8x4), D(k8x4)),
+    QUORIN_ROW(QuorinRotate90_ARGBFFFF, kRotate, S(kFx4), D(kFx4)),
 };
 
 #undef QUORIN_ROW

@@ -38,6 +38,116 @@ typedef struct Quorin_OrlAffineTransform {
     float ty;
 } Quorin_OrlAffineTransform;
 
+/* ---- Scale ----------------------------------------------------------------
+ * Resizes the whole source to the whole destination (its width and height
+ * are the target size). Each axis whose length changes is resampled by its
+ * own pass, horizontal first: a shrinking axis with a 5-tap cubic B-spline,
+ * a growing one with a 7-tap Lanczos-3 (the kernel is not widened when
+ * shrinking, so strong reductions skip source samples). Output sample i of
+ * an axis of S source samples and D destination samples sits at i * S / D
+ * less min(S/D, D/S): the library's own alignment, not the pixel-centre
+ * rule. Edges repeat the first and last samples; weights are not
+ * renormalised. Channels are filtered independently, alpha like the others.
+ *
+ * Arithmetic: integer formats sum 14-bit fixed-point weights (truncated from
+ * x 16384) in 32 bits and store (sum + 16383) >> 14, clamped to 0 .. the
+ * format's maximum (signed 16-bit results below 0 are stored as 0). With
+ * kQuorinFlag_HighQualityResampling they sum float weights in float, in
+ * tap order, and store (int)((double)sum + 0.5), clamped. Float formats sum
+ * in float (default) or double (high quality), unclamped; a NaN result is
+ * stored as the quiet NaN 0x7FC00000.
+ *
+ * tempBuffer: null, or caller memory of at least the queried size (no
+ * alignment needed), used as it is and never kept or freed; with null the
+ * call allocates (zero-filled) and frees its own.
+ * kQuorinFlag_QueryTempSize returns the size: 0 when the sizes are equal,
+ * else each changing axis's table (16 + count x taps x 8 bytes; for double
+ * weights the 16 + count x taps x 4 bytes of head and indices rounded up to
+ * 8, plus count x taps x 8; 5 taps when the axis shrinks, 7 when it grows)
+ * plus, when both axes change, dest.rowBytes x src.height bytes of
+ * intermediate image.
+ *
+ * Flags: kQuorinFlag_HighQualityResampling and kQuorinFlag_QueryTempSize act;
+ * no bit is refused; kQuorinFlag_SingleThreaded has no effect.
+ * Failures, first match wins, nothing written or allocated before they pass:
+ *   1. kQuorinError_BadArgument (-21773): src is null or has null data, or
+ *      dest is null;
+ *   2. kQuorinError_InvalidRowBytes (-21777): a rowBytes is shorter than
+ *      width x bytes per pixel;
+ *   3. kQuorinError_InvalidRowBytes (-21777): 16-bit members, a rowBytes is
+ *      odd; float members, a rowBytes is not a multiple of 4;
+ *   4. kQuorinError_BadArgument (-21773): a width or height is 0;
+ *   (the size query is answered here, with a null dest.data too; a size
+ *    beyond 2^31 - 1 bytes cannot be reported and gives -21773)
+ *   5. kQuorinError_BadArgument (-21773): dest has null data;
+ *   6. kQuorinError_InvalidRowBytes (-21777): height x rowBytes wraps or
+ *      exceeds any object;
+ *   7. kQuorinError_BadArgument (-21773): a width or height beyond 2^32 - 1;
+ *   8. kQuorinError_OutOfMemory (-21771): the scratch allocation failed
+ *      (dest untouched).
+ * Equal sizes are a copy (one block when the rowBytes match, padding
+ * included, else row by row). In place: not supported (src and dest must not
+ * overlap unless the sizes are equal).
+ * Threading: each pass whose output has at least 64000 pixels (a 32-bit
+ * product) is cut into about one tile per processor by
+ * _QuorinDispatchApplyOnGrid; smaller passes run on the calling thread. The
+ * bytes do not depend on the split or on the vector unit. */
+QUORIN_API Quorin_Error QuorinScale_ARGB8888(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinScale_ARGB16U(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinScale_ARGB16S(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinScale_ARGBFFFF(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinScale_Planar8(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinScale_Planar16S(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinScale_Planar16U(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinScale_PlanarF(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, Quorin_Flags flags);
+
+/* ---- Quarter turns ----------------------------------------------------------
+ * Turns the source counter-clockwise by rotationConstant x 90 degrees (0..3)
+ * and centres it on the destination, moving whole pixels: where the turned
+ * source is larger it is cropped, where it is smaller it is offset. An odd
+ * difference puts its extra pixel as follows: along x, the crop gains 1 for
+ * turns 2 and 3, the offset only for turn 2; along y, both gain 1 for every
+ * turn but 3 (turns 2 and 3 count their x offset from the right edge, turns
+ * 1 and 2 their y offset from the bottom). With rotation 1 the source's top
+ * edge becomes the left edge read upward; with rotation 3 the right edge
+ * read downward.
+ * backgroundColor (one pixel, may be null): when given and dest is wider
+ * than src, or not wider but taller (the unrotated sizes, so a quarter turn
+ * into a destination of exactly swapped size still fills), the whole
+ * destination is first filled through QuorinBufferFill_ARGB8888 /
+ * _ARGBFFFF with flags, and a failure of that fill is returned. Without it,
+ * pixels the image does not cover keep their bytes.
+ * Flags: only kQuorinFlag_QueryTempSize acts (the answer is 0); no bit is
+ * refused.
+ * Failures, first match wins, nothing written before they pass (all
+ * kQuorinError_BadArgument, -21773):
+ *   1. src or dest is null;
+ *   2. a width or height is 0;
+ *   3. src.rowBytes is 0;
+ *   4. rotationConstant is above 3;
+ *   5. dest.rowBytes is 0;
+ *   (the size query is answered here)
+ *   6. src or dest has null data;
+ *   7. a record cannot describe its image (rowBytes shorter than width x
+ *      bytes per pixel, or height x rowBytes wrapping or exceeding any
+ *      object).
+ * In place: not supported. Threading: the calling thread only (the fill
+ * splits as the fills do). */
+QUORIN_API Quorin_Error QuorinRotate90_ARGB8888(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, uint8_t rotationConstant,
+    const uint8_t backgroundColor[4], Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinRotate90_ARGBFFFF(
+    const Quorin_Buffer *src, const Quorin_Buffer *dest, uint8_t rotationConstant,
+    const float backgroundColor[4], Quorin_Flags flags);
+
 /* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */
 /* "NOT YET IMPLEMENTED" and aborts the process, whatever its arguments.    */

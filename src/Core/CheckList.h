@@ -40,6 +40,13 @@ enum class Check : uint8_t {
     // missing, cannot describe its image, or too short or narrow for it.
     CannotHoldRegion,
     FlagsOutside,   // a flag bit outside the step's `accepted` mask is set
+    RowBytesZero,   // an operand's rowBytes is 0
+    // An operand's rowBytes is not a multiple of the step's `multiple` (its
+    // sample size, for families whose rows must hold whole samples).
+    RowBytesNotMultiple,
+    // An operand's byte extent wraps or exceeds any object, whatever its rows
+    // (the part of CannotDescribeImage a family's own rowBytes step leaves).
+    ExtentTooLarge,
 };
 
 // Roles a buffer plays in a call, for steps that test only the buffers of a
@@ -76,6 +83,7 @@ struct CheckStep {
     OperandMask operands = kAllOperands;
     Quorin_Flags accepted = 0;  // FlagsOutside only
     uint8_t roles = 0;          // only operands with all of these roles (0: any)
+    uint8_t multiple = 0;       // RowBytesNotMultiple only
 
     constexpr bool takes(size_t operand) const { return operand < 32 && (operands >> operand & 1) != 0; }
     constexpr bool takes(size_t operand, const Operand& o) const {
@@ -121,6 +129,9 @@ inline bool FailsOn(const CheckStep& step, const CheckedCall& call, size_t i) {
         }
         case Check::RowBytesShort: return r != nullptr && RowBytesTooSmall(r, pixelBytes);
         case Check::CannotDescribeImage: return r != nullptr && CannotDescribeImage(r, pixelBytes);
+        case Check::RowBytesZero: return r != nullptr && r->rowBytes == 0;
+        case Check::RowBytesNotMultiple: return r != nullptr && step.multiple > 1 && r->rowBytes % step.multiple != 0;
+        case Check::ExtentTooLarge: return r != nullptr && ExtentTooLarge(r);
         case Check::CannotHoldRegion: {
             const Quorin_Buffer* region = call.regionRecord();
             return CannotHoldRegion(r, pixelBytes, region->width, region->height);

@@ -67,6 +67,8 @@ struct Feeder {
         // A colour matrix's coefficients, then its 16-bit biases.
         else if constexpr (std::is_same_v<T, const int16_t*>)
             return reinterpret_cast<const int16_t*>(matrices++ == 0 ? args.coefficients : args.values);
+        // Scratch memory: null, so the member sizes and allocates its own.
+        else if constexpr (std::is_same_v<T, void*>) return nullptr;
         else static_assert(sizeof(T) == 0, "a parameter type no bundle carries");
     }
 };

@@ -9,6 +9,7 @@
 #include "Histogram/HistogramMembers.h"
 #include "Transform/MatrixMembers.h"
 #include "Convolution/ConvolutionMembers.h"
+#include "Geometry/GeometryMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
 
@@ -92,11 +93,14 @@ std::vector<SafetyMember> ChannelMembers() {
                                    nullCode});
                 break;
             }
-            case Shape::Flatten:
-                members.push_back({m->name, {In(bytes), Out(m->output.pixelBytes())}, false,
-                                   [m](B b, F f, R, R) { return m->run({b[0], b[1], kValues, 0, 0, f, 1}); },
-                                   nullCode});
+            case Shape::Flatten: {
+                // The size query is answered before the records are looked at.
+                SafetyMember row{m->name, {In(bytes), Out(m->output.pixelBytes())}, false,
+                                 [m](B b, F f, R, R) { return m->run({b[0], b[1], kValues, 0, 0, f, 1}); }, nullCode};
+                row.queryAnswer = kQuorinSuccess;
+                members.push_back(std::move(row));
                 break;
+            }
             default:
                 members.push_back({m->name, {In(m->shape == Shape::Copy ? 4 : bytes), Out(m->shape == Shape::Copy ? 4 : bytes)},
                                    false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); },
@@ -125,6 +129,32 @@ std::vector<SafetyMember> MatrixMembers() {
                                         : m->run({b[0], b[1], kMatrix8, 257, kPre8, kPost8, flags});
                            },
                            kQuorinError_BadArgument});
+    }
+    return members;
+}
+
+// Scaling and quarter turns, from their tables: equal sizes (a copy) and
+// a quarter turn with a background; both answer size queries before they
+// refuse a record.
+std::vector<SafetyMember> GeometryMembers() {
+    static const float kBackground[4] = {0.5f, -1.0f, 2.0f, 0.25f};
+    std::vector<SafetyMember> members;
+    for (const geometry::ScaleMember* m : geometry::kScaleMembers) {
+        const size_t bytes = m->format.pixelBytes();
+        // Equal sizes with equal rowBytes are one block copy, padding included.
+        SafetyMember row{m->name, {In(bytes), Arg{bytes, Use::WrittenWithPadding}}, false,
+                         [m](B b, F f, R, R) { return m->entry(b[0], b[1], nullptr, f); }, kQuorinError_BadArgument};
+        row.refusalCode = kQuorinError_InvalidRowBytes;
+        row.queryAnswer = kQuorinSuccess;
+        members.push_back(std::move(row));
+    }
+    for (const geometry::Rotate90Member* m : geometry::kRotate90Members) {
+        const size_t bytes = m->format.pixelBytes();
+        SafetyMember row{m->name, {In(bytes), Out(bytes)}, false,
+                         [m](B b, F f, R, R) { return m->entry(b[0], b[1], 1, kBackground, f); },
+                         kQuorinError_BadArgument};
+        row.queryAnswer = kQuorinSuccess;
+        members.push_back(std::move(row));
     }
     return members;
 }
@@ -175,11 +205,13 @@ std::vector<SafetyMember> LayoutMembers() {
                                               : In(m->image.pixelBytes());
         for (size_t k = 0; k < m->planeCount(); ++k)
             args[m->planeArgument(k)] = m->merge() ? In(m->planes.sampleBytes()) : Out(m->planes.sampleBytes());
-        members.push_back({m->name, std::move(args), m->takesRanges, [m](B b, F f, R max, R min) {
-                               layout::Call call{{}, 0xC3, 0.8f, max, min, f};
-                               std::copy(b, b + m->bufferCount(), call.buffers.begin());
-                               return m->invoke(call);
-                           }});
+        SafetyMember row{m->name, std::move(args), m->takesRanges, [m](B b, F f, R max, R min) {
+                             layout::Call call{{}, 0xC3, 0.8f, max, min, f};
+                             std::copy(b, b + m->bufferCount(), call.buffers.begin());
+                             return m->invoke(call);
+                         }};
+        row.queryAnswer = kQuorinSuccess;  // answered after the checks, before the records' extents
+        members.push_back(std::move(row));
     }
     return members;
 }
@@ -199,6 +231,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         for (SafetyMember& m : HandWrittenMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : MatrixMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : HistogramMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : GeometryMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;

@@ -48,9 +48,10 @@ struct SafetyMember {
     // it differently from member to member (0: the test knows the family's).
     Quorin_Error nullCode = kQuorinSuccess;
     // The code of a record that cannot describe its image (the box blur's
-    // own packed-rows test answers it with kQuorinError_SizeMismatch), and
-    // of a size query with such a record (members that answer the query
-    // before looking at the records give their answer).
+    // own packed-rows test answers it with kQuorinError_SizeMismatch,
+    // scaling's rowBytes test with kQuorinError_InvalidRowBytes), and of a
+    // size query with such a record (members that answer the query before
+    // looking at the extents give their answer: success, or a size).
     Quorin_Error refusalCode = kQuorinError_BadArgument;
     Quorin_Error queryAnswer = kQuorinError_BadArgument;
     // Rows must be exactly width x pixel bytes (no padding).

@@ -64,6 +64,12 @@ bool Plant(const CheckStep& step, size_t i, int variant, const std::vector<Guard
             if (variant == 2) return (r.data = nullptr), true;
             if (variant == 3) return call.null[i] = true;
             return false;
+        case Check::RowBytesZero: return variant == 0 && ((r.rowBytes = 0), true);
+        case Check::RowBytesNotMultiple:
+            // One byte more keeps every row long enough for its pixels.
+            return variant == 0 && step.multiple > 1 && ((r.rowBytes += 1), true);
+        case Check::ExtentTooLarge:
+            return variant == 0 && r.height > 1 && ((r.rowBytes = size_t{PTRDIFF_MAX} / 2 + 1), true);
         case Check::FlagsOutside: {
             if (variant != 0 || i != 0) return false;
             const Quorin_Flags outside = ~step.accepted;

@@ -1,0 +1,236 @@
+// Vector twins of the scaling passes (ScaleRules.h), compiled for every
+// Highway target. Fixed-point sums are integer sums, exact in any order;
+// float sums keep the table's order, one multiply and one add per tap, no
+// fused multiply-add.
+//
+// Layouts:
+//  - vertical pass: the lanes are consecutive samples of the output row;
+//    each tap adds one source row's samples times the tap's weight;
+//  - horizontal pass, four channels: one output pixel per 128-bit vector,
+//    its channels in the lanes (two vectors of two lanes for doubles); this
+//    measured faster than gathering the taps of several outputs' pixels;
+//  - horizontal pass, one channel: the lanes are consecutive output pixels,
+//    whose taps' samples and weights are gathered lane by lane.
+// Samples that do not fill a vector are done by the scalar rule. The one-lane
+// HWY_SCALAR target keeps the scalar passes.
+#include <cstddef>
+#include <cstdint>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Geometry/ScaleKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "Core/CanonicalNaN-inl.h"
+#include "Geometry/ScaleKernels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::scale::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+using quorin::HWY_NAMESPACE::CanonicalNaNs;
+
+#if HWY_TARGET != HWY_SCALAR
+
+// The accumulator's lane type of an arithmetic.
+template <Arithmetic A> struct AccLaneOf { using Type = float; };
+template <> struct AccLaneOf<Arithmetic::Fixed> { using Type = int32_t; };
+template <> struct AccLaneOf<Arithmetic::Double> { using Type = double; };
+
+// One arithmetic's sum over vectors whose lanes are independent outputs:
+// the rule of SumRule<A, T> lane by lane.
+template <Arithmetic A, class T, class D>
+struct VectorSum {
+    using Lane = typename AccLaneOf<A>::Type;
+    using V = hn::Vec<D>;
+    using DT = hn::Rebind<T, D>;
+
+    // Lanes(d) samples from p, as accumulator lanes.
+    static HWY_INLINE V Load(D d, const uint8_t* p) {
+        const auto samples = hn::LoadU(DT(), reinterpret_cast<const T*>(p));
+        if constexpr (A == Arithmetic::Fixed) {
+            return hn::PromoteTo(d, samples);
+        } else if constexpr (A == Arithmetic::Float) {
+            return hn::ConvertTo(d, hn::PromoteTo(hn::RebindToSigned<D>(), samples));
+        } else if constexpr (A == Arithmetic::Double) {
+            return hn::PromoteTo(d, samples);
+        } else {
+            return samples;
+        }
+    }
+    static HWY_INLINE Lane Convert(T sample) { return static_cast<Lane>(sample); }
+
+    static HWY_INLINE V Add(V acc, V w, V x) { return hn::Add(acc, hn::Mul(w, x)); }
+
+    // Integer formats: the stored values, clamped, as signed 32-bit lanes.
+    static HWY_INLINE hn::Vec<hn::RebindToSigned<D>> Finish(D d, V acc) {
+        const hn::RebindToSigned<D> di;
+        hn::Vec<decltype(di)> v;
+        if constexpr (A == Arithmetic::Fixed) {
+            (void)d;
+            v = hn::ShiftRight<14>(hn::Add(acc, hn::Set(di, 16383)));
+        } else {
+            // trunc((double)acc + 0.5): the addition is exact in double, so
+            // for acc >= 0.5 it is trunc(acc) plus 1 when acc's fraction
+            // (exact in float) is at least one half; below 0.5 the result
+            // is at most 0 and clamps to 0.
+            const auto whole = hn::ConvertTo(di, acc);
+            const auto fraction = hn::Sub(acc, hn::ConvertTo(d, whole));
+            const auto half = hn::Set(d, 0.5f);
+            const auto up = hn::RebindMask(di, hn::Ge(fraction, half));
+            v = hn::IfThenElse(up, hn::Add(whole, hn::Set(di, 1)), whole);
+            v = hn::IfThenZeroElse(hn::RebindMask(di, hn::Lt(acc, half)), v);
+        }
+        return hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, kMaxSample<T>));
+    }
+
+    // Stores Lanes(d) results at out.
+    static HWY_INLINE void Store(D d, V acc, uint8_t* out) {
+        T* o = reinterpret_cast<T*>(out);
+        if constexpr (A == Arithmetic::Fixed || A == Arithmetic::Float) {
+            hn::StoreU(hn::DemoteTo(DT(), Finish(d, acc)), DT(), o);
+        } else if constexpr (A == Arithmetic::Double) {
+            hn::StoreU(CanonicalNaNs(hn::DemoteTo(DT(), acc)), DT(), o);
+        } else {
+            hn::StoreU(CanonicalNaNs(acc), d, o);
+        }
+    }
+};
+
+template <Arithmetic A>
+using AccTag = hn::ScalableTag<typename AccLaneOf<A>::Type>;
+
+template <PixelFormat F, Arithmetic A, size_t kTaps>
+void VerticalPassVector(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using T = Sample<F>;
+    using W = Weight<A>;
+    const AccTag<A> d;
+    using Sum = VectorSum<A, T, AccTag<A>>;
+    const size_t N = hn::Lanes(d);
+    const size_t first = x0 * F.channels, end = (x0 + w) * F.channels;
+    for (size_t y = y0; y < y0 + h; ++y) {
+        const uint8_t* rows[kTaps];
+        TapRows<kTaps>(job, y, rows);
+        const uint8_t* weights = job.weights + y * kTaps * sizeof(W);
+        hn::Vec<AccTag<A>> wv[kTaps];
+        for (size_t j = 0; j < kTaps; ++j)
+            wv[j] = hn::Set(d, static_cast<typename Sum::Lane>(ReadUnaligned<W>(weights + j * sizeof(W))));
+        uint8_t* out = job.dst + y * job.dstRowBytes;
+        size_t s = first;
+        for (; s + N <= end; s += N) {
+            auto acc = hn::Zero(d);
+            for (size_t j = 0; j < kTaps; ++j) acc = Sum::Add(acc, wv[j], Sum::Load(d, rows[j] + s * sizeof(T)));
+            Sum::Store(d, acc, out + s * sizeof(T));
+        }
+        ScalarSamples<F, A, kTaps>(rows, weights, s, end - s, out);
+    }
+}
+
+// Four channels: one pixel's channels in the lanes of 128-bit vectors.
+template <PixelFormat F, Arithmetic A, size_t kTaps>
+void HorizontalPixelsVector(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using T = Sample<F>;
+    using W = Weight<A>;
+    using Lane = typename AccLaneOf<A>::Type;
+    const hn::CappedTag<Lane, 4> d;
+    using Sum = VectorSum<A, T, hn::CappedTag<Lane, 4>>;
+    const size_t N = hn::Lanes(d);  // 4, or 2 for doubles
+    constexpr size_t kPixel = F.pixelBytes();
+    for (size_t y = y0; y < y0 + h; ++y) {
+        const uint8_t* src = job.src + y * job.srcRowBytes;
+        uint8_t* dst = job.dst + y * job.dstRowBytes;
+        for (size_t x = x0; x < x0 + w; ++x) {
+            const uint8_t* indices = job.indices + x * kTaps * 4;
+            const uint8_t* weights = job.weights + x * kTaps * sizeof(W);
+            for (size_t c = 0; c < 4; c += N) {
+                auto acc = hn::Zero(d);
+                for (size_t j = 0; j < kTaps; ++j) {
+                    const size_t index = static_cast<size_t>(ReadUnaligned<int32_t>(indices + j * 4));
+                    const auto wv = hn::Set(d, static_cast<Lane>(ReadUnaligned<W>(weights + j * sizeof(W))));
+                    acc = Sum::Add(acc, wv, Sum::Load(d, src + index * kPixel + c * sizeof(T)));
+                }
+                Sum::Store(d, acc, dst + x * kPixel + c * sizeof(T));
+            }
+        }
+    }
+}
+
+// One channel: consecutive output pixels in the lanes; each tap's samples
+// and weights are gathered into a lane array first.
+template <PixelFormat F, Arithmetic A, size_t kTaps>
+void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using T = Sample<F>;
+    using W = Weight<A>;
+    using Lane = typename AccLaneOf<A>::Type;
+    const AccTag<A> d;
+    using Sum = VectorSum<A, T, AccTag<A>>;
+    const size_t N = hn::Lanes(d);
+    HWY_ALIGN Lane samples[HWY_LANES(Lane)];
+    HWY_ALIGN Lane weights[HWY_LANES(Lane)];
+    size_t positions[kTaps][HWY_LANES(Lane)];
+    // Each group of N outputs reads its taps' positions and weights once and
+    // walks every row with them.
+    size_t x = x0;
+    for (; x + N <= x0 + w; x += N) {
+        hn::Vec<AccTag<A>> wv[kTaps];
+        for (size_t j = 0; j < kTaps; ++j) {
+            for (size_t k = 0; k < N; ++k) {
+                const size_t entry = (x + k) * kTaps + j;
+                positions[j][k] = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + entry * 4));
+                weights[k] = static_cast<Lane>(ReadUnaligned<W>(job.weights + entry * sizeof(W)));
+            }
+            wv[j] = hn::Load(d, weights);
+        }
+        for (size_t y = y0; y < y0 + h; ++y) {
+            const uint8_t* src = job.src + y * job.srcRowBytes;
+            auto acc = hn::Zero(d);
+            for (size_t j = 0; j < kTaps; ++j) {
+                for (size_t k = 0; k < N; ++k) samples[k] = Sum::Convert(SampleAt<T>(src, positions[j][k]));
+                acc = Sum::Add(acc, wv[j], hn::Load(d, samples));
+            }
+            Sum::Store(d, acc, job.dst + y * job.dstRowBytes + x * sizeof(T));
+        }
+    }
+    if (x < x0 + w) HorizontalPassScalar<F, A, kTaps>(job, x, y0, x0 + w - x, h);
+}
+
+void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
+        if constexpr (F.channels == 4) {
+            HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);
+        } else {
+            HorizontalPlaneVector<F, A, kTaps>(job, x0, y0, w, h);
+        }
+    });
+}
+
+void VerticalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
+        VerticalPassVector<F, A, kTaps>(job, x0, y0, w, h);
+    });
+}
+
+#else  // HWY_SCALAR: one lane holds no pixel; the scalar passes serve.
+
+void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    HorizontalPassScalarAny(job, x0, y0, w, h);
+}
+void VerticalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    VerticalPassScalarAny(job, x0, y0, w, h);
+}
+
+#endif
+
+}  // namespace quorin::scale::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::scale {
+
+HWY_EXPORT(HorizontalPass);
+HWY_EXPORT(VerticalPass);
+
+const KernelPair<PassKernel> kHorizontalPass{&HorizontalPassScalarAny, HWY_DISPATCH_TABLE(HorizontalPass)};
+const KernelPair<PassKernel> kVerticalPass{&VerticalPassScalarAny, HWY_DISPATCH_TABLE(VerticalPass)};
+
+}  // namespace quorin::scale
+#endif

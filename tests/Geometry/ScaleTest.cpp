@@ -1,0 +1,233 @@
+// Scale members on guarded images: every member, arithmetic and shape of
+// change against the reference computed apart (ScaleReference.h), under every
+// kernel and split; the size query against the scratch a call actually
+// uses; the check order; and the rules for signed and float samples.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "Core/GridSplit.h"
+#include "Geometry/GeometryMembers.h"
+#include "Geometry/ScaleReference.h"
+#include "support/CheckOrder.h"
+#include "support/Codes.h"
+#include "support/GuardedImage.h"
+#include "support/Variants.h"
+
+namespace quorin::test {
+namespace {
+
+using geometry::ScaleMember;
+
+struct Shape {
+    size_t sw, sh, dw, dh;
+};
+
+// Odd sizes, one-pixel axes, one axis changing, both changing, and a case
+// whose passes both reach the split (at least 64000 output pixels each).
+constexpr Shape kShapes[] = {
+    {17, 9, 5, 9}, {7, 13, 7, 29}, {33, 21, 70, 10}, {1, 1, 3, 2}, {5, 1, 1, 4},
+    {9, 6, 40, 3}, {2, 2, 4, 4},   {8, 3, 2, 3},     {331, 273, 257, 251},
+};
+
+template <class T>
+RefImage<T> ReadImage(const GuardedImage& image, size_t channels) {
+    RefImage<T> out{image.width(), image.height(), channels, {}};
+    out.samples.resize(image.width() * image.height() * channels);
+    const std::vector<uint8_t> bytes = image.pixels();
+    std::memcpy(out.samples.data(), bytes.data(), bytes.size());
+    return out;
+}
+
+// Random samples; floats in [-2, 3] with a NaN sprinkled in.
+void Fill(GuardedImage& image, const PixelFormat& f, uint64_t seed) {
+    if (f.sample != SampleKind::F32) return image.fillRandom(seed);
+    image.fillRandomFloats(seed, -2.0f, 3.0f);
+    const float nan = std::nanf("0x321");
+    std::memcpy(image.row(image.height() / 2) + (image.width() / 2) * f.pixelBytes(), &nan, 4);
+}
+
+RefArithmetic ReferenceArithmetic(const PixelFormat& f, bool highQuality) {
+    if (f.sample == SampleKind::F32) return highQuality ? RefArithmetic::Double : RefArithmetic::Single;
+    return highQuality ? RefArithmetic::Float : RefArithmetic::Fixed;
+}
+
+template <class T>
+std::vector<uint8_t> Reference(const GuardedImage& src, const ScaleMember& m, const Shape& s, bool hq) {
+    const RefImage<T> out =
+        RefScale(ReadImage<T>(src, m.format.channels), s.dw, s.dh, ReferenceArithmetic(m.format, hq));
+    std::vector<uint8_t> bytes(out.samples.size() * sizeof(T));
+    std::memcpy(bytes.data(), out.samples.data(), bytes.size());
+    return bytes;
+}
+
+std::vector<uint8_t> ReferenceOf(const GuardedImage& src, const ScaleMember& m, const Shape& s, bool hq) {
+    switch (m.format.sample) {
+        case SampleKind::U8: return Reference<uint8_t>(src, m, s, hq);
+        case SampleKind::U16: return Reference<uint16_t>(src, m, s, hq);
+        case SampleKind::S16Q12: return Reference<int16_t>(src, m, s, hq);
+        case SampleKind::F32: return Reference<float>(src, m, s, hq);
+    }
+    return {};
+}
+
+TEST(Scale, EveryMemberMatchesTheReferenceUnderEveryKernelAndSplit) {
+    for (const ScaleMember* m : geometry::kScaleMembers) {
+        const size_t bytes = m->format.pixelBytes(), sample = m->format.sampleBytes();
+        for (const Shape& s : kShapes) {
+            for (const Quorin_Flags quality : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_HighQualityResampling}}) {
+                SCOPED_TRACE(testing::Message() << m->name << " " << s.sw << "x" << s.sh << " -> " << s.dw << "x"
+                                                << s.dh << " flags " << quality);
+                GuardedImage src(s.sw, s.sh, bytes, 3 * sample, sample);
+                Fill(src, m->format, s.sw * 31 + s.dh);
+                const std::vector<uint8_t> want = ReferenceOf(src, *m, s, quality != 0);
+                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                    GuardedImage dest(s.dw, s.dh, bytes, 2 * sample);
+                    dest.fillBytes(0xA5);
+                    EXPECT_EQ(m->entry(src.record(), dest.record(), nullptr, flags | quality), kQuorinSuccess);
+                    EXPECT_EQ(dest.damagedGuard(), "");
+                    EXPECT_EQ(dest.pixels(), want);
+                    return dest.pixels();
+                });
+                if (testing::Test::HasFailure()) return;
+            }
+        }
+    }
+}
+
+// What the query must answer, from the layout's description.
+size_t ExpectedScratch(const Shape& s, size_t destRowBytes, bool doubles) {
+    auto table = [&](size_t count, size_t S) {
+        const size_t taps = S > count ? 5 : 7;
+        if (!doubles) return 16 + count * taps * 8;
+        return ((16 + count * taps * 4 + 7) / 8 * 8) + count * taps * 8;
+    };
+    size_t bytes = 0;
+    if (s.sw != s.dw) bytes += table(s.dw, s.sw);
+    if (s.sh != s.dh) bytes += table(s.dh, s.sh);
+    if (s.sw != s.dw && s.sh != s.dh) bytes += destRowBytes * s.sh;
+    return bytes;
+}
+
+TEST(Scale, TheQueriedScratchIsExactlyWhatACallerBufferMustHold) {
+    for (const ScaleMember* m : geometry::kScaleMembers) {
+        const size_t bytes = m->format.pixelBytes();
+        for (const Shape& s : kShapes) {
+            for (const Quorin_Flags quality : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_HighQualityResampling}}) {
+                SCOPED_TRACE(testing::Message() << m->name << " " << s.sw << "x" << s.sh << " -> " << s.dw << "x"
+                                                << s.dh << " flags " << quality);
+                GuardedImage src(s.sw, s.sh, bytes);
+                Fill(src, m->format, 5);
+                GuardedImage dest(s.dw, s.dh, bytes, bytes);
+                Quorin_Buffer nullDest = *dest.record();
+                nullDest.data = nullptr;  // the query comes before the destination's data test
+                const Quorin_Error size =
+                    m->entry(src.record(), &nullDest, nullptr, quality | kQuorinFlag_QueryTempSize);
+                const bool doubles = quality != 0 && m->format.sample == SampleKind::F32;
+                ASSERT_EQ(size, static_cast<Quorin_Error>(ExpectedScratch(s, dest.rowBytes(), doubles)));
+                if (size == 0) continue;
+                // A caller's buffer of exactly that size, guarded after its last byte.
+                GuardedImage scratch(static_cast<size_t>(size), 1, 1);
+                scratch.fillBytes(0x77);
+                EXPECT_EQ(m->entry(src.record(), dest.record(), scratch.row(0), quality), kQuorinSuccess);
+                EXPECT_EQ(scratch.damagedGuard(), "");
+                GuardedImage own(s.dw, s.dh, bytes, bytes);
+                EXPECT_EQ(m->entry(src.record(), own.record(), nullptr, quality), kQuorinSuccess);
+                EXPECT_EQ(dest.pixels(), own.pixels());
+            }
+        }
+    }
+}
+
+TEST(Scale, EqualSizesCopyAndTheQueryAnswersZero) {
+    for (const ScaleMember* m : geometry::kScaleMembers) {
+        SCOPED_TRACE(m->name);
+        const size_t bytes = m->format.pixelBytes();
+        GuardedImage src(13, 7, bytes, 0), same(13, 7, bytes, 0), padded(13, 7, bytes, 4 * bytes);
+        src.fillRandom(3);
+        EXPECT_EQ(m->entry(src.record(), same.record(), nullptr, kQuorinFlag_QueryTempSize), 0);
+        EXPECT_EQ(m->entry(src.record(), same.record(), nullptr, 0), kQuorinSuccess);
+        EXPECT_EQ(m->entry(src.record(), padded.record(), nullptr, 0), kQuorinSuccess);
+        EXPECT_EQ(same.pixels(), src.pixels());
+        EXPECT_EQ(padded.pixels(), src.pixels());
+        EXPECT_EQ(padded.damagedGuard(), "");
+    }
+}
+
+TEST(Scale, ChecksComeInTheirOrderBeforeAnyWrite) {
+    for (const ScaleMember* m : geometry::kScaleMembers) {
+        SCOPED_TRACE(m->name);
+        const size_t bytes = m->format.pixelBytes();
+        GuardedImage src(9, 7, bytes, 2 * bytes), dest(5, 11, bytes, bytes);
+        ExpectCheckOrder(m->checks, {&src, &dest}, {1}, [&](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags f) {
+            return m->entry(r[0], r[1], nullptr, f);
+        });
+        // The query answers after the zero-size test and before the rest.
+        Quorin_Buffer empty = *dest.record();
+        empty.width = 0;
+        EXPECT_TRUE(ReturnsCode(m->entry(src.record(), &empty, nullptr, kQuorinFlag_QueryTempSize),
+                                kQuorinError_BadArgument));
+        Quorin_Buffer shortRows = *src.record();
+        shortRows.rowBytes = bytes * 9 - 1;
+        empty.width = 5, empty.rowBytes = 0;
+        EXPECT_TRUE(ReturnsCode(m->entry(&shortRows, dest.record(), nullptr, kQuorinFlag_QueryTempSize),
+                                kQuorinError_InvalidRowBytes));
+        // No flag is refused and the single-threaded bit changes nothing.
+        EXPECT_EQ(m->entry(src.record(), dest.record(), nullptr, ~Quorin_Flags{kQuorinFlag_QueryTempSize}),
+                  kQuorinSuccess);
+    }
+}
+
+TEST(Scale, SignedResultsBelowZeroAreStoredAsZeroAndFloatsAreNotClamped) {
+    for (const Quorin_Flags quality : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_HighQualityResampling}}) {
+        GuardedImage src(6, 5, 8), dest(11, 3, 8);
+        for (size_t y = 0; y < 5; ++y)
+            for (size_t x = 0; x < 6 * 4; ++x) {
+                // Negative everywhere, varying less than the kernels' overshoot could lift.
+                const int16_t v = static_cast<int16_t>(-12000 - static_cast<int>((x * 977 + y * 131) % 8000));
+                std::memcpy(src.row(y) + x * 2, &v, 2);
+            }
+        ASSERT_EQ(QuorinScale_ARGB16S(src.record(), dest.record(), nullptr, quality), kQuorinSuccess);
+        for (const uint8_t b : dest.pixels()) ASSERT_EQ(b, 0);
+
+        GuardedImage fsrc(4, 4, 4), fdest(8, 8, 4);
+        for (size_t y = 0; y < 4; ++y)
+            for (size_t x = 0; x < 4; ++x) {
+                const float v = (x + y) % 2 ? 7.5f : -3.25f;
+                std::memcpy(fsrc.row(y) + x * 4, &v, 4);
+            }
+        ASSERT_EQ(QuorinScale_PlanarF(fsrc.record(), fdest.record(), nullptr, quality), kQuorinSuccess);
+        float lo = 0, hi = 0;
+        for (size_t y = 0; y < 8; ++y)
+            for (size_t x = 0; x < 8; ++x) {
+                float v;
+                std::memcpy(&v, fdest.row(y) + x * 4, 4);
+                lo = std::min(lo, v), hi = std::max(hi, v);
+            }
+        EXPECT_LT(lo, -1.0f);
+        EXPECT_GT(hi, 2.0f);
+    }
+}
+
+TEST(Scale, PassesSplitFromSixtyFourThousandOutputPixelsCountedInThirtyTwoBits) {
+    EXPECT_TRUE(WantsGrid(250, 256));   // 64000
+    EXPECT_FALSE(WantsGrid(255, 250));  // 63750
+    EXPECT_FALSE(WantsGrid(65536, 65536));  // wraps to 0
+    // Split or not, and whatever the single-threaded bit says, the bytes are
+    // those of one piece on the calling thread.
+    for (const Shape s : {Shape{300, 256, 250, 256}, Shape{300, 250, 255, 250}}) {
+        GuardedImage src(s.sw, s.sh, 4);
+        src.fillRandom(11);
+        ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+            GuardedImage dest(s.dw, s.dh, 4);
+            EXPECT_EQ(QuorinScale_ARGB8888(src.record(), dest.record(), nullptr, flags), kQuorinSuccess);
+            return dest.pixels();
+        });
+    }
+}
+
+}  // namespace
+}  // namespace quorin::test
