@@ -17,8 +17,8 @@ from . import _lowlevel
 from ._binding import SINGLE_THREADED, Format, pixel_format
 from ._lowlevel import VERSION as __version__
 from ._lowlevel import ffi, lib
-from .errors import ERROR_CLASSES, QuorinError, UsageError, error_name
-from .operations import FUNCTIONS, Operation, available as operations, call, convert
+from .errors import ERROR_CLASSES, FormatError, QuorinError, UsageError, error_name
+from .ops import FUNCTIONS, Operation, available as operations, call, convert
 
 globals().update(ERROR_CLASSES)
 globals().update(FUNCTIONS)
@@ -57,6 +57,6 @@ def families() -> Dict[str, int]:
     return counts
 
 
-__all__ = ["QuorinError", "UsageError", "Format", "Operation", "SINGLE_THREADED", "call", "convert", "features",
+__all__ = ["QuorinError", "UsageError", "FormatError", "Format", "Operation", "SINGLE_THREADED", "call", "convert", "features",
            "families", "ffi", "lib", "operations", "pixel_format", "error_name", "__version__",
            *ERROR_CLASSES, *FUNCTIONS]

@@ -14,7 +14,7 @@ import numpy as np
 
 from . import _lowlevel
 from ._lowlevel import ffi, lib
-from .errors import UsageError, error_for
+from .errors import FormatError, UsageError, error_for
 
 SINGLE_THREADED = _lowlevel.constant("kQuorinFlag_SingleThreaded")
 
@@ -62,7 +62,7 @@ def pixel_format(name: str) -> Format:
     if match and (match[2] not in ("8888", "FFFF") or len(match[1]) == 4) and \
             (match[2] not in ("888", "FFF") or len(match[1]) == 3):
         return Format(name, np.dtype(_SAMPLES[match[2]]), len(match[1]))
-    raise UsageError(f"unknown pixel format {name!r}")
+    raise FormatError(f"unknown pixel format {name!r}")
 
 
 def plane_of(fmt: Format) -> Format:

@@ -31,6 +31,11 @@ class UsageError(ValueError):
     wrong dtype, dimensions, channels or sizes, an unknown format."""
 
 
+class FormatError(UsageError):
+    """A pixel format the operation has no implemented member for, or an
+    unknown format tag."""
+
+
 def _error_texts() -> Dict[str, tuple]:
     """kQuorin name -> (name, message), read from ErrorNames.h's table."""
     text = re.sub(r"/\*.*?\*/", " ", (_lowlevel.HEADER_DIR / "ErrorNames.h").read_text(), flags=re.S)

@@ -15,7 +15,7 @@ import numpy as np
 
 from . import _binding, _lowlevel
 from ._binding import Format, pixel_format, plane_of
-from .errors import UsageError
+from .errors import FormatError, UsageError
 
 HIGH_QUALITY = _lowlevel.constant("kQuorinFlag_HighQualityResampling")
 
@@ -45,6 +45,8 @@ class Operation:
     name: str
     stem: str
     doc: str
+    # The images taken, in order; a name ending in "?" is taken by the planar
+    # members only (their separate alpha plane).
     sources: Tuple[str, ...] = ("image",)
     params: Tuple[Param, ...] = ()
     in_place: bool = True
@@ -76,10 +78,14 @@ class Operation:
                 if fmt not in self.exclude:
                     try:
                         pixel_format(fmt)
-                    except UsageError:
+                    except FormatError:
                         continue
                     found[fmt] = name
         return dict(sorted(found.items(), key=lambda kv: (PREFERRED + (kv[0],)).index(kv[0])))
+
+    @property
+    def required_sources(self) -> Tuple[str, ...]:
+        return tuple(s for s in self.sources if not s.endswith("?"))
 
     @property
     def available(self) -> bool:
@@ -89,7 +95,7 @@ class Operation:
         members = _members(self)
         if fmt is not None:
             if fmt not in members:
-                raise UsageError(f"{self.name} has no member for format {fmt!r}; it takes {', '.join(members)}")
+                raise FormatError(f"{self.name} has no member for format {fmt!r}; it takes {', '.join(members)}")
             return fmt
         if not isinstance(image, np.ndarray):
             raise UsageError(f"{self.name}: expected a numpy array, got {type(image).__name__}")
@@ -158,7 +164,7 @@ def _default_format(op: Operation, dtype: str, channels: int) -> str:
         if f.dtype.str == dtype and f.channels == channels:
             return fmt
     accepted = "; ".join(f"{fmt}: {pixel_format(fmt).dtype.name} x {pixel_format(fmt).channels}" for fmt in members)
-    raise UsageError(f"{op.name} takes no format for an array of dtype {np.dtype(dtype).name} with {channels} "
+    raise FormatError(f"{op.name} takes no format for an array of dtype {np.dtype(dtype).name} with {channels} "
                      f"channel(s); accepted: {accepted}")
 
 
@@ -220,11 +226,11 @@ _DOC_FORMATS = "\n\nFormats: the implemented members' (``quorin.operations()[nam
 OPERATIONS: Tuple[Operation, ...] = (
     # ---- alpha compositing
     Operation("premultiply", "PremultiplyData", "Multiplies colour by alpha, alpha kept. Planar formats take "
-              "the alpha plane as a second image.", sources=("image", "alpha plane (planar)")),
+              "the alpha plane as a second image.", sources=("image", "alpha?")),
     Operation("unpremultiply", "UnpremultiplyData", "Divides premultiplied colour by alpha; alpha 0 gives colour 0. "
-              "Planar formats take the alpha plane as a second image.", sources=("image", "alpha plane (planar)")),
+              "Planar formats take the alpha plane as a second image.", sources=("image", "alpha?")),
     Operation("clip_to_alpha", "ClipToAlpha", "Limits premultiplied colour to its alpha. Planar formats take the "
-              "alpha plane as a second image.", sources=("image", "alpha plane (planar)")),
+              "alpha plane as a second image.", sources=("image", "alpha?")),
     Operation("alpha_blend", "AlphaBlend", "Top over bottom, both straight colour; the result straight colour.",
               sources=("top", "bottom")),
     Operation("premultiplied_blend", "PremultipliedAlphaBlend", "Top over bottom, both premultiplied.",
@@ -321,7 +327,7 @@ def convert(image: Any, source: str, dest: str, out: Any = None, flags: int = 0,
             plan = _binding.plan(name, source, dest)
             return _binding.run(plan, image, out, in_place=False, flags=flags, **params)
     known = sorted(n[len("QuorinConvert_"):] for n in _lowlevel.MEMBERS if n.startswith("QuorinConvert_"))
-    raise UsageError(f"no conversion from {source} to {dest} is implemented; these are: {', '.join(known)}")
+    raise FormatError(f"no conversion from {source} to {dest} is implemented; these are: {', '.join(known)}")
 
 
 def call(member: str, *sources: Any, out: Any = None, size: Optional[Tuple[int, int]] = None,
