@@ -65,6 +65,7 @@ class Operation:
     halo: Optional[Callable[[Dict[str, Any]], Tuple[int, int]]] = None
     boundary: Any = None
     dest_plane: bool = False  # the result is one plane of the source's samples
+    resizes: bool = False  # the result's size is a parameter
     cli: bool = True
     formats: Tuple[str, ...] = field(default=(), compare=False)
 
@@ -272,7 +273,7 @@ OPERATIONS: Tuple[Operation, ...] = (
     Operation("scale", "Scale", "Resamples the whole image to size (height, width).",
               params=(Param("size", _pair, "height,width"),
                       Param("high_quality", bool, "float arithmetic", default=False)),
-              prepare=_scale, tight_sources=False),
+              prepare=_scale, resizes=True),
     Operation("convolve", "Convolve", "Convolves with an integer kernel (2-D, odd sizes) divided by divisor; "
               "pixels past the edges count as 0.", in_place=False,
               params=(Param("kernel", lambda t: np.array([_ints(r) for r in t.split(";")], np.int16),
