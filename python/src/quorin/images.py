@@ -98,6 +98,8 @@ def apply(op: ops.Operation, images: Sequence[np.ndarray], params: Dict[str, Any
         raise FormatError(f"{op.name}: no format for {first.dtype.name} samples")
     if "RGBA" + depth in members:
         return op(*images, format="RGBA" + depth, flags=flags, **params)
+    if op.by_position and "ARGB" + depth in members:
+        return op(*images, format="ARGB" + depth, flags=flags, **params)
     if "ARGB" + depth not in members:
         raise FormatError(f"{op.name} takes no {first.dtype.name} colour images; it takes {', '.join(members)}")
     rotated = [np.ascontiguousarray(i[..., _TO_ARGB]) for i in images]

@@ -66,6 +66,9 @@ class Operation:
     boundary: Any = None
     dest_plane: bool = False  # the result is one plane of the source's samples
     resizes: bool = False  # the result's size is a parameter
+    # Channels are named by position and treated alike (permute, masks):
+    # files' RGBA pixels go to the ARGB member as they are.
+    by_position: bool = False
     cli: bool = True
     formats: Tuple[str, ...] = field(default=(), compare=False)
 
@@ -250,7 +253,8 @@ OPERATIONS: Tuple[Operation, ...] = (
               cli=False),
     # ---- channels
     Operation("permute_channels", "PermuteChannels", "Reorders the channels: out channel i is image channel order[i].",
-              params=(Param("order", _ints, "four channel positions, such as 3,2,1,0", c_name="permute_map"),)),
+              params=(Param("order", _ints, "four channel positions, such as 3,2,1,0", c_name="permute_map"),),
+              by_position=True),
     Operation("extract_channel", "ExtractChannel", "One channel as a plane (a view of rows as long as the image's).",
               params=(Param("channel", int, "the channel position, 0-3", c_name="channel_index"),),
               dest_plane=True, cli=False),
@@ -258,7 +262,7 @@ OPERATIONS: Tuple[Operation, ...] = (
               "to one value.", params=(Param("value", float, "the value", c_name="scalar"),
                                        Param("mask", lambda t: int(t, 0), "channel mask, 0x8 the first channel",
                                              c_name="copy_mask")),
-              exclude=("Planar8", "PlanarF", "Planar16S", "Planar16U")),
+              exclude=("Planar8", "PlanarF", "Planar16S", "Planar16U"), by_position=True),
     # The 8-bit member rewrites only the first quarter of each row: left out.
     Operation("overwrite_channels_with_pixel", "OverwriteChannelsWithPixel", "Sets the channels a mask selects to "
               "the pixel's values.", params=(Param("pixel", _numbers, "four values"),
