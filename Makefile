@@ -64,6 +64,14 @@ python-package: deps-build
 test-python: python-package
 	cd python/tests && PATH="$(CURDIR)/$(PYTHON_ENV)/bin:$$PATH" python -m pytest -q
 
+# The package beside Pillow, cv2 and pyvips, and its cost over a call from C.
+PYTHON_BENCH_ARGS ?=
+bench-python: python-package
+	$(PYTHON_ENV)/bin/pip install -q -r python/bench/requirements.txt
+	cc -O2 -Wall python/bench/ccall.c -Iinclude -Ibuild/include -Lbuild -Wl,-rpath,$(CURDIR)/build -lquorin \
+	    -o build/python-bench-ccall
+	$(PYTHON_ENV)/bin/python python/bench/bench.py --ccall build/python-bench-ccall $(PYTHON_BENCH_ARGS)
+
 # The suite under a Clang preset, built in build-<preset>.
 test-clang test-tsan: test-%: deps-clang
 	cmake --preset $* >/dev/null

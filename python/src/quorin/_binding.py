@@ -189,6 +189,14 @@ class Plan:
     def name(self) -> str:
         return self.member.name
 
+    @property
+    def simple(self) -> bool:
+        """One source, one destination of the same format, flags last: the
+        shape of most members, called through run_simple."""
+        return (len(self.sources) == 1 and len(self.dests) == 1 and self.source_format == self.dest_format
+                and [k for _, _, k in self.scalars] == ["flags"] and self.sources[0] < self.dests[0]
+                and self.scalars[0][0] == len(self.member.params) - 1)
+
 
 def _is_dest(name: str) -> bool:
     return name.startswith("dest")
@@ -293,3 +301,20 @@ def run(p: Plan, sources: ArrayOrPlanes, out: Optional[ArrayOrPlanes] = None,
     if code < 0:
         raise error_for(p.name, code)
     return result
+
+
+def run_simple(p: Plan, source: Any, out: Optional[np.ndarray], flags: int) -> np.ndarray:
+    """run for a simple plan (see Plan.simple), with fewer steps."""
+    fmt = p.source_format
+    height, width, row_bytes = check_image(source, fmt, "src")
+    if out is None:
+        out = np.empty(fmt.shape(height, width), fmt.dtype)
+        out_row_bytes = width * fmt.pixel_bytes
+    else:
+        h, w, out_row_bytes = check_image(out, fmt, "out", writable=True)
+        if h != height or w != width:
+            raise UsageError(f"out: size {h}x{w}, expected {height}x{width}")
+    code = p.function(buffer(source, height, width, row_bytes), buffer(out, height, width, out_row_bytes), flags)
+    if code < 0:
+        raise error_for(p.name, code)
+    return out

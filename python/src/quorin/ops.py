@@ -105,11 +105,14 @@ class Operation:
             raise UsageError(f"{self.name}: expected a numpy array, got {type(image).__name__}")
         return _default_format(self, image.dtype.str, image.shape[2] if image.ndim == 3 else 1)
 
-    def _resolve(self, first: Any, format: Optional[str]) -> Tuple[str, Format, "_binding.Plan"]:
+    def _resolve(self, first: Any, format: Optional[str]) -> Tuple[str, Format, "_binding.Plan", bool]:
         fmt = self.choose_format(first, format)
         source_format = pixel_format(fmt)
         dest_format = plane_of(source_format) if self.dest_plane else source_format
-        return fmt, source_format, _binding.plan(_members(self)[fmt], fmt, dest_format.name)
+        plan = _binding.plan(_members(self)[fmt], fmt, dest_format.name)
+        simple = plan.simple and not (self.params or self.prepare or self.tight_sources or self.tight_dest
+                                      or self.dest_plane or not self.in_place)
+        return fmt, source_format, plan, simple
 
     def __call__(self, *sources: Any, out: Any = None, format: Optional[str] = None, flags: int = 0,
                  **params: Any) -> Any:
@@ -122,7 +125,9 @@ class Operation:
         resolved = _RESOLVED.get((self, key))
         if resolved is None:
             resolved = _RESOLVED[self, key] = self._resolve(first, format)
-        fmt, source_format, plan = resolved
+        fmt, source_format, plan, simple = resolved
+        if simple and not params and len(sources) == 1:
+            return _binding.run_simple(plan, first, out, flags)
         for p in self.params:
             if p.name in params:
                 if p.c_name:
@@ -148,7 +153,7 @@ class Operation:
                             **params)
 
 
-_RESOLVED: Dict[Any, Tuple[str, Format, "_binding.Plan"]] = {}
+_RESOLVED: Dict[Any, Tuple[str, Format, "_binding.Plan", bool]] = {}
 
 
 def _tight(a: np.ndarray) -> bool:
