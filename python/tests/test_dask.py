@@ -12,6 +12,7 @@ import pytest
 import quorin
 import quorin.dask as qd
 from quorin import cli, images
+from references import box_reference, convolve_reference
 
 da = pytest.importorskip("dask.array")
 distributed = pytest.importorskip("distributed")
@@ -27,27 +28,6 @@ def test_per_pixel_operations_chunk_by_chunk():
     bottom = rng.integers(0, 256, img.shape, dtype=np.uint8)
     blended = qd.apply("alpha_blend", chunked, da.from_array(bottom, chunks=(150, 64, 4))).compute()
     assert blended.tobytes() == quorin.alpha_blend(img, bottom).tobytes()
-
-
-# Stand-ins with the edge rules of the library's neighbourhood members,
-# written with numpy: what they check is the halo and edge logic.
-def box_reference(img, kernel_height, kernel_width):
-    """Box mean over x - r + 1 .. x + r with edges repeated, each pass truncated."""
-    out = img
-    for axis, k in ((1, kernel_width), (0, kernel_height)):
-        r, n = 1 + k // 2, out.shape[axis]
-        acc = sum(np.take(out.astype(np.int64), np.clip(np.arange(n) + d, 0, n - 1), axis=axis)
-                  for d in range(-r + 1, r + 1))
-        out = (acc // (2 * r)).astype(np.uint8)
-    return out
-
-
-def convolve_reference(img, kernel):
-    """Taps past the edges count as 0; the low byte of the truncated quotient."""
-    kh, kw = kernel.shape
-    padded = np.pad(img.astype(np.int64), [(kh // 2, kh // 2), (kw // 2, kw // 2)] + [(0, 0)] * (img.ndim - 2))
-    acc = sum(kernel[i, j] * padded[i:i + img.shape[0], j:j + img.shape[1]] for i in range(kh) for j in range(kw))
-    return (acc // 16 & 0xFF).astype(np.uint8)
 
 
 class Reference:

@@ -145,7 +145,8 @@ def _snake(name: str) -> str:
 
 # Values of scalar parameters that a Python caller rarely sets.
 _DEFAULTS: Dict[str, Any] = {"roiOffsetX": 0, "roiOffsetY": 0, "backgroundColor": 0, "bias": 0,
-                             "maxFloat": (1.0, 1.0, 1.0, 1.0), "minFloat": (0.0, 0.0, 0.0, 0.0)}
+                             "maxFloat": (1.0, 1.0, 1.0, 1.0), "minFloat": (0.0, 0.0, 0.0, 0.0),
+                             "preBias": None, "postBias": None}
 
 
 _C_DTYPES = {"uint8_t": "u1", "int8_t": "i1", "uint16_t": "<u2", "int16_t": "<i2", "uint32_t": "<u4",
@@ -154,12 +155,19 @@ _C_DTYPES = {"uint8_t": "u1", "int8_t": "i1", "uint16_t": "<u2", "int16_t": "<i2
 
 def _c_value(param: _lowlevel.Param, value: Any, keep: List[Any]):
     """A Python value as the C argument param expects."""
-    ctype = param.type.replace("const ", "").strip()
+    ctype = re.sub(r"\bconst\b", "", param.type).strip()
+    pointers = re.fullmatch(r"(\w+)\s*\*\s*\[\s*(\d+)\s*\]", ctype)
+    if pointers is not None:  # an array of pointers to arrays: rows of a 2-D array
+        rows = [np.ascontiguousarray(r, dtype=_C_DTYPES[pointers[1]]) for r in value]
+        keep.extend(rows)
+        cdata = ffi.new(f"{pointers[1]} *[{pointers[2]}]", [ffi.from_buffer(pointers[1] + "[]", r) for r in rows])
+        keep.append(cdata)
+        return cdata
     array = re.fullmatch(r"(\w+)\s*\[\s*(\d*)\s*\]", ctype) or re.fullmatch(r"(\w+)\s*\*", ctype)
     if array is None:
         return value
-    if array.re.pattern.endswith("\\*") and array[1] == "void":
-        return ffi.NULL if value is None else value
+    if value is None:
+        return ffi.NULL
     if isinstance(value, np.ndarray):
         value = np.ascontiguousarray(value, dtype=_C_DTYPES[array[1]])
         keep.append(value)

@@ -66,6 +66,8 @@ class Operation:
     boundary: Any = None
     dest_plane: bool = False  # the result is one plane of the source's samples
     resizes: bool = False  # the result's size is a parameter
+    # The result is this parameter's array (made by prepare), not an image.
+    result_param: Optional[str] = None
     # Channels are named by position and treated alike (permute, masks):
     # files' RGBA pixels go to the ARGB member as they are.
     by_position: bool = False
@@ -149,6 +151,10 @@ class Operation:
             # The extract walk fills a row of dest while the source offset is
             # below dest's rowBytes: rows as long as the source's give width samples.
             row_bytes = first.shape[1] * source_format.pixel_bytes
+        if self.result_param:
+            result = params[self.result_param]
+            _binding.run(plan, list(sources), None, in_place=True, flags=flags, **params)
+            return result
         return _binding.run(plan, list(sources), out, size=size, in_place=self.in_place, flags=flags, dest_row_bytes=row_bytes,
                             **params)
 
@@ -214,6 +220,26 @@ def _convolve(params, image, fmt):
     if kernel.ndim != 2 or kernel.shape[0] % 2 == 0 or kernel.shape[1] % 2 == 0:
         raise UsageError(f"convolve: the kernel must be a 2-D array of odd height and width, got shape {kernel.shape}")
     params["kernel_height"], params["kernel_width"] = kernel.shape
+    return params, None, 0
+
+
+def _histogram(params, image, fmt):
+    entries, low, high = params.pop("entries", 256), params.pop("low", 0.0), params.pop("high", 1.0)
+    if fmt.dtype.kind == "f":
+        params["histogram_entries"], params["min_val"], params["max_val"] = entries, low, high
+    else:
+        entries = 256
+    params["histograms"] = np.zeros((fmt.channels, entries), np.uint32)
+    return params, None, 0
+
+
+def _matrix(params, image, fmt):
+    matrix = np.asarray(params["matrix"])
+    if matrix.size != 16:
+        raise UsageError(f"matrix_multiply: the matrix needs 16 values (4 x 4), got {matrix.size}")
+    params["matrix"] = matrix.ravel()
+    if fmt.dtype.kind == "f":  # float members take no divisor
+        params.pop("divisor", None)
     return params, None, 0
 
 
@@ -296,6 +322,17 @@ OPERATIONS: Tuple[Operation, ...] = (
     Operation("tent_blur", "TentConvolve", "Triangular blur of size (height, width); pixels past the edges count "
               "as 0.", in_place=False, params=(Param("size", _pair, "kernel height,width (odd)"),), prepare=_box,
               halo=lambda p: (p["kernel_height"] // 2, p["kernel_width"] // 2), boundary=0),
+    Operation("histogram", "HistogramCalculation", "Counts each channel's values: a (channels, entries) uint32 "
+              "array (256 entries for 8-bit; for float, entries bins over [low, high]).",
+              params=(Param("entries", int, "bins (float images)", default=256),
+                      Param("low", float, "lowest value binned (float images)", default=0.0),
+                      Param("high", float, "highest value binned (float images)", default=1.0)),
+              prepare=_histogram, result_param="histograms", cli=False),
+    Operation("matrix_multiply", "MatrixMultiply", "Each pixel's channels times a 4 x 4 matrix, divided by divisor "
+              "(8-bit), with optional biases before and after.",
+              params=(Param("matrix", lambda t: _ints(t), "16 values, row by row"),
+                      Param("divisor", int, "the divisor (8-bit)", default=1)),
+              prepare=_matrix),
 )
 
 
