@@ -156,7 +156,7 @@ constexpr uint8_t ExtraOf() {
 // The flags, last, are drawn on their own and are not an extra.
 template <class... A, size_t... I>
 constexpr uint8_t ExtrasIndexed(std::index_sequence<I...>) {
-    return static_cast<uint8_t>((0 | ... | (I + 1 == sizeof...(A) ? kNoExtra : ExtraOf<A>())));
+    return static_cast<uint8_t>((0 | ... | (I + 1 == sizeof...(A) ? uint8_t{kNoExtra} : ExtraOf<A>())));
 }
 
 template <class... A>
