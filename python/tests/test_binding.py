@@ -97,6 +97,9 @@ def test_channel_operations_against_numpy():
     np.testing.assert_array_equal(quorin.permute_channels(img, order=[3, 0, 2, 1]), img[..., [3, 0, 2, 1]])
     for c in range(4):
         np.testing.assert_array_equal(quorin.extract_channel(img, channel=c), img[..., c])
+    plane = np.zeros((9, 13), np.uint8)  # rows shorter than the walk's: filled whole all the same
+    assert quorin.extract_channel(img, channel=3, out=plane) is plane
+    np.testing.assert_array_equal(plane, img[..., 3])
     filled = quorin.fill(color=[1, 2, 3, 4], size=(3, 5), format="ARGB8888")
     assert (filled == [1, 2, 3, 4]).all()
     over = quorin.overwrite_channels(img, value=9, mask=0b1010)

@@ -7,7 +7,7 @@ entry here."""
 from __future__ import annotations
 
 import inspect
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 from functools import lru_cache
 from typing import Any, Callable, Dict, List, Optional, Tuple
 
@@ -72,7 +72,6 @@ class Operation:
     # files' RGBA pixels go to the ARGB member as they are.
     by_position: bool = False
     cli: bool = True
-    formats: Tuple[str, ...] = field(default=(), compare=False)
 
     def members(self) -> Dict[str, str]:
         """format -> member name, for the implemented members."""
@@ -147,10 +146,19 @@ class Operation:
             raise UsageError(f"out: {self.name} writes whole rows up to their end, so out must have "
                              "rows of exactly its width (a C-contiguous array)")
         row_bytes = None
-        if self.dest_plane and out is None and first is not None:
+        if self.dest_plane and first is not None:
             # The extract walk fills a row of dest while the source offset is
-            # below dest's rowBytes: rows as long as the source's give width samples.
+            # below dest's rowBytes: rows as long as the source's give width
+            # samples. A caller's plane has shorter rows, so it gets a copy.
             row_bytes = first.shape[1] * source_format.pixel_bytes
+            if out is not None:
+                result = self(*sources, format=fmt, flags=flags, **params)
+                _binding.check_image(out, plane_of(source_format), "out", writable=True)
+                if out.shape[:2] != result.shape:
+                    raise UsageError(f"out: size {out.shape[0]}x{out.shape[1]}, expected "
+                                     f"{result.shape[0]}x{result.shape[1]}")
+                out.reshape(result.shape)[...] = result
+                return out
         if self.result_param:
             result = params[self.result_param]
             _binding.run(plan, list(sources), None, in_place=True, flags=flags, **params)
@@ -256,8 +264,6 @@ def _ints(text: str) -> List[int]:
     return [int(p) for p in text.split(",")]
 
 
-_DOC_FORMATS = "\n\nFormats: the implemented members' (``quorin.operations()[name].members()``)."
-
 OPERATIONS: Tuple[Operation, ...] = (
     # ---- alpha compositing
     Operation("premultiply", "PremultiplyData", "Multiplies colour by alpha, alpha kept. Planar formats take "
@@ -266,8 +272,9 @@ OPERATIONS: Tuple[Operation, ...] = (
               "Planar formats take the alpha plane as a second image.", sources=("image", "alpha?")),
     Operation("clip_to_alpha", "ClipToAlpha", "Limits premultiplied colour to its alpha. Planar formats take the "
               "alpha plane as a second image.", sources=("image", "alpha?")),
-    Operation("alpha_blend", "AlphaBlend", "Top over bottom, both straight colour; the result straight colour.",
-              sources=("top", "bottom")),
+    Operation("alpha_blend", "AlphaBlend", "Top over bottom, both straight colour; the result straight colour. "
+              "Planar formats take four planes and give two (colour, alpha).",
+              sources=("top", "top alpha?", "bottom", "bottom alpha?")),
     Operation("premultiplied_blend", "PremultipliedAlphaBlend", "Top over bottom, both premultiplied.",
               sources=("top", "bottom")),
     Operation("blend_darken", "PremultipliedAlphaBlendDarken", "Darken blend of premultiplied images.",
