@@ -19,7 +19,7 @@ case "${1:-all}" in
     test) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}") ;;
     bench) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}") ;;
     clang) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${clang_pkgs[@]}") ;;
-    python) wanted=("${build_pkgs[@]}") ;;
+    python) wanted=("${build_pkgs[@]}" python3-venv) ;;
     all) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}" "${clang_pkgs[@]}") ;;
     *) echo "usage: $0 [build|test|bench|clang|all] | $0 python VENV" >&2; exit 2 ;;
 esac

@@ -64,8 +64,8 @@ def apply(op: OperationLike, image: da.Array, *others: da.Array, single_threaded
     Each chunk's call runs single-threaded unless told otherwise, since Dask
     already runs one chunk per core."""
     op = _operation(op)
-    if op.resizes:
-        raise UsageError(f"{op.name} changes the image's size: it has no chunk-by-chunk form")
+    if getattr(op, "resizes", False) or getattr(op, "dest_plane", False) or getattr(op, "result_param", None):
+        raise UsageError(f"{op.name} changes the image's shape: it has no chunk-by-chunk form")
     images = [_whole_channels(image)] + [_whole_channels(o).rechunk(_whole_channels(image).chunks) for o in others]
     flags = SINGLE_THREADED if single_threaded else 0
     run = _block_function(op, params, flags)
