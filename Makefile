@@ -1,6 +1,9 @@
 # Entry points for newcomers and CI:
 #   make demo        build and run the demo on its built-in sample image
-#   make test        build and run the suite in Release, then again under ASan+UBSan
+#   make test        build and run the suite in Release, then again under ASan+UBSan,
+#                    then the Python package's tests
+#   make test-python the Python package (over build/libquorin.so) and its tests
+#   make bench-python the Python package beside Pillow, OpenCV and pyvips
 #   make bench       build and run the benchmark (Release)
 #   make demo-check  what a fresh machine meets: the demo configured and built with
 #                    the test-only and bench-only packages hidden from CMake
@@ -10,7 +13,7 @@
 #                    under ASan+UBSan; new inputs go to build-fuzz/corpus,
 #                    findings to build-fuzz/artifacts
 #   make fuzz-corpus minimise the seeds and build-fuzz/corpus into fuzz/corpus
-.PHONY: demo test test-release test-sanitize test-clang test-tsan fuzz fuzz-build fuzz-corpus bench demo-check deps clean
+.PHONY: demo test test-release test-sanitize test-python python-package bench-python test-clang test-tsan fuzz fuzz-build fuzz-corpus bench demo-check deps clean
 
 FUZZ_SECONDS ?= 300
 FUZZ_ARGS ?=
@@ -34,7 +37,7 @@ demo: deps-build
 	cmake --build build -j $(JOBS) --target quorin-demo
 	./build/tools/quorin-demo out
 
-test: test-release test-sanitize
+test: test-release test-sanitize test-python
 
 test-release: deps-test
 	cmake --preset release -DQUORIN_BUILD_TESTS=ON $(CMAKE_ARGS) >/dev/null
@@ -45,6 +48,29 @@ test-sanitize: deps-test
 	cmake --preset sanitize -DQUORIN_BUILD_TESTS=ON $(CMAKE_ARGS) >/dev/null
 	cmake --build build-sanitize -j $(JOBS)
 	ctest --preset sanitize
+
+# The Python package around the library the C suite tested: packaged from
+# build/ without compiling it again, into a virtual environment under build/.
+PYTHON_ENV ?= build/python-env
+PYTHON_INSTALL = $(PYTHON_ENV)/bin/pip install -q --no-build-isolation --no-deps --force-reinstall ./python \
+                 -C cmake.define.QUORIN_PREBUILT_DIR=$(CURDIR)/build
+
+python-package: deps-build
+	bash scripts/install-deps.sh python $(PYTHON_ENV)
+	cmake --preset release $(CMAKE_ARGS) >/dev/null
+	cmake --build build -j $(JOBS) --target quorin
+	$(PYTHON_INSTALL)
+
+test-python: python-package
+	cd python/tests && PATH="$(CURDIR)/$(PYTHON_ENV)/bin:$$PATH" python -m pytest -q
+
+# The package beside Pillow, cv2 and pyvips, and its cost over a call from C.
+PYTHON_BENCH_ARGS ?=
+bench-python: python-package
+	$(PYTHON_ENV)/bin/pip install -q -r python/bench/requirements.txt
+	cc -O2 -Wall python/bench/ccall.c -Iinclude -Ibuild/include -Lbuild -Wl,-rpath,$(CURDIR)/build -lquorin \
+	    -o build/python-bench-ccall
+	$(PYTHON_ENV)/bin/python python/bench/bench.py --ccall build/python-bench-ccall $(PYTHON_BENCH_ARGS)
 
 # The suite under a Clang preset, built in build-<preset>.
 test-clang test-tsan: test-%: deps-clang

@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project needs, only those missing.
 # Usage: scripts/install-deps.sh [build|test|bench|clang|all]   (default: all)
+#        scripts/install-deps.sh python VENV
 # clang: the test packages plus Debian's Clang and its sanitizer and libFuzzer
 # runtimes, for the clang, tsan and fuzz presets only.
+# python: the build packages, then a virtual environment VENV holding what the
+# Python package's tests need from PyPI (python/tests/requirements.txt).
 # Quiet when nothing is missing; fails with a clear message otherwise.
 set -euo pipefail
 
@@ -16,8 +19,9 @@ case "${1:-all}" in
     test) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}") ;;
     bench) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}") ;;
     clang) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${clang_pkgs[@]}") ;;
+    python) wanted=("${build_pkgs[@]}" python3-venv) ;;
     all) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}" "${clang_pkgs[@]}") ;;
-    *) echo "usage: $0 [build|test|bench|clang|all]" >&2; exit 2 ;;
+    *) echo "usage: $0 [build|test|bench|clang|all] | $0 python VENV" >&2; exit 2 ;;
 esac
 
 missing=()
@@ -45,4 +49,25 @@ fi
 if [[ ! -e /opt/swift/usr/lib/swift/linux/libdispatch.so && -z "${DISPATCH_ROOT:-}" ]]; then
     echo "install-deps: libdispatch not found under /opt/swift/usr/lib/swift/linux; install the Swift toolchain there or set DISPATCH_ROOT" >&2
     exit 1
+fi
+
+# The Python tests' environment: made once, refreshed when the requirements
+# change (their copy inside it differs).
+if [[ "${1:-}" == python ]]; then
+    venv=${2:?usage: $0 python VENV}
+    requirements=$(dirname "$0")/../python/tests/requirements.txt
+    if ! cmp -s "$requirements" "$venv/requirements.txt"; then
+        echo "install-deps: making the Python environment $venv"
+        rm -rf "$venv"
+        if ! python3 -m venv "$venv" >/tmp/quorin-install-deps.log 2>&1; then
+            echo "install-deps: python3 -m venv failed (Debian's python3-venv provides it); see /tmp/quorin-install-deps.log" >&2
+            exit 1
+        fi
+        if ! "$venv/bin/pip" install -q -r "$requirements" >>/tmp/quorin-install-deps.log 2>&1; then
+            echo "install-deps: pip could not install python/tests/requirements.txt (see /tmp/quorin-install-deps.log)" >&2
+            tail -n 20 /tmp/quorin-install-deps.log >&2
+            exit 1
+        fi
+        cp "$requirements" "$venv/requirements.txt"
+    fi
 fi
