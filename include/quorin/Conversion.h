@@ -529,24 +529,34 @@ QUORIN_API Quorin_Error QuorinOverwriteChannels_ARGBFFFF(const Quorin_Buffer *ne
  *      is larger than any object).
  * Threading, from 64000 destination pixels: the grid dispatcher, except
  * QuorinFlatten_ARGB16Q12, which uses the rows dispatcher. */
-#define QUORIN_FLATTEN_DECLARATION(name, T)                                                                     \
-    QUORIN_API Quorin_Error name(const Quorin_Buffer *src, const Quorin_Buffer *dest, const T backgroundColor[4], \
-                                 int isPremultiplied, Quorin_Flags flags)
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB8888, uint8_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA8888, uint8_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB16U, uint16_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA16U, uint16_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB16Q12, int16_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA16Q12, int16_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGBFFFF, float);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBAFFFF, float);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGB8888ToRGB888, uint8_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBA8888ToRGB888, uint8_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_BGRA8888ToRGB888, uint8_t);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_ARGBFFFFToRGBFFF, float);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_RGBAFFFFToRGBFFF, float);
-QUORIN_FLATTEN_DECLARATION(QuorinFlatten_BGRAFFFFToRGBFFF, float);
-#undef QUORIN_FLATTEN_DECLARATION
+QUORIN_API Quorin_Error QuorinFlatten_ARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                               const uint8_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_RGBA8888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                               const uint8_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_ARGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                              const uint16_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_RGBA16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                              const uint16_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_ARGB16Q12(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                const int16_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_RGBA16Q12(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                const int16_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_ARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                               const float backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_RGBAFFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                               const float backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_ARGB8888ToRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const uint8_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_RGBA8888ToRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const uint8_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_BGRA8888ToRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const uint8_t backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_ARGBFFFFToRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const float backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_RGBAFFFFToRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const float backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinFlatten_BGRAFFFFToRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       const float backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
 
 /* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */

@@ -92,21 +92,45 @@ def read_manifest(path: Path) -> Dict[str, str]:
 
 
 def header_order(header_dir: Path) -> List[str]:
-    """The family headers in the umbrella header's include order."""
-    umbrella = (header_dir / "Quorin.h").read_text()
-    return re.findall(r'#include\s+"(\w+\.h)"', umbrella)
+    """The family headers in the umbrella header's include order, each after
+    the headers it includes itself (whose types it uses)."""
+    order: List[str] = []
+
+    def visit(header: str) -> None:
+        if header in order or not (header_dir / header).exists():
+            return
+        for included in re.findall(r'#include\s+"(\w+\.h)"', (header_dir / header).read_text()):
+            visit(included)
+        order.append(header)
+
+    for header in re.findall(r'#include\s+"(\w+\.h)"', (header_dir / "Quorin.h").read_text()):
+        visit(header)
+    return order
 
 
-def parse_headers(header_dir: Path, implemented: set) -> Tuple[str, Dict[str, Member]]:
-    """The cdef text (every type, the implemented functions) and the members."""
-    declarations, members = [], {}
+_DATA = re.compile(r"^extern\s+(?P<decl>.*?\b(?P<name>\w+)\s*(\[\s*\w*\s*\])?)$", re.S)
+
+
+def parse_headers(header_dir: Path, implemented: set) -> Tuple[str, Dict[str, Member], List[str]]:
+    """The cdef text (every type, the implemented functions and data), the
+    function members and the names of the exported data."""
+    declarations, members, data = [], {}, []
     for header in header_order(header_dir):
         if header == "ErrorNames.h":  # static inline helpers: read by errors.py
             continue
         family = header[:-2]
         for statement in _split_top(_strip((header_dir / header).read_text()), ";"):
             if statement.startswith(("typedef", "struct", "enum")):
-                declarations.append(statement + ";")
+                # Layout checks (a char array of size -1 when a struct's size
+                # is wrong) use expressions cffi does not evaluate.
+                if "sizeof(" not in statement:
+                    declarations.append(statement + ";")
+                continue
+            extern = _DATA.match(statement)
+            if extern is not None:
+                if extern["name"] in implemented:
+                    data.append(extern["name"])
+                    declarations.append(statement + ";")
                 continue
             match = _FUNCTION.match(statement)
             if match is None or match["name"] not in implemented:
@@ -114,7 +138,7 @@ def parse_headers(header_dir: Path, implemented: set) -> Tuple[str, Dict[str, Me
             params = tuple(_param(p) for p in _split_top(match["params"], ","))
             members[match["name"]] = Member(match["name"], family, match["ret"].strip(), params)
             declarations.append(statement + ";")
-    return "\n".join(declarations), members
+    return "\n".join(declarations), members, data
 
 
 def read_version(header_dir: Path) -> str:
@@ -132,6 +156,8 @@ class Library:
             setattr(self, name, getattr(raw, name))
 
     def __getattr__(self, name: str):
+        if name in DATA:  # exported data (tables, constants): read through on every access
+            return getattr(_raw, name)
         state = self.__dict__.get("_states", {}).get(name)
         if state in ("stub", "partial"):
             raise NotImplementedError(
@@ -143,7 +169,7 @@ class Library:
 
 ffi = cffi.FFI()
 STATES = read_manifest(NATIVE_DIR / "MANIFEST.txt")
-_CDEF, MEMBERS = parse_headers(HEADER_DIR, {n for n, s in STATES.items() if s == "implemented"})
+_CDEF, MEMBERS, DATA = parse_headers(HEADER_DIR, {n for n, s in STATES.items() if s == "implemented"})
 ffi.cdef(_CDEF)
 _raw = ffi.dlopen(os.environ.get("QUORIN_LIBRARY", str(NATIVE_DIR / "libquorin.so")))
 lib = Library(_raw, MEMBERS, STATES)
