@@ -13,12 +13,14 @@
 //    whose taps' samples and weights are gathered lane by lane.
 // Samples that do not fill a vector are done by the scalar rule. The one-lane
 // HWY_SCALAR target keeps the scalar passes.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Geometry/ScaleKernels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "Core/CanonicalNaN-inl.h"
@@ -154,6 +156,119 @@ void HorizontalPixelsVector(const PassJob& job, size_t x0, size_t y0, size_t w, 
     }
 }
 
+// Four 8-bit channels in fixed point: one output pixel per 128-bit block, so
+// a vector holds as many outputs as it has blocks. Where an output's taps are
+// consecutive pixels (everywhere but near the edges), its block loads the 16
+// bytes of its first four taps and the 16 bytes ending at its last tap; byte
+// shuffles make each pair of taps' samples into the 16-bit lanes (a, b) of one
+// 32-bit lane per channel, and a pairwise widening multiply-add by the pair's
+// weights (a, b) sums them. Weights are at most 16384 in magnitude and
+// samples at most 255, so every product and sum is exact in 32 bits and
+// equals the scalar rule's wrapped unsigned sum. The 32-bit lanes are then
+// the channels of the outputs in memory order.
+template <size_t kTaps>
+struct TapPairs {
+    static_assert(kTaps >= 5 && kTaps <= 8, "two 4-pixel loads cover the taps");
+    static constexpr size_t kPairs = (kTaps + 1) / 2;
+    static constexpr size_t kSecond = kTaps - 4;  // the second load's first tap
+    // Whether pair p reads the second load, and the byte shuffle that takes it.
+    static constexpr bool FromSecond(size_t p) { return 2 * p >= 4; }
+    static constexpr uint8_t Byte(size_t p, size_t k) {
+        const size_t channel = k / 4, part = k % 4;
+        const size_t tap = 2 * p + part / 2;
+        if (part % 2 == 1 || tap >= kTaps) return 0x80;  // a zero high byte, or no tap
+        const size_t position = FromSecond(p) ? tap - kSecond : tap;
+        return static_cast<uint8_t>(4 * position + channel);
+    }
+};
+
+// Lanes(d) / 16 blocks of 16 bytes, block k from row + offsets[k].
+template <class D>
+HWY_INLINE hn::VFromD<D> LoadBlocks(D d, const uint8_t* row, const size_t* offsets) {
+    if constexpr (hn::MaxLanes(D()) <= 16) {
+        return hn::LoadU(d, row + offsets[0]);
+    } else {
+        const hn::Half<D> dh;
+        return hn::Combine(d, LoadBlocks(dh, row, offsets + hn::MaxLanes(dh) / 16), LoadBlocks(dh, row, offsets));
+    }
+}
+
+template <size_t kTaps>
+void HorizontalBytePixelsFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using Pairs = TapPairs<kTaps>;
+    constexpr size_t kPairs = Pairs::kPairs;
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<int16_t, decltype(d8)> d16;
+    const hn::Repartition<int32_t, decltype(d8)> d32;
+    using Sum = VectorSum<Arithmetic::Fixed, uint8_t, decltype(d32)>;
+    constexpr size_t kMaxBlocks = hn::MaxLanes(decltype(d8)()) / 16;
+    const size_t blocks = hn::Lanes(d8) / 16;
+    hn::VFromD<decltype(d8)> shuffles[kPairs];
+    for (size_t p = 0; p < kPairs; ++p) {
+        HWY_ALIGN uint8_t bytes[16];
+        for (size_t k = 0; k < 16; ++k) bytes[k] = Pairs::Byte(p, k);
+        shuffles[p] = hn::LoadDup128(d8, bytes);
+    }
+    // Columns go in chunks whose loads and weights are laid out first: the
+    // two loads' byte offsets, and each pair's weights repeated over a block
+    // so that consecutive outputs' blocks follow each other.
+    constexpr size_t kChunk = 1024;
+    HWY_ALIGN int32_t weights[kPairs][kChunk + kMaxBlocks][4];
+    size_t offsets[2][kChunk + kMaxBlocks];
+    bool direct[kChunk], vector[kChunk];
+    for (size_t cx = x0; cx < x0 + w; cx += kChunk) {
+        const size_t n = std::min(kChunk, x0 + w - cx);
+        for (size_t i = 0; i < n; ++i) {
+            const uint8_t* entry = job.indices + (cx + i) * kTaps * 4;
+            const int32_t first = ReadUnaligned<int32_t>(entry);
+            direct[i] = ReadUnaligned<int32_t>(entry + (kTaps - 1) * 4) - first == static_cast<int32_t>(kTaps - 1);
+            offsets[0][i] = static_cast<size_t>(first) * 4;
+            offsets[1][i] = (static_cast<size_t>(first) + Pairs::kSecond) * 4;
+            int32_t tap[kTaps + 1] = {};
+            for (size_t j = 0; j < kTaps; ++j) {
+                tap[j] = ReadUnaligned<int32_t>(job.weights + ((cx + i) * kTaps + j) * 4);
+                direct[i] = direct[i] && tap[j] >= INT16_MIN && tap[j] <= INT16_MAX;
+            }
+            for (size_t p = 0; p < kPairs; ++p) {
+                const uint32_t pair = (static_cast<uint32_t>(tap[2 * p + 1]) << 16) | (static_cast<uint32_t>(tap[2 * p]) & 0xFFFFu);
+                for (size_t k = 0; k < 4; ++k) weights[p][i][k] = static_cast<int32_t>(pair);
+            }
+        }
+        // Whether the outputs from i on fill a vector and all take it.
+        for (size_t i = 0; i < n; ++i) {
+            bool whole = i + blocks <= n;
+            for (size_t k = 0; whole && k < blocks; ++k) whole = direct[i + k];
+            vector[i] = whole;
+        }
+        for (size_t y = y0; y < y0 + h; ++y) {
+            const uint8_t* src = job.src + y * job.srcRowBytes;
+            uint8_t* dst = job.dst + y * job.dstRowBytes;
+            // The next row's bytes are asked for while this row is computed:
+            // rows are too far apart for the processor to guess them.
+            const uint8_t* next = y + 1 < y0 + h ? src + job.srcRowBytes : src;
+            size_t i = 0;
+            while (i < n) {
+                if (!vector[i]) {
+                    HorizontalPassScalar<kARGB8888, Arithmetic::Fixed, kTaps>(job, cx + i, y, 1, 1);
+                    ++i;
+                    continue;
+                }
+                hwy::Prefetch(next + offsets[0][i]);
+                const auto first = LoadBlocks(d8, src, offsets[0] + i);
+                const auto second = LoadBlocks(d8, src, offsets[1] + i);
+                auto sum0 = hn::Zero(d32), sum1 = hn::Zero(d32);
+                for (size_t p = 0; p < kPairs; ++p) {
+                    const auto samples = hn::BitCast(d16, hn::TableLookupBytesOr0(Pairs::FromSecond(p) ? second : first, shuffles[p]));
+                    const auto pair = hn::BitCast(d16, hn::LoadU(d32, &weights[p][i][0]));
+                    sum0 = hn::ReorderWidenMulAccumulate(d32, samples, pair, sum0, sum1);
+                }
+                Sum::Store(d32, hn::RearrangeToOddPlusEven(sum0, sum1), dst + (cx + i) * 4);
+                i += blocks;
+            }
+        }
+    }
+}
+
 // One channel: consecutive output pixels in the lanes; each tap's samples
 // and weights are gathered into a lane array first.
 template <PixelFormat F, Arithmetic A, size_t kTaps>
@@ -195,7 +310,9 @@ void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
 
 void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
-        if constexpr (F.channels == 4) {
+        if constexpr (F.sample == SampleKind::U8 && F.channels == 4 && A == Arithmetic::Fixed) {
+            HorizontalBytePixelsFixed<kTaps>(job, x0, y0, w, h);
+        } else if constexpr (F.channels == 4) {
             HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);
         } else {
             HorizontalPlaneVector<F, A, kTaps>(job, x0, y0, w, h);
