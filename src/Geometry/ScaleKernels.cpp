@@ -156,29 +156,35 @@ void HorizontalPixelsVector(const PassJob& job, size_t x0, size_t y0, size_t w, 
     }
 }
 
-// Four 8-bit channels in fixed point: one output pixel per 128-bit block, so
-// a vector holds as many outputs as it has blocks. Where an output's taps are
-// consecutive pixels (everywhere but near the edges), its block loads the 16
-// bytes of its first four taps and the 16 bytes ending at its last tap; byte
-// shuffles make each pair of taps' samples into the 16-bit lanes (a, b) of one
-// 32-bit lane per channel, and a pairwise widening multiply-add by the pair's
-// weights (a, b) sums them. Weights are at most 16384 in magnitude and
-// samples at most 255, so every product and sum is exact in 32 bits and
-// equals the scalar rule's wrapped unsigned sum. The 32-bit lanes are then
-// the channels of the outputs in memory order.
+// Four 8-bit channels: one output pixel per 128-bit block, so a vector holds
+// as many outputs as it has blocks. Where an output's taps are consecutive
+// pixels (everywhere but near the edges), its block loads the 16 bytes of
+// its first four taps and the 16 bytes ending at its last tap, and byte
+// shuffles spread each tap's samples over the block's lanes, the four
+// channels in memory order; each lane then sums its taps as the rule does,
+// and the lanes are the outputs' channels in memory order.
+//
+// Fixed point: a shuffle puts a pair of taps' samples in the 16-bit halves
+// (a, b) of each channel's 32-bit lane, and a pairwise widening
+// multiply-add by the pair's weights (a, b) adds both products. Weights are
+// at most 16384 in magnitude and samples at most 255, so every product and
+// sum is exact in 32 bits and equals the rule's wrapped unsigned sum.
+// Float: a shuffle widens one tap's samples to 32-bit lanes, which are
+// converted, multiplied by the tap's weight and added in table order.
 template <size_t kTaps>
-struct TapPairs {
+struct TapBytes {
     static_assert(kTaps >= 5 && kTaps <= 8, "two 4-pixel loads cover the taps");
-    static constexpr size_t kPairs = (kTaps + 1) / 2;
     static constexpr size_t kSecond = kTaps - 4;  // the second load's first tap
-    // Whether pair p reads the second load, and the byte shuffle that takes it.
-    static constexpr bool FromSecond(size_t p) { return 2 * p >= 4; }
-    static constexpr uint8_t Byte(size_t p, size_t k) {
+    static constexpr size_t kPairs = (kTaps + 1) / 2;
+    static constexpr bool InSecond(size_t tap) { return tap >= 4; }
+    static constexpr size_t Position(size_t tap) { return InSecond(tap) ? tap - kSecond : tap; }
+    // Byte k of a block of 32-bit lanes holding the samples of taps
+    // `low` (low 16 bits) and `high` (high 16 bits, or none when >= kTaps).
+    static constexpr uint8_t Byte(size_t low, size_t high, size_t k) {
         const size_t channel = k / 4, part = k % 4;
-        const size_t tap = 2 * p + part / 2;
-        if (part % 2 == 1 || tap >= kTaps) return 0x80;  // a zero high byte, or no tap
-        const size_t position = FromSecond(p) ? tap - kSecond : tap;
-        return static_cast<uint8_t>(4 * position + channel);
+        const size_t tap = part < 2 ? low : high;
+        if (part % 2 == 1 || tap >= kTaps) return 0x80;  // a zero byte
+        return static_cast<uint8_t>(4 * Position(tap) + channel);
     }
 };
 
@@ -193,48 +199,36 @@ HWY_INLINE hn::VFromD<D> LoadBlocks(D d, const uint8_t* row, const size_t* offse
     }
 }
 
-template <size_t kTaps>
-void HorizontalBytePixelsFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
-    using Pairs = TapPairs<kTaps>;
-    constexpr size_t kPairs = Pairs::kPairs;
-    const hn::ScalableTag<uint8_t> d8;
-    const hn::Repartition<int16_t, decltype(d8)> d16;
-    const hn::Repartition<int32_t, decltype(d8)> d32;
-    using Sum = VectorSum<Arithmetic::Fixed, uint8_t, decltype(d32)>;
-    constexpr size_t kMaxBlocks = hn::MaxLanes(decltype(d8)()) / 16;
-    const size_t blocks = hn::Lanes(d8) / 16;
-    hn::VFromD<decltype(d8)> shuffles[kPairs];
-    for (size_t p = 0; p < kPairs; ++p) {
-        HWY_ALIGN uint8_t bytes[16];
-        for (size_t k = 0; k < 16; ++k) bytes[k] = Pairs::Byte(p, k);
-        shuffles[p] = hn::LoadDup128(d8, bytes);
-    }
-    // Columns go in chunks whose loads and weights are laid out first: the
-    // two loads' byte offsets, and each pair's weights repeated over a block
-    // so that consecutive outputs' blocks follow each other.
-    constexpr size_t kChunk = 1024;
-    HWY_ALIGN int32_t weights[kPairs][kChunk + kMaxBlocks][4];
-    size_t offsets[2][kChunk + kMaxBlocks];
+template <class D>
+HWY_INLINE hn::VFromD<D> BlockShuffle(D d, const uint8_t (&bytes)[16]) {
+    HWY_ALIGN uint8_t aligned[16];
+    for (size_t k = 0; k < 16; ++k) aligned[k] = bytes[k];
+    return hn::LoadDup128(d, aligned);
+}
+
+// Runs the columns in chunks of kChunk outputs. For each chunk, `prepare(i,
+// weights)` takes output cx + i's weights in table order; then, row by row,
+// `group(src, first, second, i, out)` makes the outputs from i on, a vector's
+// worth, from the blocks at src + first[k] and src + second[k]. Outputs that
+// do not fill a vector of such outputs take the scalar rule.
+template <Arithmetic A, size_t kTaps, size_t kChunk, class Prepare, class Group>
+HWY_INLINE void OverTapBlocks(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h, size_t blocks,
+                              Prepare&& prepare, Group&& group) {
+    using W = Weight<A>;
+    size_t offsets[2][kChunk];
     bool direct[kChunk], vector[kChunk];
     for (size_t cx = x0; cx < x0 + w; cx += kChunk) {
         const size_t n = std::min(kChunk, x0 + w - cx);
         for (size_t i = 0; i < n; ++i) {
             const uint8_t* entry = job.indices + (cx + i) * kTaps * 4;
             const int32_t first = ReadUnaligned<int32_t>(entry);
-            direct[i] = ReadUnaligned<int32_t>(entry + (kTaps - 1) * 4) - first == static_cast<int32_t>(kTaps - 1);
             offsets[0][i] = static_cast<size_t>(first) * 4;
-            offsets[1][i] = (static_cast<size_t>(first) + Pairs::kSecond) * 4;
-            int32_t tap[kTaps + 1] = {};
-            for (size_t j = 0; j < kTaps; ++j) {
-                tap[j] = ReadUnaligned<int32_t>(job.weights + ((cx + i) * kTaps + j) * 4);
-                direct[i] = direct[i] && tap[j] >= INT16_MIN && tap[j] <= INT16_MAX;
-            }
-            for (size_t p = 0; p < kPairs; ++p) {
-                const uint32_t pair = (static_cast<uint32_t>(tap[2 * p + 1]) << 16) | (static_cast<uint32_t>(tap[2 * p]) & 0xFFFFu);
-                for (size_t k = 0; k < 4; ++k) weights[p][i][k] = static_cast<int32_t>(pair);
-            }
+            offsets[1][i] = (static_cast<size_t>(first) + TapBytes<kTaps>::kSecond) * 4;
+            W weights[kTaps];
+            for (size_t j = 0; j < kTaps; ++j) weights[j] = ReadUnaligned<W>(job.weights + ((cx + i) * kTaps + j) * sizeof(W));
+            direct[i] = ReadUnaligned<int32_t>(entry + (kTaps - 1) * 4) - first == static_cast<int32_t>(kTaps - 1) &&
+                        prepare(i, weights);
         }
-        // Whether the outputs from i on fill a vector and all take it.
         for (size_t i = 0; i < n; ++i) {
             bool whole = i + blocks <= n;
             for (size_t k = 0; whole && k < blocks; ++k) whole = direct[i + k];
@@ -249,24 +243,89 @@ void HorizontalBytePixelsFixed(const PassJob& job, size_t x0, size_t y0, size_t 
             size_t i = 0;
             while (i < n) {
                 if (!vector[i]) {
-                    HorizontalPassScalar<kARGB8888, Arithmetic::Fixed, kTaps>(job, cx + i, y, 1, 1);
+                    HorizontalPassScalar<kARGB8888, A, kTaps>(job, cx + i, y, 1, 1);
                     ++i;
                     continue;
                 }
                 hwy::Prefetch(next + offsets[0][i]);
-                const auto first = LoadBlocks(d8, src, offsets[0] + i);
-                const auto second = LoadBlocks(d8, src, offsets[1] + i);
-                auto sum0 = hn::Zero(d32), sum1 = hn::Zero(d32);
-                for (size_t p = 0; p < kPairs; ++p) {
-                    const auto samples = hn::BitCast(d16, hn::TableLookupBytesOr0(Pairs::FromSecond(p) ? second : first, shuffles[p]));
-                    const auto pair = hn::BitCast(d16, hn::LoadU(d32, &weights[p][i][0]));
-                    sum0 = hn::ReorderWidenMulAccumulate(d32, samples, pair, sum0, sum1);
-                }
-                Sum::Store(d32, hn::RearrangeToOddPlusEven(sum0, sum1), dst + (cx + i) * 4);
+                group(src, offsets[0] + i, offsets[1] + i, i, dst + (cx + i) * 4);
                 i += blocks;
             }
         }
     }
+}
+
+template <size_t kTaps>
+void HorizontalBytePixelsFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using Taps = TapBytes<kTaps>;
+    constexpr size_t kPairs = Taps::kPairs, kChunk = 512;
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<int16_t, decltype(d8)> d16;
+    const hn::Repartition<int32_t, decltype(d8)> d32;
+    using Sum = VectorSum<Arithmetic::Fixed, uint8_t, decltype(d32)>;
+    hn::VFromD<decltype(d8)> shuffles[kPairs];
+    for (size_t p = 0; p < kPairs; ++p) {
+        uint8_t bytes[16];
+        for (size_t k = 0; k < 16; ++k) bytes[k] = Taps::Byte(2 * p, 2 * p + 1, k);
+        shuffles[p] = BlockShuffle(d8, bytes);
+    }
+    // Each pair's weights (a, b), repeated over a block, so that consecutive
+    // outputs' blocks follow each other.
+    HWY_ALIGN int32_t pairs[kPairs][kChunk][4];
+    const auto prepare = [&](size_t i, const int32_t* weights) {
+        for (size_t j = 0; j < kTaps; ++j)
+            if (weights[j] < INT16_MIN || weights[j] > INT16_MAX) return false;
+        for (size_t p = 0; p < kPairs; ++p) {
+            const uint32_t b = 2 * p + 1 < kTaps ? static_cast<uint32_t>(weights[2 * p + 1]) : 0u;
+            const uint32_t pair = (b << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu);
+            for (size_t k = 0; k < 4; ++k) pairs[p][i][k] = static_cast<int32_t>(pair);
+        }
+        return true;
+    };
+    const auto group = [&](const uint8_t* src, const size_t* first, const size_t* second, size_t i, uint8_t* out) {
+        const auto low = LoadBlocks(d8, src, first);
+        const auto high = LoadBlocks(d8, src, second);
+        auto sum0 = hn::Zero(d32), sum1 = hn::Zero(d32);
+        for (size_t p = 0; p < kPairs; ++p) {
+            const auto samples = hn::BitCast(d16, hn::TableLookupBytesOr0(Taps::InSecond(2 * p) ? high : low, shuffles[p]));
+            sum0 = hn::ReorderWidenMulAccumulate(d32, samples, hn::BitCast(d16, hn::LoadU(d32, &pairs[p][i][0])), sum0, sum1);
+        }
+        Sum::Store(d32, hn::RearrangeToOddPlusEven(sum0, sum1), out);
+    };
+    OverTapBlocks<Arithmetic::Fixed, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
+}
+
+template <size_t kTaps>
+void HorizontalBytePixelsFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using Taps = TapBytes<kTaps>;
+    constexpr size_t kChunk = 256;
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<int32_t, decltype(d8)> d32;
+    const hn::Repartition<float, decltype(d8)> df;
+    using Sum = VectorSum<Arithmetic::Float, uint8_t, decltype(df)>;
+    hn::VFromD<decltype(d8)> shuffles[kTaps];
+    for (size_t j = 0; j < kTaps; ++j) {
+        uint8_t bytes[16];
+        for (size_t k = 0; k < 16; ++k) bytes[k] = Taps::Byte(j, kTaps, k);
+        shuffles[j] = BlockShuffle(d8, bytes);
+    }
+    HWY_ALIGN float taps[kTaps][kChunk][4];
+    const auto prepare = [&](size_t i, const float* weights) {
+        for (size_t j = 0; j < kTaps; ++j)
+            for (size_t k = 0; k < 4; ++k) taps[j][i][k] = weights[j];
+        return true;
+    };
+    const auto group = [&](const uint8_t* src, const size_t* first, const size_t* second, size_t i, uint8_t* out) {
+        const auto low = LoadBlocks(d8, src, first);
+        const auto high = LoadBlocks(d8, src, second);
+        auto acc = hn::Zero(df);
+        for (size_t j = 0; j < kTaps; ++j) {
+            const auto samples = hn::ConvertTo(df, hn::BitCast(d32, hn::TableLookupBytesOr0(Taps::InSecond(j) ? high : low, shuffles[j])));
+            acc = Sum::Add(acc, hn::LoadU(df, &taps[j][i][0]), samples);
+        }
+        Sum::Store(df, acc, out);
+    };
+    OverTapBlocks<Arithmetic::Float, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
 }
 
 // One channel: consecutive output pixels in the lanes; each tap's samples
@@ -312,6 +371,8 @@ void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
         if constexpr (F.sample == SampleKind::U8 && F.channels == 4 && A == Arithmetic::Fixed) {
             HorizontalBytePixelsFixed<kTaps>(job, x0, y0, w, h);
+        } else if constexpr (F.sample == SampleKind::U8 && F.channels == 4 && A == Arithmetic::Float) {
+            HorizontalBytePixelsFloat<kTaps>(job, x0, y0, w, h);
         } else if constexpr (F.channels == 4) {
             HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);
         } else {
