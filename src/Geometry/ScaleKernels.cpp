@@ -127,6 +127,59 @@ void VerticalPassVector(const PassJob& job, size_t x0, size_t y0, size_t w, size
     }
 }
 
+// 8-bit samples in fixed point: source rows go in pairs (a, b), a row's
+// samples widened to 16 bits and interleaved with the other's, so that a
+// pairwise widening multiply-add by the pair's weights (a, b) adds both
+// taps' products (exact in 32 bits, as in the horizontal pass). The
+// interleave takes each 128-bit block's lower or upper half; the narrowing
+// of the two halves' sums puts each block's samples back in order.
+template <PixelFormat F, size_t kTaps>
+void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    constexpr size_t kPairs = (kTaps + 1) / 2;
+    const hn::ScalableTag<int16_t> d16;
+    const hn::Repartition<int32_t, decltype(d16)> d32;
+    const hn::Rebind<uint8_t, decltype(d16)> d8;
+    const size_t N = hn::Lanes(d16);
+    const size_t first = x0 * F.channels, end = (x0 + w) * F.channels;
+    for (size_t y = y0; y < y0 + h; ++y) {
+        const uint8_t* rows[kPairs * 2];
+        TapRows<kTaps>(job, y, rows);
+        const uint8_t* weights = job.weights + y * kTaps * 4;
+        int32_t tap[kPairs * 2] = {};
+        bool narrow = true;
+        for (size_t j = 0; j < kTaps; ++j) {
+            tap[j] = ReadUnaligned<int32_t>(weights + j * 4);
+            narrow = narrow && tap[j] >= INT16_MIN && tap[j] <= INT16_MAX;
+        }
+        if (!narrow) {
+            VerticalPassVector<F, Arithmetic::Fixed, kTaps>(job, x0, y, w, 1);
+            continue;
+        }
+        if constexpr (kTaps % 2 == 1) rows[kTaps] = rows[kTaps - 1];  // taken with weight 0
+        hn::Vec<decltype(d16)> pairs[kPairs];
+        for (size_t p = 0; p < kPairs; ++p) {
+            const uint32_t pair = (static_cast<uint32_t>(tap[2 * p + 1]) << 16) | (static_cast<uint32_t>(tap[2 * p]) & 0xFFFFu);
+            pairs[p] = hn::BitCast(d16, hn::Set(d32, static_cast<int32_t>(pair)));
+        }
+        uint8_t* out = job.dst + y * job.dstRowBytes;
+        size_t s = first;
+        for (; s + N <= end; s += N) {
+            auto lower0 = hn::Zero(d32), lower1 = hn::Zero(d32), upper0 = hn::Zero(d32), upper1 = hn::Zero(d32);
+            for (size_t p = 0; p < kPairs; ++p) {
+                const auto a = hn::BitCast(d16, hn::PromoteTo(hn::RebindToUnsigned<decltype(d16)>(), hn::LoadU(d8, rows[2 * p] + s)));
+                const auto b = hn::BitCast(d16, hn::PromoteTo(hn::RebindToUnsigned<decltype(d16)>(), hn::LoadU(d8, rows[2 * p + 1] + s)));
+                lower0 = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveLower(d16, a, b), pairs[p], lower0, lower1);
+                upper0 = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveUpper(d16, a, b), pairs[p], upper0, upper1);
+            }
+            const auto round = [&](hn::Vec<decltype(d32)> sum) { return hn::ShiftRight<14>(hn::Add(sum, hn::Set(d32, 16383))); };
+            const auto lower = round(hn::RearrangeToOddPlusEven(lower0, lower1));
+            const auto upper = round(hn::RearrangeToOddPlusEven(upper0, upper1));
+            hn::StoreU(hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper)), d8, out + s);
+        }
+        ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
+    }
+}
+
 // Four channels: one pixel's channels in the lanes of 128-bit vectors.
 template <PixelFormat F, Arithmetic A, size_t kTaps>
 void HorizontalPixelsVector(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
@@ -383,7 +436,11 @@ void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h
 
 void VerticalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
-        VerticalPassVector<F, A, kTaps>(job, x0, y0, w, h);
+        if constexpr (F.sample == SampleKind::U8 && A == Arithmetic::Fixed) {
+            VerticalBytesFixed<F, kTaps>(job, x0, y0, w, h);
+        } else {
+            VerticalPassVector<F, A, kTaps>(job, x0, y0, w, h);
+        }
     });
 }
 
