@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Geometry/ScaleKernels.cpp"
@@ -252,11 +253,16 @@ HWY_INLINE hn::VFromD<D> LoadBlocks(D d, const uint8_t* row, const size_t* offse
     }
 }
 
-template <class D>
-HWY_INLINE hn::VFromD<D> BlockShuffle(D d, const uint8_t (&bytes)[16]) {
-    HWY_ALIGN uint8_t aligned[16];
-    for (size_t k = 0; k < 16; ++k) aligned[k] = bytes[k];
-    return hn::LoadDup128(d, aligned);
+// The byte shuffles of a block: entry p takes taps (2p, 2p + 1) into the
+// halves of 32-bit lanes when `pairs`, else tap p alone.
+template <size_t kTaps, size_t kCount, class D>
+HWY_INLINE void TapShuffles(D d8, bool pairs, hn::VFromD<D> (&shuffles)[kCount]) {
+    for (size_t p = 0; p < kCount; ++p) {
+        HWY_ALIGN uint8_t bytes[16];
+        for (size_t k = 0; k < 16; ++k)
+            bytes[k] = pairs ? TapBytes<kTaps>::Byte(2 * p, 2 * p + 1, k) : TapBytes<kTaps>::Byte(p, kTaps, k);
+        shuffles[p] = hn::LoadDup128(d8, bytes);
+    }
 }
 
 // Runs the columns in chunks of kChunk outputs. For each chunk, `prepare(i,
@@ -308,77 +314,57 @@ HWY_INLINE void OverTapBlocks(const PassJob& job, size_t x0, size_t y0, size_t w
     }
 }
 
-template <size_t kTaps>
-void HorizontalBytePixelsFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+template <Arithmetic A, size_t kTaps>
+void HorizontalBytePixels(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     using Taps = TapBytes<kTaps>;
-    constexpr size_t kPairs = Taps::kPairs, kChunk = 512;
+    constexpr bool kFixed = A == Arithmetic::Fixed;
+    // Fixed point takes the taps in pairs, float one by one.
+    constexpr size_t kSteps = kFixed ? Taps::kPairs : kTaps, kChunk = kFixed ? 512 : 256;
     const hn::ScalableTag<uint8_t> d8;
     const hn::Repartition<int16_t, decltype(d8)> d16;
     const hn::Repartition<int32_t, decltype(d8)> d32;
-    using Sum = VectorSum<Arithmetic::Fixed, uint8_t, decltype(d32)>;
-    hn::VFromD<decltype(d8)> shuffles[kPairs];
-    for (size_t p = 0; p < kPairs; ++p) {
-        uint8_t bytes[16];
-        for (size_t k = 0; k < 16; ++k) bytes[k] = Taps::Byte(2 * p, 2 * p + 1, k);
-        shuffles[p] = BlockShuffle(d8, bytes);
-    }
-    // Each pair's weights (a, b), repeated over a block, so that consecutive
-    // outputs' blocks follow each other.
-    HWY_ALIGN int32_t pairs[kPairs][kChunk][4];
-    const auto prepare = [&](size_t i, const int32_t* weights) {
-        for (size_t j = 0; j < kTaps; ++j)
-            if (weights[j] < INT16_MIN || weights[j] > INT16_MAX) return false;
-        for (size_t p = 0; p < kPairs; ++p) {
-            const uint32_t b = 2 * p + 1 < kTaps ? static_cast<uint32_t>(weights[2 * p + 1]) : 0u;
-            const uint32_t pair = (b << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu);
-            for (size_t k = 0; k < 4; ++k) pairs[p][i][k] = static_cast<int32_t>(pair);
-        }
-        return true;
-    };
-    const auto group = [&](const uint8_t* src, const size_t* first, const size_t* second, size_t i, uint8_t* out) {
-        const auto low = LoadBlocks(d8, src, first);
-        const auto high = LoadBlocks(d8, src, second);
-        auto sum0 = hn::Zero(d32), sum1 = hn::Zero(d32);
-        for (size_t p = 0; p < kPairs; ++p) {
-            const auto samples = hn::BitCast(d16, hn::TableLookupBytesOr0(Taps::InSecond(2 * p) ? high : low, shuffles[p]));
-            sum0 = hn::ReorderWidenMulAccumulate(d32, samples, hn::BitCast(d16, hn::LoadU(d32, &pairs[p][i][0])), sum0, sum1);
-        }
-        Sum::Store(d32, hn::RearrangeToOddPlusEven(sum0, sum1), out);
-    };
-    OverTapBlocks<Arithmetic::Fixed, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
-}
-
-template <size_t kTaps>
-void HorizontalBytePixelsFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
-    using Taps = TapBytes<kTaps>;
-    constexpr size_t kChunk = 256;
-    const hn::ScalableTag<uint8_t> d8;
-    const hn::Repartition<int32_t, decltype(d8)> d32;
     const hn::Repartition<float, decltype(d8)> df;
-    using Sum = VectorSum<Arithmetic::Float, uint8_t, decltype(df)>;
-    hn::VFromD<decltype(d8)> shuffles[kTaps];
-    for (size_t j = 0; j < kTaps; ++j) {
-        uint8_t bytes[16];
-        for (size_t k = 0; k < 16; ++k) bytes[k] = Taps::Byte(j, kTaps, k);
-        shuffles[j] = BlockShuffle(d8, bytes);
-    }
-    HWY_ALIGN float taps[kTaps][kChunk][4];
-    const auto prepare = [&](size_t i, const float* weights) {
-        for (size_t j = 0; j < kTaps; ++j)
-            for (size_t k = 0; k < 4; ++k) taps[j][i][k] = weights[j];
+    using DA = std::conditional_t<kFixed, decltype(d32), decltype(df)>;
+    using Sum = VectorSum<A, uint8_t, DA>;
+    hn::VFromD<decltype(d8)> shuffles[kSteps];
+    TapShuffles<kTaps>(d8, kFixed, shuffles);
+    // Each step's weight (fixed point: the pair's weights (a, b) in the
+    // halves of a lane), repeated over a block so that consecutive outputs'
+    // blocks follow each other.
+    HWY_ALIGN typename Sum::Lane steps[kSteps][kChunk][4];
+    const auto prepare = [&](size_t i, const Weight<A>* weights) {
+        for (size_t p = 0; p < kSteps; ++p) {
+            typename Sum::Lane step = weights[p];
+            if constexpr (kFixed) {
+                for (size_t j = 2 * p; j < 2 * p + 2 && j < kTaps; ++j)
+                    if (weights[j] < INT16_MIN || weights[j] > INT16_MAX) return false;
+                const uint32_t b = 2 * p + 1 < kTaps ? static_cast<uint32_t>(weights[2 * p + 1]) : 0u;
+                step = static_cast<int32_t>((b << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu));
+            }
+            for (size_t k = 0; k < 4; ++k) steps[p][i][k] = step;
+        }
         return true;
     };
     const auto group = [&](const uint8_t* src, const size_t* first, const size_t* second, size_t i, uint8_t* out) {
         const auto low = LoadBlocks(d8, src, first);
         const auto high = LoadBlocks(d8, src, second);
-        auto acc = hn::Zero(df);
-        for (size_t j = 0; j < kTaps; ++j) {
-            const auto samples = hn::ConvertTo(df, hn::BitCast(d32, hn::TableLookupBytesOr0(Taps::InSecond(j) ? high : low, shuffles[j])));
-            acc = Sum::Add(acc, hn::LoadU(df, &taps[j][i][0]), samples);
+        const auto taps = [&](size_t p) {
+            return hn::TableLookupBytesOr0(Taps::InSecond(kFixed ? 2 * p : p) ? high : low, shuffles[p]);
+        };
+        if constexpr (kFixed) {
+            auto sum0 = hn::Zero(d32), sum1 = hn::Zero(d32);
+            for (size_t p = 0; p < kSteps; ++p)
+                sum0 = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, taps(p)),
+                                                     hn::BitCast(d16, hn::LoadU(d32, &steps[p][i][0])), sum0, sum1);
+            Sum::Store(d32, hn::RearrangeToOddPlusEven(sum0, sum1), out);
+        } else {
+            auto acc = hn::Zero(df);
+            for (size_t j = 0; j < kSteps; ++j)
+                acc = Sum::Add(acc, hn::LoadU(df, &steps[j][i][0]), hn::ConvertTo(df, hn::BitCast(d32, taps(j))));
+            Sum::Store(df, acc, out);
         }
-        Sum::Store(df, acc, out);
     };
-    OverTapBlocks<Arithmetic::Float, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
+    OverTapBlocks<A, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
 }
 
 // One channel: consecutive output pixels in the lanes; each tap's samples
@@ -422,10 +408,8 @@ void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
 
 void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
-        if constexpr (F.sample == SampleKind::U8 && F.channels == 4 && A == Arithmetic::Fixed) {
-            HorizontalBytePixelsFixed<kTaps>(job, x0, y0, w, h);
-        } else if constexpr (F.sample == SampleKind::U8 && F.channels == 4 && A == Arithmetic::Float) {
-            HorizontalBytePixelsFloat<kTaps>(job, x0, y0, w, h);
+        if constexpr (F.sample == SampleKind::U8 && F.channels == 4) {
+            HorizontalBytePixels<A, kTaps>(job, x0, y0, w, h);
         } else if constexpr (F.channels == 4) {
             HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);
         } else {
