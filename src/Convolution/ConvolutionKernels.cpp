@@ -15,14 +15,17 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstddef>
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Convolution/ConvolutionKernels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "Convolution/ConvolutionKernels.h"
+#include "Core/Streaming.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
@@ -266,6 +269,192 @@ void BoxGroups(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r
     }
 }
 
+// ---- Box filter, both passes at once ----------------------------------------------
+
+// n / 2r for a span of 2r, by a shift when 2r is a power of two (the usual
+// odd kernel sizes 3, 7, 15, ... give one) and by the magic number otherwise.
+template <class D>
+struct SpanDivide {
+    LaneDivide<D, 16> magic;
+    int shift;  // -1: use `magic`
+    uint32_t span;
+    explicit SpanDivide(size_t r)
+        : magic(convolution::MagicDivisor<16>::For(static_cast<uint32_t>(2 * r))),
+          shift(std::has_single_bit(2 * r) ? std::countr_zero(2 * r) : -1),
+          span(static_cast<uint32_t>(2 * r)) {}
+    hn::Vec<D> operator()(hn::Vec<D> n) const { return shift >= 0 ? hn::ShiftRightSame(n, shift) : magic(n); }
+};
+
+using DS = hn::ScalableTag<uint16_t>;
+using DB = hn::Rebind<uint8_t, DS>;
+
+// out[i] = sums[i] / 2r as bytes, for i < count.
+void SumsToBytes(const uint16_t* sums, uint8_t* out, size_t count, const SpanDivide<DS>& divide) {
+    const DS ds;
+    const DB db;
+    const size_t N = hn::Lanes(ds);
+    size_t i = 0;
+    for (; i + N <= count; i += N) hn::StoreU(hn::TruncateTo(db, divide(hn::LoadU(ds, sums + i))), db, out + i);
+    for (; i < count; ++i) out[i] = static_cast<uint8_t>(sums[i] / divide.span);
+}
+
+// A pixel's P channels in 16-bit lanes, and a vector of 8 / P such pixels.
+template <size_t P>
+hn::Vec128<uint16_t> AllPixels(hn::Vec<hn::CappedTag<uint16_t, P>> one) {
+    const hn::Full128<uint16_t> d;
+    if constexpr (P == 4) return hn::Combine(d, one, one);
+    else return hn::Set(d, hn::GetLane(one));
+}
+template <size_t P>
+hn::Vec<hn::CappedTag<uint16_t, P>> OnePixel(hn::Vec128<uint16_t> all) {
+    if constexpr (P == 4) return hn::LowerHalf(all);
+    else return hn::Set(hn::CappedTag<uint16_t, P>(), hn::GetLane(all));
+}
+// The last pixel of v in every pixel.
+template <size_t P>
+hn::Vec128<uint16_t> LastPixel(hn::Vec128<uint16_t> v) {
+    if constexpr (P == 4) {
+        const hn::Full128<uint64_t> d64;
+        return hn::BitCast(hn::Full128<uint16_t>(), hn::InterleaveUpper(d64, hn::BitCast(d64, v), hn::BitCast(d64, v)));
+    } else {
+        return hn::Broadcast<7>(v);
+    }
+}
+
+// The box's running sum along one line of n >= 2r pixels, for outputs
+// [x0, x1) into out (its bytes from x0 on): with the line at least a span
+// long the three loops of the running sum reduce to a sum over the span with
+// positions clamped to the line, started directly at x0 and then run on.
+template <size_t P>
+void BoxAlongLine(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1, uint8_t* out,
+                  const SpanDivide<DS>& divide) {
+    const hn::CappedTag<uint8_t, P> d8;
+    const hn::CappedTag<uint16_t, P> d16;
+    auto sample = [&](size_t x) { return hn::PromoteTo(d16, hn::LoadU(d8, line + x * P)); };
+    // The span of x0 - 1: positions x0 - r .. x0 + r - 1.
+    auto sum = hn::Zero(d16);
+    for (ptrdiff_t t = static_cast<ptrdiff_t>(x0 - r); t < static_cast<ptrdiff_t>(x0 + r); ++t)
+        sum = hn::Add(sum, sample(static_cast<size_t>(std::clamp<ptrdiff_t>(t, 0, static_cast<ptrdiff_t>(n) - 1))));
+    constexpr size_t kBlock = 1024 / P;
+    alignas(64) uint16_t sums[kBlock * P];
+    for (size_t xb = x0; xb < x1; xb += kBlock) {
+        const size_t xe = std::min(x1, xb + kBlock);
+        uint16_t* to = sums;
+        // Outputs [from, end) adding position x + r and dropping x - r, each
+        // fixed at the line's end where it would pass it.
+        auto run = [&](size_t from, size_t end, const uint8_t* add, size_t addStep, const uint8_t* drop,
+                       size_t dropStep) {
+            size_t x = from;
+            // Inside the line both positions move: a vector of differences
+            // at a time, its prefix sum across pixels added to the carried
+            // sum (which then advances by the last pixel's prefix, so the
+            // loop carries one addition per vector).
+            if (addStep == P && dropStep == P) {
+                const hn::Full128<uint16_t> dw;
+                const hn::Full64<uint8_t> d8w;
+                constexpr size_t kStep = 8 / P;
+                auto carry = AllPixels<P>(sum);
+                for (; x + kStep <= end; x += kStep, add += 8, drop += 8, to += 8) {
+                    auto v = hn::Sub(hn::PromoteTo(dw, hn::LoadU(d8w, add)), hn::PromoteTo(dw, hn::LoadU(d8w, drop)));
+                    v = hn::Add(v, hn::ShiftLeftLanes<P>(dw, v));
+                    if constexpr (P == 1) {
+                        v = hn::Add(v, hn::ShiftLeftLanes<2>(dw, v));
+                        v = hn::Add(v, hn::ShiftLeftLanes<4>(dw, v));
+                    }
+                    hn::StoreU(hn::Add(v, carry), dw, to);
+                    carry = hn::Add(carry, LastPixel<P>(v));
+                }
+                sum = OnePixel<P>(carry);
+            }
+            for (; x < end; ++x, add += addStep, drop += dropStep, to += P) {
+                sum = hn::Add(sum, hn::Sub(hn::PromoteTo(d16, hn::LoadU(d8, add)),
+                                           hn::PromoteTo(d16, hn::LoadU(d8, drop))));
+                hn::StoreU(sum, d16, to);
+            }
+        };
+        const size_t leftEnd = std::clamp(r, xb, xe), rightStart = std::clamp(n - r, leftEnd, xe);
+        run(xb, leftEnd, line + (xb + r) * P, P, line, 0);
+        if (leftEnd < rightStart) run(leftEnd, rightStart, line + (leftEnd + r) * P, P, line + (leftEnd - r) * P, P);
+        if (rightStart < xe) run(rightStart, xe, line + (n - 1) * P, 0, line + (rightStart - r) * P, P);
+        SumsToBytes(sums, out + (xb - x0) * P, (xe - xb) * P, divide);
+    }
+}
+
+// One output row of the vertical running sum: sums += add - drop, out = sums
+// / 2r. Streamed rows store whole aligned vectors from the first aligned
+// byte on, the bytes before it and after the last vector one by one.
+void BoxDownStep(uint16_t* sums, const uint8_t* add, const uint8_t* drop, uint8_t* out, size_t count,
+                 const SpanDivide<DS>& divide, bool stream) {
+    const DS ds;
+    const DB db;
+    const size_t N = hn::Lanes(ds);
+    auto one = [&](size_t i) {
+        sums[i] = static_cast<uint16_t>(sums[i] + add[i] - drop[i]);
+        out[i] = static_cast<uint8_t>(sums[i] / divide.span);
+    };
+    size_t i = 0;
+    if (stream) {
+        const size_t head = std::min(count, (N - reinterpret_cast<uintptr_t>(out) % N) % N);
+        for (; i < head; ++i) one(i);
+    }
+    for (; i + N <= count; i += N) {
+        const auto s = hn::Add(hn::LoadU(ds, sums + i), hn::Sub(hn::PromoteTo(ds, hn::LoadU(db, add + i)),
+                                                                hn::PromoteTo(ds, hn::LoadU(db, drop + i))));
+        hn::StoreU(s, ds, sums + i);
+        const auto bytes = hn::TruncateTo(db, divide(s));
+        if (stream) hn::Stream(bytes, db, out + i);
+        else hn::StoreU(bytes, db, out + i);
+    }
+    for (; i < count; ++i) one(i);
+}
+
+// Both passes of the box filter at once, for an image at least a span long
+// in each direction (so no line is read past its end): the horizontal pass
+// runs along rows into a ring of rows kept in the scratch, just ahead of the
+// vertical pass, whose running sums go down the columns in vector lanes. The
+// bytes are those of the two transposed passes, as the first pass's results
+// are truncated before the second reads them; the work is one read of the
+// source and one write of the destination, the ring staying in the cache.
+// Columns are taken in strips so the vertical sums fit on the stack.
+template <size_t P>
+void BoxBothWays(const uint8_t* src, uint8_t* dest, uint8_t* ring, size_t width, size_t height, size_t rAcross,
+                 size_t rDown) {
+    const size_t rowBytes = width * P, slots = std::min(height, 2 * rDown + 1);
+    const bool stream = WantsStreaming(rowBytes * height);
+    const SpanDivide<DS> across(rAcross), down(rDown);
+    const DS ds;
+    const DB db;
+    const size_t N = hn::Lanes(ds);
+    constexpr size_t kStripBytes = 8192;
+    static_assert(kStripBytes % P == 0);
+    alignas(64) uint16_t sums[kStripBytes];
+    for (size_t x0 = 0; x0 < width; x0 += kStripBytes / P) {
+        const size_t x1 = std::min(width, x0 + kStripBytes / P), bytes = (x1 - x0) * P;
+        auto row = [&](size_t y) { return ring + (y % slots) * rowBytes + x0 * P; };
+        auto acrossRow = [&](size_t y) { BoxAlongLine<P>(src + y * rowBytes, width, rAcross, x0, x1, row(y), across); };
+        for (size_t y = 0; y < rDown; ++y) acrossRow(y);
+        // The span of row -1: row 0 r + 1 times, then rows 1 .. r - 1.
+        const auto times = hn::Set(ds, static_cast<uint16_t>(rDown + 1));
+        size_t i = 0;
+        for (; i + N <= bytes; i += N) {
+            auto s = hn::Mul(hn::PromoteTo(ds, hn::LoadU(db, row(0) + i)), times);
+            for (size_t y = 1; y < rDown; ++y) s = hn::Add(s, hn::PromoteTo(ds, hn::LoadU(db, row(y) + i)));
+            hn::Store(s, ds, sums + i);
+        }
+        for (; i < bytes; ++i) {
+            uint32_t s = row(0)[i] * static_cast<uint32_t>(rDown + 1);
+            for (size_t y = 1; y < rDown; ++y) s += row(y)[i];
+            sums[i] = static_cast<uint16_t>(s);
+        }
+        for (size_t y = 0; y < height; ++y) {
+            if (y + rDown < height) acrossRow(y + rDown);
+            BoxDownStep(sums, row(std::min(y + rDown, height - 1)), row(y >= rDown ? y - rDown : 0),
+                        dest + y * rowBytes + x0 * P, bytes, down, stream);
+        }
+    }
+    if (stream) hwy::FlushStream();
+}
+
 }  // namespace
 #endif
 
@@ -311,6 +500,20 @@ void BoxPassVector(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size
 #endif
 }
 
+void BoxVector(const uint8_t* src, uint8_t* dest, uint8_t* scratch, size_t width, size_t height, size_t rAcross,
+               size_t rDown, size_t pixelBytes) {
+#if HWY_TARGET != HWY_SCALAR
+    if (width >= 2 * rAcross && height >= 2 * rDown && (pixelBytes == 1 || pixelBytes == 4)) {
+        if (pixelBytes == 1) BoxBothWays<1>(src, dest, scratch, width, height, rAcross, rDown);
+        else BoxBothWays<4>(src, dest, scratch, width, height, rAcross, rDown);
+        return;
+    }
+#endif
+    BoxPassVector(src, scratch, width, height, rAcross, pixelBytes);
+    BoxPassVector(scratch, dest, height, width, rDown, pixelBytes);
+}
+
+
 }  // namespace quorin::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -318,10 +521,10 @@ HWY_AFTER_NAMESPACE();
 namespace quorin::convolution {
 
 HWY_EXPORT(ConvolveRowVector);
-HWY_EXPORT(BoxPassVector);
+HWY_EXPORT(BoxVector);
 
 const KernelPair<ConvolveRowKernel> kConvolveRowKernels{&ConvolveRow, HWY_DISPATCH_TABLE(ConvolveRowVector)};
-const KernelPair<BoxPassKernel> kBoxPassKernels{&BoxPass, HWY_DISPATCH_TABLE(BoxPassVector)};
+const KernelPair<BoxKernel> kBoxKernels{&Box, HWY_DISPATCH_TABLE(BoxVector)};
 
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
                                 size_t kernelWidth, int32_t divisor) {

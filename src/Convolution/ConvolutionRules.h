@@ -135,4 +135,12 @@ inline void BoxPass(const uint8_t* in, uint8_t* out, size_t n, size_t lines, siz
     BoxLines(in, out, n, lines, r, pixelBytes, 0, lines);
 }
 
+// The box filter: rows into the scratch transposed, then its rows (the
+// image's columns) back into dest.
+inline void Box(const uint8_t* src, uint8_t* dest, uint8_t* scratch, size_t width, size_t height, size_t rAcross,
+                size_t rDown, size_t pixelBytes) {
+    BoxPass(src, scratch, width, height, rAcross, pixelBytes);
+    BoxPass(scratch, dest, height, width, rDown, pixelBytes);
+}
+
 }  // namespace quorin::convolution

@@ -147,10 +147,9 @@ Quorin_Error RunBox(const Quorin_Buffer* src, const Quorin_Buffer* dest, void* t
     if (AnyNullData(src, dest) || ExtentTooLarge(src) || ExtentTooLarge(dest)) return kQuorinError_BadArgument;
     TempBuffer scratch;
     if (const Quorin_Error error = scratch.acquire(tempBuffer, bytes)) return error;
-    const BoxPassKernel pass = kBoxPassKernels.choose();
-    auto* transposed = static_cast<uint8_t*>(scratch.data());
-    pass(static_cast<const uint8_t*>(src->data), transposed, src->width, src->height, 1 + kernelWidth / 2, P);
-    pass(transposed, static_cast<uint8_t*>(dest->data), src->height, src->width, 1 + kernelHeight / 2, P);
+    kBoxKernels.choose()(static_cast<const uint8_t*>(src->data), static_cast<uint8_t*>(dest->data),
+                         static_cast<uint8_t*>(scratch.data()), src->width, src->height, 1 + kernelWidth / 2,
+                         1 + kernelHeight / 2, P);
     return kQuorinSuccess;
 }
 

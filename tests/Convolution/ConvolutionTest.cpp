@@ -188,6 +188,45 @@ TEST(BoxConvolve, MatchesTheDescriptionAtEverySizeAroundTheKernel) {
         }
 }
 
+// Images at least a span long both ways take both passes at once, in
+// strips of columns: random sizes around a span, the ring of rows and a
+// strip's width (8192 bytes), spans that are powers of two and others.
+TEST(BoxConvolve, BothPassesAtOnceMatchTheDescription) {
+    Random random(12);
+    struct Case { size_t width, height; uint32_t kh, kw; };
+    std::vector<Case> cases;
+    for (int i = 0; i < 12; ++i) {
+        const uint32_t kh = 1 + 2 * static_cast<uint32_t>(random.next() % 12),
+                       kw = 1 + 2 * static_cast<uint32_t>(random.next() % 12);
+        // Heights from a span (no ring wrap) to well past it; widths past a vector.
+        cases.push_back({kw + 1 + random.next() % 90, kh + 1 + random.next() % (3 * kh + 4), kh, kw});
+    }
+    cases.push_back({2049, 18, 15, 15});  // ARGB8888 past one strip
+    cases.push_back({8200, 5, 3, 5});     // Planar8 past one strip
+    cases.push_back({300, 40, 14, 6});    // spans of 16 and 8 (ARGB8888 even sizes)
+    for (const size_t bytes : {size_t{1}, size_t{4}})
+        for (const Case c : cases) {
+            if (bytes == 1 && (c.kh % 2 == 0 || c.kw % 2 == 0)) continue;
+            const GuardedImage src = RandomImage(c.width, c.height, bytes, random.next());
+            const auto want = ReferenceBox(ImageOf(src), c.kh, c.kw);
+            SCOPED_TRACE(::testing::Message() << c.width << "x" << c.height << "x" << bytes << " kernel " << c.kh
+                                              << "x" << c.kw);
+            std::vector<uint8_t> scratch(c.width * c.height * bytes);
+            auto run = [&](Quorin_Flags flags) {
+                GuardedImage dest(c.width, c.height, bytes, 0, random.next() % 5);
+                EXPECT_EQ(Box(bytes).run({src.record(), dest.record(), scratch.data(), 0, 0, nullptr, c.kh, c.kw, 0,
+                                          flags}),
+                          kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want);
+                return dest.pixels();
+            };
+            ExpectSameBytesEverywhere(run, KernelVariants());
+            const StreamingForced streamed;  // destination rows at every alignment
+            ExpectSameBytesEverywhere(run, KernelVariants());
+        }
+}
+
 TEST(BoxConvolve, WorkedValuesAndTheCallersScratch) {
     for (const size_t bytes : {size_t{1}, size_t{4}}) {
         // 3 x 3 on a flat image: unchanged, edges included.
