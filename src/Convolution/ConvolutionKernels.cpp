@@ -327,7 +327,7 @@ hn::Vec128<uint16_t> LastPixel(hn::Vec128<uint16_t> v) {
 // positions clamped to the line, started directly at x0 and then run on.
 template <size_t P>
 void BoxAlongLine(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1, uint8_t* out,
-                  const SpanDivide<DS>& divide) {
+                  const SpanDivide<DS>& divide, size_t ahead) {
     const hn::CappedTag<uint8_t, P> d8;
     const hn::CappedTag<uint16_t, P> d16;
     auto sample = [&](size_t x) { return hn::PromoteTo(d16, hn::LoadU(d8, line + x * P)); };
@@ -355,6 +355,9 @@ void BoxAlongLine(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1,
                 constexpr size_t kStep = 8 / P;
                 auto carry = AllPixels<P>(sum);
                 for (; x + kStep <= end; x += kStep, add += 8, drop += 8, to += 8) {
+                    // The next line, which the next call reads: its pages
+                    // come in before the hardware would start on them.
+                    hwy::Prefetch(add + ahead);
                     auto v = hn::Sub(hn::PromoteTo(dw, hn::LoadU(d8w, add)), hn::PromoteTo(dw, hn::LoadU(d8w, drop)));
                     v = hn::Add(v, hn::ShiftLeftLanes<P>(dw, v));
                     if constexpr (P == 1) {
@@ -381,30 +384,36 @@ void BoxAlongLine(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1,
 }
 
 // One output row of the vertical running sum: sums += add - drop, out = sums
-// / 2r. Streamed rows store whole aligned vectors from the first aligned
-// byte on, the bytes before it and after the last vector one by one.
+// / 2r. Streamed rows store whole aligned vectors of bytes (two vectors of
+// sums) from the first aligned byte on; the bytes before and after go out
+// half a vector, then one, at a time.
 void BoxDownStep(uint16_t* sums, const uint8_t* add, const uint8_t* drop, uint8_t* out, size_t count,
                  const SpanDivide<DS>& divide, bool stream) {
     const DS ds;
     const DB db;
+    const hn::Repartition<uint8_t, DS> d8;
     const size_t N = hn::Lanes(ds);
     auto one = [&](size_t i) {
         sums[i] = static_cast<uint16_t>(sums[i] + add[i] - drop[i]);
         out[i] = static_cast<uint8_t>(sums[i] / divide.span);
     };
-    size_t i = 0;
-    if (stream) {
-        const size_t head = std::min(count, (N - reinterpret_cast<uintptr_t>(out) % N) % N);
-        for (; i < head; ++i) one(i);
-    }
-    for (; i + N <= count; i += N) {
+    auto half = [&](size_t i) {
         const auto s = hn::Add(hn::LoadU(ds, sums + i), hn::Sub(hn::PromoteTo(ds, hn::LoadU(db, add + i)),
                                                                 hn::PromoteTo(ds, hn::LoadU(db, drop + i))));
         hn::StoreU(s, ds, sums + i);
-        const auto bytes = hn::TruncateTo(db, divide(s));
-        if (stream) hn::Stream(bytes, db, out + i);
-        else hn::StoreU(bytes, db, out + i);
+        return hn::TruncateTo(db, divide(s));
+    };
+    size_t i = 0;
+    if (stream) {
+        const auto misaligned = [&](size_t align) { return reinterpret_cast<uintptr_t>(out + i) % align != 0; };
+        for (; i < count && misaligned(N); ++i) one(i);
+        for (; i + N <= count && misaligned(2 * N); i += N) hn::StoreU(half(i), db, out + i);
+        for (; i + 2 * N <= count; i += 2 * N) {
+            const auto lo = half(i);
+            hn::Stream(hn::Combine(d8, half(i + N), lo), d8, out + i);
+        }
     }
+    for (; i + N <= count; i += N) hn::StoreU(half(i), db, out + i);
     for (; i < count; ++i) one(i);
 }
 
@@ -431,7 +440,8 @@ void BoxBothWays(const uint8_t* src, uint8_t* dest, uint8_t* ring, size_t width,
     for (size_t x0 = 0; x0 < width; x0 += kStripBytes / P) {
         const size_t x1 = std::min(width, x0 + kStripBytes / P), bytes = (x1 - x0) * P;
         auto row = [&](size_t y) { return ring + (y % slots) * rowBytes + x0 * P; };
-        auto acrossRow = [&](size_t y) { BoxAlongLine<P>(src + y * rowBytes, width, rAcross, x0, x1, row(y), across); };
+        auto acrossRow = [&](size_t y) { BoxAlongLine<P>(src + y * rowBytes, width, rAcross, x0, x1, row(y), across, y + 1 < height ? rowBytes : 0);
+        };
         for (size_t y = 0; y < rDown; ++y) acrossRow(y);
         // The span of row -1: row 0 r + 1 times, then rows 1 .. r - 1.
         const auto times = hn::Set(ds, static_cast<uint16_t>(rDown + 1));
