@@ -108,6 +108,72 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
     return end;
 }
 
+// ---- A column of triangular weights ---------------------------------------------
+
+// The tent's vertical pass by running sums, at a cost that does not grow
+// with its height. With B(u) the sum of rows u - h .. u (rows outside the
+// image are 0), the weighted sum of output row y is T(y) = B(y) + .. +
+// B(y + h), so T(y) = T(y - 1) + D(y) with D(y) = B(y + h) - B(y - 1), and
+// D(y) = D(y - 1) + M(y + h) - 2 M(y - 1) + M(y - h - 2). Every true T is
+// below 2^16 (the weights' sum times 255 fits), so 16-bit lanes that wrap on
+// the way give it exactly; the quotient is the general convolution's.
+// Columns go in strips so the two rows of sums fit on the stack.
+constexpr size_t kTentStrip = 4096;
+alignas(64) constexpr uint8_t kZeroRow[kTentStrip] = {};
+
+template <class D>
+void TentDown(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last, size_t width,
+              const ConvolveShape& s) {
+    const D ds;
+    const hn::Rebind<uint8_t, D> db;
+    const size_t N = hn::Lanes(ds), bytes = width * s.pixelBytes;
+    const ptrdiff_t h = static_cast<ptrdiff_t>(s.kernelHeight / 2), height = static_cast<ptrdiff_t>(src.height);
+    const LaneDivide<D, 16> divide(s.divide16);
+    alignas(64) uint16_t diff[kTentStrip], sums[kTentStrip];
+    for (size_t b0 = 0; b0 < bytes; b0 += kTentStrip) {
+        const size_t count = std::min(kTentStrip, bytes - b0);
+        // Row t of the strip, or zeros outside the image.
+        auto M = [&](ptrdiff_t t) -> const uint8_t* {
+            if (t < 0 || t >= height) return kZeroRow;
+            return static_cast<const uint8_t*>(src.data) + static_cast<size_t>(t) * src.rowBytes + b0;
+        };
+        // D and T of row y0 - 1, directly.
+        const ptrdiff_t y = static_cast<ptrdiff_t>(first) - 1;
+        for (size_t i = 0; i < count; ++i) {
+            uint32_t lead = 0, lag = 0, total = 0;
+            for (ptrdiff_t t = y; t <= y + h; ++t) lead += M(t)[i];
+            for (ptrdiff_t t = y - 1 - h; t <= y - 1; ++t) lag += M(t)[i];
+            for (ptrdiff_t t = y - h; t <= y + h; ++t)
+                total += static_cast<uint32_t>(h + 1 - (t < y ? y - t : t - y)) * M(t)[i];
+            diff[i] = static_cast<uint16_t>(lead - lag);
+            sums[i] = static_cast<uint16_t>(total);
+        }
+        for (size_t row = first; row < last; ++row) {
+            const ptrdiff_t r = static_cast<ptrdiff_t>(row);
+            const uint8_t *add = M(r + h), *twice = M(r - 1), *drop = M(r - h - 2);
+            uint8_t* out = static_cast<uint8_t*>(dest.data) + row * dest.rowBytes + b0;
+            // The row after next's pages, before the hardware starts on them.
+            const uint8_t* next = M(r + h + 1);
+            size_t i = 0;
+            for (; i + N <= count; i += N) {
+                hwy::Prefetch(next + i);
+                const auto m = hn::PromoteTo(ds, hn::LoadU(db, twice + i));
+                auto d = hn::Add(hn::Load(ds, diff + i), hn::PromoteTo(ds, hn::LoadU(db, add + i)));
+                d = hn::Sub(hn::Add(d, hn::PromoteTo(ds, hn::LoadU(db, drop + i))), hn::Add(m, m));
+                const auto t = hn::Add(hn::Load(ds, sums + i), d);
+                hn::Store(d, ds, diff + i);
+                hn::Store(t, ds, sums + i);
+                hn::StoreU(hn::TruncateTo(db, divide(t)), db, out + i);
+            }
+            for (; i < count; ++i) {
+                diff[i] = static_cast<uint16_t>(diff[i] + add[i] + drop[i] - 2 * twice[i]);
+                sums[i] = static_cast<uint16_t>(sums[i] + diff[i]);
+                out[i] = static_cast<uint8_t>(sums[i] / s.divisor);
+            }
+        }
+    }
+}
+
 // ---- Box filter ----------------------------------------------------------------
 
 using D8 = hn::Full128<uint8_t>;
@@ -495,6 +561,17 @@ void ConvolveRowVector(const uint8_t* const* rows, uint8_t* out, size_t first, s
 #endif
 }
 
+void ConvolveBandVector(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last, size_t width,
+                        const ConvolveShape& s) {
+#if HWY_TARGET != HWY_SCALAR
+    if (s.tentColumn) {
+        TentDown<hn::ScalableTag<uint16_t>>(src, dest, first, last, width, s);
+        return;
+    }
+#endif
+    convolution::ConvolveRows(src, dest, first, last, width, s, &ConvolveRowVector);
+}
+
 void BoxPassVector(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t pixelBytes) {
 #if HWY_TARGET == HWY_SCALAR
     convolution::BoxPass(in, out, n, lines, r, pixelBytes);
@@ -532,13 +609,16 @@ namespace quorin::convolution {
 
 HWY_EXPORT(ConvolveRowVector);
 HWY_EXPORT(BoxVector);
+HWY_EXPORT(ConvolveBandVector);
 
 const KernelPair<ConvolveRowKernel> kConvolveRowKernels{&ConvolveRow, HWY_DISPATCH_TABLE(ConvolveRowVector)};
 const KernelPair<BoxKernel> kBoxKernels{&Box, HWY_DISPATCH_TABLE(BoxVector)};
+const KernelPair<ConvolveBandKernel> kConvolveBandKernels{&ConvolveBand, HWY_DISPATCH_TABLE(ConvolveBandVector)};
 
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
                                 size_t kernelWidth, int32_t divisor) {
-    ConvolveShape s{width, pixelBytes, kernel, kernelHeight, kernelWidth, static_cast<uint32_t>(divisor), {}, {}, true};
+    ConvolveShape s{width,     pixelBytes, kernel, kernelHeight, kernelWidth, static_cast<uint32_t>(divisor),
+                    {},        {},         true,   false};
     uint64_t weights = 0;
     for (size_t i = 0; i < kernelHeight * kernelWidth; ++i) {
         if (kernel[i] < 0) s.sums16 = false;
@@ -547,6 +627,9 @@ ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* 
     if (weights * 255 > 0xFFFF) s.sums16 = false;
     s.divide32 = MagicDivisor<32>::For(s.divisor);
     if (s.divisor <= 0xFFFF) s.divide16 = MagicDivisor<16>::For(s.divisor);
+    s.tentColumn = kernelWidth == 1 && s.sums16 && s.divisor != 0 && s.divisor <= 0xFFFF;
+    for (size_t i = 0; i < kernelHeight && s.tentColumn; ++i)
+        s.tentColumn = kernel[i] == static_cast<int16_t>(std::min(i, kernelHeight - 1 - i) + 1);
     return s;
 }
 

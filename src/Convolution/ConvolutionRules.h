@@ -9,6 +9,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Core/RowWindow.h"
+#include "quorin/Types.h"
+
 namespace quorin::convolution {
 
 // Division of an unsigned `kBits`-bit numerator by a divisor fixed for the
@@ -60,6 +63,10 @@ struct ConvolveShape {
     // Every weight is non-negative and their sum times 255 fits 16 bits, so
     // no sum wraps in 16-bit lanes.
     bool sums16;
+    // One column of triangular weights 1, 2, .., h + 1, .., 2, 1 (the tent's
+    // second pass) with a divisor below 2^16: the vector kernel runs it down
+    // the columns by running sums, whatever its height.
+    bool tentColumn;
 };
 
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
@@ -90,6 +97,23 @@ inline uint8_t ConvolveByte(const uint8_t* const* rows, size_t b, const Convolve
 inline void ConvolveRow(const uint8_t* const* rows, uint8_t* out, size_t first, size_t count,
                         const ConvolveShape& s) {
     for (size_t b = first * s.pixelBytes; b < (first + count) * s.pixelBytes; ++b) out[b] = ConvolveByte(rows, b, s);
+}
+
+// Rows [first, last) of the convolution of the image `src` into `dest`,
+// `width` pixels each, one row at a time through `row` (ConvolveRow or its
+// vector twin).
+template <class Row>
+void ConvolveRows(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last, size_t width,
+                  const ConvolveShape& s, Row row) {
+    const size_t half = s.kernelHeight / 2;
+    RowWindow<uint8_t, 256> window(&src, half, half, WindowEdge::Outside);
+    for (size_t y = first; y < last; ++y)
+        row(window.at(y).data(), static_cast<uint8_t*>(dest.data) + y * dest.rowBytes, 0, width, s);
+}
+
+inline void ConvolveBand(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last,
+                         size_t width, const ConvolveShape& s) {
+    ConvolveRows(src, dest, first, last, width, s, &ConvolveRow);
 }
 
 // ---- Box filter --------------------------------------------------------------

@@ -102,6 +102,33 @@ TEST(Convolve, MatchesTheDescriptionForRandomKernelsDivisorsAndOffsets) {
             }
 }
 
+// A column of triangular weights runs down the columns by running sums that
+// start over at each band: heights up to the largest whose sums fit 16 bits
+// (31) and past it, bands and strips of columns (4096 bytes), every split.
+TEST(Convolve, TriangularColumnsMatchTheDescription) {
+    Random random(15);
+    for (const size_t bytes : {size_t{1}, size_t{4}})
+        for (const uint32_t kh : {3u, 5u, 15u, 31u, 33u}) {
+            const size_t width = bytes == 1 ? 4100 : 1100, height = 16 * kh + 37;
+            std::vector<int16_t> tent;
+            for (uint32_t i = 0; i < kh; ++i) tent.push_back(static_cast<int16_t>(std::min(i, kh - 1 - i) + 1));
+            const int32_t h = static_cast<int32_t>(kh / 2), divisor = kh == 15 ? 37 : (h + 1) * (h + 1);
+            const GuardedImage src = RandomImage(width, height, bytes, random.next(), 3);
+            Image want = ImageOf(RandomImage(width, height, bytes, 98));
+            ReferenceConvolve(ImageOf(src), want, 0, 0, tent.data(), kh, 1, divisor);
+            SCOPED_TRACE(::testing::Message() << "kernel " << kh << "x1 over " << width << "x" << height << "x" << bytes);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest = RandomImage(width, height, bytes, 98, 1);
+                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, tent.data(), kh, 1, divisor,
+                                              flags}),
+                          kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want.bytes);
+                return dest.pixels();
+            });
+        }
+}
+
 TEST(Convolve, WorkedValues) {
     const int16_t ones[9] = {1, 1, 1, 1, 1, 1, 1, 1, 1};
     for (const size_t bytes : {size_t{1}, size_t{4}}) {
