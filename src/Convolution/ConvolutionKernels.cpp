@@ -137,16 +137,29 @@ void TentDown(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first,
             if (t < 0 || t >= height) return kZeroRow;
             return static_cast<const uint8_t*>(src.data) + static_cast<size_t>(t) * src.rowBytes + b0;
         };
-        // D and T of row y0 - 1, directly.
+        // D and T of row first - 1, directly: D as the rows y .. y + h less
+        // the rows y - 1 - h .. y - 1, T with each row's weight.
         const ptrdiff_t y = static_cast<ptrdiff_t>(first) - 1;
-        for (size_t i = 0; i < count; ++i) {
-            uint32_t lead = 0, lag = 0, total = 0;
-            for (ptrdiff_t t = y; t <= y + h; ++t) lead += M(t)[i];
-            for (ptrdiff_t t = y - 1 - h; t <= y - 1; ++t) lag += M(t)[i];
-            for (ptrdiff_t t = y - h; t <= y + h; ++t)
-                total += static_cast<uint32_t>(h + 1 - (t < y ? y - t : t - y)) * M(t)[i];
-            diff[i] = static_cast<uint16_t>(lead - lag);
-            sums[i] = static_cast<uint16_t>(total);
+        size_t i = 0;
+        for (; i + N <= count; i += N) {
+            auto d = hn::Zero(ds), t = hn::Zero(ds);
+            for (ptrdiff_t k = -h - 1; k <= h; ++k) {
+                const auto m = hn::PromoteTo(ds, hn::LoadU(db, M(y + k) + i));
+                d = k < 0 ? hn::Sub(d, m) : hn::Add(d, m);
+                if (k >= -h) t = hn::Add(t, hn::Mul(m, hn::Set(ds, static_cast<uint16_t>(h + 1 - (k < 0 ? -k : k)))));
+            }
+            hn::Store(d, ds, diff + i);
+            hn::Store(t, ds, sums + i);
+        }
+        for (; i < count; ++i) {
+            uint32_t d = 0, t = 0;
+            for (ptrdiff_t k = -h - 1; k <= h; ++k) {
+                const uint32_t m = M(y + k)[i];
+                d = k < 0 ? d - m : d + m;
+                if (k >= -h) t += static_cast<uint32_t>(h + 1 - (k < 0 ? -k : k)) * m;
+            }
+            diff[i] = static_cast<uint16_t>(d);
+            sums[i] = static_cast<uint16_t>(t);
         }
         for (size_t row = first; row < last; ++row) {
             const ptrdiff_t r = static_cast<ptrdiff_t>(row);
@@ -154,8 +167,7 @@ void TentDown(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first,
             uint8_t* out = static_cast<uint8_t*>(dest.data) + row * dest.rowBytes + b0;
             // The row after next's pages, before the hardware starts on them.
             const uint8_t* next = M(r + h + 1);
-            size_t i = 0;
-            for (; i + N <= count; i += N) {
+            for (i = 0; i + N <= count; i += N) {
                 hwy::Prefetch(next + i);
                 const auto m = hn::PromoteTo(ds, hn::LoadU(db, twice + i));
                 auto d = hn::Add(hn::Load(ds, diff + i), hn::PromoteTo(ds, hn::LoadU(db, add + i)));
