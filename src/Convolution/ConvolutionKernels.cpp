@@ -14,6 +14,7 @@
 // of columns that keeps every column a span still needs.
 #include <algorithm>
 #include <bit>
+#include <numeric>
 #include <cstdint>
 #include <cstddef>
 #include <cstring>
@@ -95,11 +96,57 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
     return b;
 }
 
+// A kernel that is a column times a row, in 16-bit lanes: each stretch of
+// output bytes first sums its columns down the rows (with the halo the row
+// of weights reaches), then those sums across. The sums are the same integers
+// as the kernel's own, and as none passes 65535 none wraps.
+template <class DA, class Divide>
+size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
+                         const Divide& divide) {
+    static_assert(sizeof(hn::TFromD<DA>) == 2);
+    const DA da;
+    const hn::Rebind<uint8_t, DA> d8;
+    const size_t N = hn::Lanes(da), P = s.pixelBytes, back = (s.kernelWidth / 2) * P;
+    constexpr size_t kStretch = 1024;
+    alignas(64) uint16_t down[kStretch + 2 * 127 * 4];
+    size_t b = begin;
+    while (b + N <= end) {
+        const size_t count = std::min(kStretch, end - b) / N * N, span = count + 2 * back;
+        const size_t from = b - back;  // the interior's taps stay inside the row
+        size_t k = 0;
+        for (; k + N <= span; k += N) {
+            auto sum = hn::Zero(da);
+            for (size_t i = 0; i < s.kernelHeight; ++i)
+                if (rows[i] != nullptr)
+                    sum = hn::Add(sum, hn::Mul(hn::PromoteTo(da, hn::LoadU(d8, rows[i] + from + k)),
+                                               hn::Set(da, static_cast<uint16_t>(s.down[i]))));
+            hn::Store(sum, da, down + k);
+        }
+        for (; k < span; ++k) {
+            uint32_t sum = 0;
+            for (size_t i = 0; i < s.kernelHeight; ++i)
+                if (rows[i] != nullptr) sum += static_cast<uint32_t>(s.down[i]) * rows[i][from + k];
+            down[k] = static_cast<uint16_t>(sum);
+        }
+        for (k = 0; k < count; k += N) {
+            auto sum = hn::Zero(da);
+            for (size_t j = 0; j < s.kernelWidth; ++j)
+                sum = hn::Add(sum, hn::Mul(hn::LoadU(da, down + k + j * P), hn::Set(da, static_cast<uint16_t>(s.across[j]))));
+            hn::StoreU(hn::TruncateTo(d8, divide(sum)), d8, out + b + k);
+        }
+        b += count;
+    }
+    return b;
+}
+
 template <class DA, class Divide>
 size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
                         const Divide& divide) {
     const size_t lanes = hn::Lanes(DA());
-    const size_t b = ConvolveVectors<DA, 4>(rows, out, begin, end, s, divide);
+    size_t b = begin;
+    if constexpr (sizeof(hn::TFromD<DA>) == 2)
+        if (s.separable) b = ConvolveSeparable<DA>(rows, out, begin, end, s, divide);
+    b = ConvolveVectors<DA, 4>(rows, out, b, end, s, divide);
     const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide);
     // The rest as one more vector ending at `end`, over bytes already
     // written with the same values, rather than byte by byte.
@@ -630,7 +677,7 @@ const KernelPair<ConvolveBandKernel> kConvolveBandKernels{&ConvolveBand, HWY_DIS
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
                                 size_t kernelWidth, int32_t divisor) {
     ConvolveShape s{width,     pixelBytes, kernel, kernelHeight, kernelWidth, static_cast<uint32_t>(divisor),
-                    {},        {},         true,   false};
+                    {},        {},         true,   false, false, {}, {}};
     uint64_t weights = 0;
     for (size_t i = 0; i < kernelHeight * kernelWidth; ++i) {
         if (kernel[i] < 0) s.sums16 = false;
@@ -638,6 +685,28 @@ ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* 
     }
     if (weights * 255 > 0xFFFF) s.sums16 = false;
     s.divide32 = MagicDivisor<32>::For(s.divisor);
+    // A column times a row: the first non-zero weight's column and row,
+    // the column divided by its greatest common divisor.
+    if (s.sums16 && kernelHeight > 1 && kernelWidth > 1) {
+        size_t pivot = 0;
+        while (pivot < kernelHeight * kernelWidth && kernel[pivot] == 0) ++pivot;
+        if (pivot < kernelHeight * kernelWidth) {
+            const size_t i0 = pivot / kernelWidth, j0 = pivot % kernelWidth;
+            int g = 0;
+            for (size_t i = 0; i < kernelHeight; ++i) g = std::gcd(g, int{kernel[i * kernelWidth + j0]});
+            bool ok = true;
+            for (size_t i = 0; i < kernelHeight; ++i) s.down[i] = static_cast<int16_t>(kernel[i * kernelWidth + j0] / g);
+            const int c0 = s.down[i0];
+            for (size_t j = 0; j < kernelWidth && ok; ++j) {
+                ok = kernel[i0 * kernelWidth + j] % c0 == 0;
+                s.across[j] = static_cast<int16_t>(kernel[i0 * kernelWidth + j] / c0);
+            }
+            for (size_t i = 0; i < kernelHeight && ok; ++i)
+                for (size_t j = 0; j < kernelWidth && ok; ++j)
+                    ok = int{s.down[i]} * int{s.across[j]} == int{kernel[i * kernelWidth + j]};
+            s.separable = ok;
+        }
+    }
     if (s.divisor <= 0xFFFF) s.divide16 = MagicDivisor<16>::For(s.divisor);
     s.tentColumn = kernelWidth == 1 && s.sums16 && s.divisor != 0 && s.divisor <= 0xFFFF;
     for (size_t i = 0; i < kernelHeight && s.tentColumn; ++i)

@@ -67,6 +67,11 @@ struct ConvolveShape {
     // second pass) with a divisor below 2^16: the vector kernel runs it down
     // the columns by running sums, whatever its height.
     bool tentColumn;
+    // The kernel is the column `down` times the row `across` (non-negative
+    // weights whose sums fit 16 bits, more than one row and column): the
+    // vector kernel sums down, then across.
+    bool separable;
+    int16_t down[255], across[255];
 };
 
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,

@@ -102,6 +102,43 @@ TEST(Convolve, MatchesTheDescriptionForRandomKernelsDivisorsAndOffsets) {
             }
 }
 
+// Kernels that are a column times a row (and near misses, one weight off)
+// sum down, then across: random ones, leading zero rows and columns, a common
+// factor, over rows past the 1024-byte stretches the sums are made in.
+TEST(Convolve, ColumnTimesRowKernelsMatchTheDescription) {
+    Random random(16);
+    for (const size_t bytes : {size_t{1}, size_t{4}})
+        for (int trial = 0; trial < 8; ++trial) {
+            const uint32_t kh = 3 + 2 * static_cast<uint32_t>(random.next() % 3),
+                           kw = 3 + 2 * static_cast<uint32_t>(random.next() % 4);
+            std::vector<int16_t> down(kh), across(kw), weights;
+            for (auto& w : down) w = static_cast<int16_t>(random.next() % 4);
+            for (auto& w : across) w = static_cast<int16_t>(random.next() % 5);
+            down[0] = trial % 2 == 0 ? 0 : down[0];
+            across[0] = trial % 4 < 2 ? 0 : across[0];
+            const int16_t factor = trial % 3 == 0 ? 3 : 1;
+            for (const int16_t d : down)
+                for (const int16_t a : across) weights.push_back(static_cast<int16_t>(factor * d * a));
+            if (trial == 7) weights[weights.size() / 2] += 1;
+            const size_t width = 300 + random.next() % 900, height = 9 + random.next() % 9;
+            const int32_t divisor = 1 + static_cast<int32_t>(random.next() % 200);
+            const GuardedImage src = RandomImage(width, height, bytes, random.next(), 2);
+            Image want = ImageOf(RandomImage(width, height, bytes, 97));
+            ReferenceConvolve(ImageOf(src), want, 0, 0, weights.data(), kh, kw, divisor);
+            SCOPED_TRACE(::testing::Message() << "trial " << trial << " kernel " << kh << "x" << kw << " over "
+                                              << width << "x" << height << "x" << bytes);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest = RandomImage(width, height, bytes, 97, 1);
+                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, weights.data(), kh, kw,
+                                              divisor, flags}),
+                          kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want.bytes);
+                return dest.pixels();
+            }, KernelVariants());
+        }
+}
+
 // A column of triangular weights runs down the columns by running sums that
 // start over at each band: heights up to the largest whose sums fit 16 bits
 // (31) and past it, bands and strips of columns (4096 bytes), every split.
