@@ -53,15 +53,19 @@ template <class D, unsigned kBits>
 struct LaneDivide {
     hn::Vec<D> magic;
     int shift1, shift2;
+    bool powerOfTwo;
     explicit LaneDivide(const convolution::MagicDivisor<kBits>& m)
         : magic(hn::Set(D(), static_cast<hn::TFromD<D>>(m.magic))),
           shift1(static_cast<int>(m.shift1)),
-          shift2(static_cast<int>(m.shift2)) {}
+          shift2(static_cast<int>(m.shift2)),
+          powerOfTwo(std::has_single_bit(m.divisor)) {}
     hn::Vec<D> High(hn::Vec<D> n) const {
         if constexpr (kBits == 16) return hn::MulHigh(n, magic);
         else return MulHigh32(D(), n, magic);
     }
     hn::Vec<D> operator()(hn::Vec<D> n) const {
+        // A power of two: magic 1, so t = 0 and the quotient is n >> (shift1 + shift2).
+        if (powerOfTwo) return hn::ShiftRightSame(n, shift1 + shift2);
         const hn::Vec<D> t = High(n);
         return hn::ShiftRightSame(hn::Add(t, hn::ShiftRightSame(hn::Sub(n, t), shift1)), shift2);
     }
@@ -100,13 +104,16 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
 // output bytes first sums its columns down the rows (with the halo the row
 // of weights reaches), then those sums across. The sums are the same integers
 // as the kernel's own, and as none passes 65535 none wraps.
-template <class DA, class Divide>
+// kKH, kKW: the kernel's size when known when compiled (5 x 5, whose loops
+// then unroll), else 0.
+template <class DA, size_t kKH, size_t kKW, class Divide>
 size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
                          const Divide& divide) {
     static_assert(sizeof(hn::TFromD<DA>) == 2);
     const DA da;
     const hn::Rebind<uint8_t, DA> d8;
-    const size_t N = hn::Lanes(da), P = s.pixelBytes, back = (s.kernelWidth / 2) * P;
+    const size_t kh = kKH ? kKH : s.kernelHeight, kw = kKW ? kKW : s.kernelWidth;
+    const size_t N = hn::Lanes(da), P = s.pixelBytes, back = (kw / 2) * P;
     constexpr size_t kStretch = 1024;
     alignas(64) uint16_t down[kStretch + 2 * 127 * 4];
     size_t b = begin;
@@ -116,7 +123,7 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
         size_t k = 0;
         for (; k + N <= span; k += N) {
             auto sum = hn::Zero(da);
-            for (size_t i = 0; i < s.kernelHeight; ++i)
+            for (size_t i = 0; i < kh; ++i)
                 if (rows[i] != nullptr)
                     sum = hn::Add(sum, hn::Mul(hn::PromoteTo(da, hn::LoadU(d8, rows[i] + from + k)),
                                                hn::Set(da, static_cast<uint16_t>(s.down[i]))));
@@ -124,13 +131,13 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
         }
         for (; k < span; ++k) {
             uint32_t sum = 0;
-            for (size_t i = 0; i < s.kernelHeight; ++i)
+            for (size_t i = 0; i < kh; ++i)
                 if (rows[i] != nullptr) sum += static_cast<uint32_t>(s.down[i]) * rows[i][from + k];
             down[k] = static_cast<uint16_t>(sum);
         }
         for (k = 0; k < count; k += N) {
             auto sum = hn::Zero(da);
-            for (size_t j = 0; j < s.kernelWidth; ++j)
+            for (size_t j = 0; j < kw; ++j)
                 sum = hn::Add(sum, hn::Mul(hn::LoadU(da, down + k + j * P), hn::Set(da, static_cast<uint16_t>(s.across[j]))));
             hn::StoreU(hn::TruncateTo(d8, divide(sum)), d8, out + b + k);
         }
@@ -144,8 +151,12 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
                         const Divide& divide) {
     const size_t lanes = hn::Lanes(DA());
     size_t b = begin;
-    if constexpr (sizeof(hn::TFromD<DA>) == 2)
-        if (s.separable) b = ConvolveSeparable<DA>(rows, out, begin, end, s, divide);
+    if constexpr (sizeof(hn::TFromD<DA>) == 2) {
+        if (s.separable && s.kernelHeight == 5 && s.kernelWidth == 5)
+            b = ConvolveSeparable<DA, 5, 5>(rows, out, begin, end, s, divide);
+        else if (s.separable)
+            b = ConvolveSeparable<DA, 0, 0>(rows, out, begin, end, s, divide);
+    }
     b = ConvolveVectors<DA, 4>(rows, out, b, end, s, divide);
     const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide);
     // The rest as one more vector ending at `end`, over bytes already
@@ -687,7 +698,8 @@ ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* 
     s.divide32 = MagicDivisor<32>::For(s.divisor);
     // A column times a row: the first non-zero weight's column and row,
     // the column divided by its greatest common divisor.
-    if (s.sums16 && kernelHeight > 1 && kernelWidth > 1) {
+    // Up to 15 taps the direct sums are as quick (measured at 3 x 3).
+    if (s.sums16 && kernelHeight > 1 && kernelWidth > 1 && kernelHeight * kernelWidth > 15) {
         size_t pivot = 0;
         while (pivot < kernelHeight * kernelWidth && kernel[pivot] == 0) ++pivot;
         if (pivot < kernelHeight * kernelWidth) {

@@ -68,8 +68,8 @@ struct ConvolveShape {
     // the columns by running sums, whatever its height.
     bool tentColumn;
     // The kernel is the column `down` times the row `across` (non-negative
-    // weights whose sums fit 16 bits, more than one row and column): the
-    // vector kernel sums down, then across.
+    // weights whose sums fit 16 bits, more than 15 taps, more than one row
+    // and column): the vector kernel sums down, then across.
     bool separable;
     int16_t down[255], across[255];
 };
