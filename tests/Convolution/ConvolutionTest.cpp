@@ -10,6 +10,7 @@
 #include "Convolution/ConvolutionMembers.h"
 #include "Convolution/ConvolutionRules.h"
 #include "ConvolutionReference.h"
+#include "Core/Reduce.h"
 #include "support/GuardedImage.h"
 #include "support/Variants.h"
 
@@ -350,6 +351,31 @@ TEST(TentConvolve, IsTwoGeneralPassesWithTriangularKernels) {
     EXPECT_EQ(dest.row(1)[0], 150);
     EXPECT_EQ(dest.row(1)[2], 200);
     EXPECT_EQ(dest.row(1)[4], 150);
+}
+
+// ---- Allocation failures -------------------------------------------------------------
+
+// Each allocation a call makes (box: the scratch; tent: two kernels, then
+// the scratch) failing in turn: -21771, dest untouched; then the call works.
+TEST(ConvolutionAllocations, EachFailureReturnsOutOfMemoryBeforeAnyWrite) {
+    for (const Member* m : kConvolutionMembers) {
+        if (m->operation == Operation::General) continue;
+        SCOPED_TRACE(m->name);
+        const size_t P = m->format.pixelBytes();
+        const GuardedImage src = RandomImage(9, 7, P, 1);
+        GuardedImage dest = RandomImage(9, 7, P, 2);
+        const auto before = dest.pixels();
+        const int allocations = m->operation == Operation::Box ? 1 : 3;
+        for (int after = 0; after < allocations; ++after) {
+            FailPartialAllocationsForTest(1, after);
+            EXPECT_EQ(m->run({src.record(), dest.record(), nullptr, 0, 0, nullptr, 3, 3}), kQuorinError_OutOfMemory)
+                << "allocation " << after;
+            FailPartialAllocationsForTest(0);
+            EXPECT_EQ(dest.pixels(), before);
+            EXPECT_EQ(dest.damagedGuard(), "");
+        }
+        EXPECT_EQ(m->run({src.record(), dest.record(), nullptr, 0, 0, nullptr, 3, 3}), kQuorinSuccess);
+    }
 }
 
 // ---- Check order -------------------------------------------------------------------
