@@ -84,9 +84,12 @@ QUORIN_API Quorin_Error QuorinConvolve_ARGB8888(const Quorin_Buffer *src, const 
  * pass, of columns in the second) that line's own last sample is read
  * instead of the bytes after the buffer.
  *
- * Scratch: width x height x bytes per pixel (the transposed first pass); the
- * caller's tempBuffer when not null, else a zero-filled allocation freed
- * before return. Flags: only kQuorinFlag_QueryTempSize is read; the size
+ * Scratch: width x height x bytes per pixel; the caller's tempBuffer when
+ * not null, else a zero-filled allocation freed before return. It holds the
+ * transposed first pass, or, when the image is at least 2r long both ways
+ * (so no line is read past its end), a ring of first-pass rows that the
+ * second pass follows closely: the same bytes in dest, with one read of src
+ * and one write of dest. Its contents after the call are unspecified. Flags: only kQuorinFlag_QueryTempSize is read; the size
  * query is answered at step 4. roiOffsetX is ignored; backgroundColor is
  * ignored.
  * Failures, first match wins, nothing written before they pass:

@@ -9,6 +9,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Core/RowWindow.h"
+#include "quorin/Types.h"
+
 namespace quorin::convolution {
 
 // Division of an unsigned `kBits`-bit numerator by a divisor fixed for the
@@ -60,6 +63,15 @@ struct ConvolveShape {
     // Every weight is non-negative and their sum times 255 fits 16 bits, so
     // no sum wraps in 16-bit lanes.
     bool sums16;
+    // One column of triangular weights 1, 2, .., h + 1, .., 2, 1 (the tent's
+    // second pass) with a divisor below 2^16: the vector kernel runs it down
+    // the columns by running sums, whatever its height.
+    bool tentColumn;
+    // The kernel is the column `down` times the row `across` (non-negative
+    // weights whose sums fit 16 bits, more than 15 taps, more than one row
+    // and column): the vector kernel sums down, then across.
+    bool separable;
+    int16_t down[255], across[255];
 };
 
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
@@ -90,6 +102,23 @@ inline uint8_t ConvolveByte(const uint8_t* const* rows, size_t b, const Convolve
 inline void ConvolveRow(const uint8_t* const* rows, uint8_t* out, size_t first, size_t count,
                         const ConvolveShape& s) {
     for (size_t b = first * s.pixelBytes; b < (first + count) * s.pixelBytes; ++b) out[b] = ConvolveByte(rows, b, s);
+}
+
+// Rows [first, last) of the convolution of the image `src` into `dest`,
+// `width` pixels each, one row at a time through `row` (ConvolveRow or its
+// vector twin).
+template <class Row>
+void ConvolveRows(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last, size_t width,
+                  const ConvolveShape& s, Row row) {
+    const size_t half = s.kernelHeight / 2;
+    RowWindow<uint8_t, 256> window(&src, half, half, WindowEdge::Outside);
+    for (size_t y = first; y < last; ++y)
+        row(window.at(y).data(), static_cast<uint8_t*>(dest.data) + y * dest.rowBytes, 0, width, s);
+}
+
+inline void ConvolveBand(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last,
+                         size_t width, const ConvolveShape& s) {
+    ConvolveRows(src, dest, first, last, width, s, &ConvolveRow);
 }
 
 // ---- Box filter --------------------------------------------------------------
@@ -133,6 +162,14 @@ inline void BoxLines(const uint8_t* in, uint8_t* out, size_t n, size_t lines, si
 
 inline void BoxPass(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t pixelBytes) {
     BoxLines(in, out, n, lines, r, pixelBytes, 0, lines);
+}
+
+// The box filter: rows into the scratch transposed, then its rows (the
+// image's columns) back into dest.
+inline void Box(const uint8_t* src, uint8_t* dest, uint8_t* scratch, size_t width, size_t height, size_t rAcross,
+                size_t rDown, size_t pixelBytes) {
+    BoxPass(src, scratch, width, height, rAcross, pixelBytes);
+    BoxPass(scratch, dest, height, width, rDown, pixelBytes);
 }
 
 }  // namespace quorin::convolution

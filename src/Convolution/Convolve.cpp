@@ -92,29 +92,26 @@ Quorin_Error Convolve(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_
     struct Work {
         Quorin_Buffer src, dest;
         ConvolveShape shape;
-        ConvolveRowKernel row;
+        ConvolveBandKernel band;
         size_t width, height, bandRows;
         std::atomic<size_t> next{0};
     } work{From(src, offset, pixelBytes),
            From(dest, offset, pixelBytes),
            {},
-           kConvolveRowKernels.choose(),
+           kConvolveBandKernels.choose(),
            gridWidth,
            gridHeight,
            std::max<size_t>(1, kBandPixels / std::max<size_t>(1, gridWidth))};
     work.shape = MakeConvolveShape(work.src.width, pixelBytes, kernel, kernelHeight, kernelWidth, divisor);
+    // Running sums start over at each band: bands of many rows keep that cheap.
+    if (work.shape.tentColumn) work.bandRows = std::max<size_t>(work.bandRows, 16 * kernelHeight);
     const Quorin_PieceClosure closure{
         [](void* context, size_t, size_t, size_t, size_t, size_t) {
             Work& k = *static_cast<Work*>(context);
-            const size_t half = k.shape.kernelHeight / 2;
-            RowWindow<uint8_t, 256> window(&k.src, half, half, WindowEdge::Outside);
             for (size_t band = k.next.fetch_add(1); band < (k.height + k.bandRows - 1) / k.bandRows;
-                 band = k.next.fetch_add(1)) {
-                const size_t last = std::min(k.height, (band + 1) * k.bandRows);
-                for (size_t row = band * k.bandRows; row < last; ++row)
-                    k.row(window.at(row).data(), static_cast<uint8_t*>(k.dest.data) + row * k.dest.rowBytes, 0,
-                          k.width, k.shape);
-            }
+                 band = k.next.fetch_add(1))
+                k.band(k.src, k.dest, band * k.bandRows, std::min(k.height, (band + 1) * k.bandRows), k.width,
+                       k.shape);
         },
         &work};
     return _QuorinDispatchApplyOnGrid(0, 0, gridWidth, gridHeight, &closure);
@@ -147,10 +144,9 @@ Quorin_Error RunBox(const Quorin_Buffer* src, const Quorin_Buffer* dest, void* t
     if (AnyNullData(src, dest) || ExtentTooLarge(src) || ExtentTooLarge(dest)) return kQuorinError_BadArgument;
     TempBuffer scratch;
     if (const Quorin_Error error = scratch.acquire(tempBuffer, bytes)) return error;
-    const BoxPassKernel pass = kBoxPassKernels.choose();
-    auto* transposed = static_cast<uint8_t*>(scratch.data());
-    pass(static_cast<const uint8_t*>(src->data), transposed, src->width, src->height, 1 + kernelWidth / 2, P);
-    pass(transposed, static_cast<uint8_t*>(dest->data), src->height, src->width, 1 + kernelHeight / 2, P);
+    kBoxKernels.choose()(static_cast<const uint8_t*>(src->data), static_cast<uint8_t*>(dest->data),
+                         static_cast<uint8_t*>(scratch.data()), src->width, src->height, 1 + kernelWidth / 2,
+                         1 + kernelHeight / 2, P);
     return kQuorinSuccess;
 }
 

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "Core/Reduce.h"
 #include "quorin/Types.h"
 
 namespace quorin {
@@ -42,7 +43,7 @@ public:
             return kQuorinSuccess;
         }
         if (bytes == 0) return kQuorinSuccess;
-        owned_ = std::calloc(1, bytes);
+        owned_ = AllocatePartial(bytes);  // calloc, through the core's allocation-failure test hook
         if (owned_ == nullptr) return kQuorinError_OutOfMemory;
         data_ = owned_;
         return kQuorinSuccess;

@@ -10,6 +10,7 @@
 #include "Convolution/ConvolutionMembers.h"
 #include "Convolution/ConvolutionRules.h"
 #include "ConvolutionReference.h"
+#include "Core/Reduce.h"
 #include "support/GuardedImage.h"
 #include "support/Variants.h"
 
@@ -102,6 +103,70 @@ TEST(Convolve, MatchesTheDescriptionForRandomKernelsDivisorsAndOffsets) {
             }
 }
 
+// Kernels that are a column times a row (and near misses, one weight off)
+// sum down, then across: random ones, leading zero rows and columns, a common
+// factor, over rows past the 1024-byte stretches the sums are made in.
+TEST(Convolve, ColumnTimesRowKernelsMatchTheDescription) {
+    Random random(16);
+    for (const size_t bytes : {size_t{1}, size_t{4}})
+        for (int trial = 0; trial < 8; ++trial) {
+            const uint32_t kh = 3 + 2 * static_cast<uint32_t>(random.next() % 3),
+                           kw = 3 + 2 * static_cast<uint32_t>(random.next() % 4);
+            std::vector<int16_t> down(kh), across(kw), weights;
+            for (auto& w : down) w = static_cast<int16_t>(random.next() % 4);
+            for (auto& w : across) w = static_cast<int16_t>(random.next() % 5);
+            down[0] = trial % 2 == 0 ? 0 : down[0];
+            across[0] = trial % 4 < 2 ? 0 : across[0];
+            const int16_t factor = trial % 3 == 0 ? 3 : 1;
+            for (const int16_t d : down)
+                for (const int16_t a : across) weights.push_back(static_cast<int16_t>(factor * d * a));
+            if (trial == 7) weights[weights.size() / 2] += 1;
+            const size_t width = 300 + random.next() % 900, height = 9 + random.next() % 9;
+            const int32_t divisor = 1 + static_cast<int32_t>(random.next() % 200);
+            const GuardedImage src = RandomImage(width, height, bytes, random.next(), 2);
+            Image want = ImageOf(RandomImage(width, height, bytes, 97));
+            ReferenceConvolve(ImageOf(src), want, 0, 0, weights.data(), kh, kw, divisor);
+            SCOPED_TRACE(::testing::Message() << "trial " << trial << " kernel " << kh << "x" << kw << " over "
+                                              << width << "x" << height << "x" << bytes);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest = RandomImage(width, height, bytes, 97, 1);
+                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, weights.data(), kh, kw,
+                                              divisor, flags}),
+                          kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want.bytes);
+                return dest.pixels();
+            }, KernelVariants());
+        }
+}
+
+// A column of triangular weights runs down the columns by running sums that
+// start over at each band: heights up to the largest whose sums fit 16 bits
+// (31) and past it, bands and strips of columns (4096 bytes), every split.
+TEST(Convolve, TriangularColumnsMatchTheDescription) {
+    Random random(15);
+    for (const size_t bytes : {size_t{1}, size_t{4}})
+        for (const uint32_t kh : {3u, 5u, 15u, 31u, 33u}) {
+            const size_t width = bytes == 1 ? 4100 : 1100, height = 16 * kh + 37;
+            std::vector<int16_t> tent;
+            for (uint32_t i = 0; i < kh; ++i) tent.push_back(static_cast<int16_t>(std::min(i, kh - 1 - i) + 1));
+            const int32_t h = static_cast<int32_t>(kh / 2), divisor = kh == 15 ? 37 : (h + 1) * (h + 1);
+            const GuardedImage src = RandomImage(width, height, bytes, random.next(), 3);
+            Image want = ImageOf(RandomImage(width, height, bytes, 98));
+            ReferenceConvolve(ImageOf(src), want, 0, 0, tent.data(), kh, 1, divisor);
+            SCOPED_TRACE(::testing::Message() << "kernel " << kh << "x1 over " << width << "x" << height << "x" << bytes);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest = RandomImage(width, height, bytes, 98, 1);
+                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, tent.data(), kh, 1, divisor,
+                                              flags}),
+                          kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want.bytes);
+                return dest.pixels();
+            });
+        }
+}
+
 TEST(Convolve, WorkedValues) {
     const int16_t ones[9] = {1, 1, 1, 1, 1, 1, 1, 1, 1};
     for (const size_t bytes : {size_t{1}, size_t{4}}) {
@@ -188,6 +253,45 @@ TEST(BoxConvolve, MatchesTheDescriptionAtEverySizeAroundTheKernel) {
         }
 }
 
+// Images at least a span long both ways take both passes at once, in
+// strips of columns: random sizes around a span, the ring of rows and a
+// strip's width (8192 bytes), spans that are powers of two and others.
+TEST(BoxConvolve, BothPassesAtOnceMatchTheDescription) {
+    Random random(12);
+    struct Case { size_t width, height; uint32_t kh, kw; };
+    std::vector<Case> cases;
+    for (int i = 0; i < 12; ++i) {
+        const uint32_t kh = 1 + 2 * static_cast<uint32_t>(random.next() % 12),
+                       kw = 1 + 2 * static_cast<uint32_t>(random.next() % 12);
+        // Heights from a span (no ring wrap) to well past it; widths past a vector.
+        cases.push_back({kw + 1 + random.next() % 90, kh + 1 + random.next() % (3 * kh + 4), kh, kw});
+    }
+    cases.push_back({2049, 18, 15, 15});  // ARGB8888 past one strip
+    cases.push_back({8200, 5, 3, 5});     // Planar8 past one strip
+    cases.push_back({300, 40, 14, 6});    // spans of 16 and 8 (ARGB8888 even sizes)
+    for (const size_t bytes : {size_t{1}, size_t{4}})
+        for (const Case c : cases) {
+            if (bytes == 1 && (c.kh % 2 == 0 || c.kw % 2 == 0)) continue;
+            const GuardedImage src = RandomImage(c.width, c.height, bytes, random.next());
+            const auto want = ReferenceBox(ImageOf(src), c.kh, c.kw);
+            SCOPED_TRACE(::testing::Message() << c.width << "x" << c.height << "x" << bytes << " kernel " << c.kh
+                                              << "x" << c.kw);
+            std::vector<uint8_t> scratch(c.width * c.height * bytes);
+            auto run = [&](Quorin_Flags flags) {
+                GuardedImage dest(c.width, c.height, bytes, 0, random.next() % 5);
+                EXPECT_EQ(Box(bytes).run({src.record(), dest.record(), scratch.data(), 0, 0, nullptr, c.kh, c.kw, 0,
+                                          flags}),
+                          kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want);
+                return dest.pixels();
+            };
+            ExpectSameBytesEverywhere(run, KernelVariants());
+            const StreamingForced streamed;  // destination rows at every alignment
+            ExpectSameBytesEverywhere(run, KernelVariants());
+        }
+}
+
 TEST(BoxConvolve, WorkedValuesAndTheCallersScratch) {
     for (const size_t bytes : {size_t{1}, size_t{4}}) {
         // 3 x 3 on a flat image: unchanged, edges included.
@@ -247,6 +351,31 @@ TEST(TentConvolve, IsTwoGeneralPassesWithTriangularKernels) {
     EXPECT_EQ(dest.row(1)[0], 150);
     EXPECT_EQ(dest.row(1)[2], 200);
     EXPECT_EQ(dest.row(1)[4], 150);
+}
+
+// ---- Allocation failures -------------------------------------------------------------
+
+// Each allocation a call makes (box: the scratch; tent: two kernels, then
+// the scratch) failing in turn: -21771, dest untouched; then the call works.
+TEST(ConvolutionAllocations, EachFailureReturnsOutOfMemoryBeforeAnyWrite) {
+    for (const Member* m : kConvolutionMembers) {
+        if (m->operation == Operation::General) continue;
+        SCOPED_TRACE(m->name);
+        const size_t P = m->format.pixelBytes();
+        const GuardedImage src = RandomImage(9, 7, P, 1);
+        GuardedImage dest = RandomImage(9, 7, P, 2);
+        const auto before = dest.pixels();
+        const int allocations = m->operation == Operation::Box ? 1 : 3;
+        for (int after = 0; after < allocations; ++after) {
+            FailPartialAllocationsForTest(1, after);
+            EXPECT_EQ(m->run({src.record(), dest.record(), nullptr, 0, 0, nullptr, 3, 3}), kQuorinError_OutOfMemory)
+                << "allocation " << after;
+            FailPartialAllocationsForTest(0);
+            EXPECT_EQ(dest.pixels(), before);
+            EXPECT_EQ(dest.damagedGuard(), "");
+        }
+        EXPECT_EQ(m->run({src.record(), dest.record(), nullptr, 0, 0, nullptr, 3, 3}), kQuorinSuccess);
+    }
 }
 
 // ---- Check order -------------------------------------------------------------------
