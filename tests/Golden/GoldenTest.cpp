@@ -13,6 +13,7 @@
 // still requires every kernel to agree with the scalar one before it writes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -217,9 +218,10 @@ TEST(Golden, EveryMemberWritesTheKeptBytesUnderEveryKernel) {
     std::string kernels;
     for (const Variant& v : variants) kernels += " " + v.name;
     std::printf("kernels:%s\n", kernels.c_str());
-    // Each kernel also split into parallel pieces (in order on the calling
-    // thread where built without libdispatch).
-    for (size_t i = 0, n = variants.size(); i < n; ++i) {
+    // The scalar kernel and the best vector one also split into parallel
+    // pieces (run in order on the calling thread where built without
+    // libdispatch).
+    for (size_t i = 0, n = std::min<size_t>(variants.size(), 2); i < n; ++i) {
         Variant split = variants[i];
         split.flags = 0;
         split.processors = 3;
