@@ -8,7 +8,9 @@
 #include <cmath>
 #include <memory>
 
+#if !QUORIN_WITHOUT_LIBDISPATCH
 #include "Core/DispatchLibrary.h"
+#endif
 #include "quorin/Utilities.h"
 
 namespace quorin {
@@ -16,6 +18,8 @@ namespace {
 
 std::atomic<unsigned> gProcessorCountOverride{0};
 std::atomic<void (*)()> gWorkerStartHook{nullptr};
+
+#if !QUORIN_WITHOUT_LIBDISPATCH
 
 dispatch_queue_t GlobalQueue() { return dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT, 0); }
 
@@ -86,6 +90,7 @@ void WorkerEntry(void* shared) {
     run->runUntilNoneLeft();
     run->release();
 }
+#endif  // !QUORIN_WITHOUT_LIBDISPATCH
 
 }  // namespace
 
@@ -117,6 +122,15 @@ void SetProcessorCountForTest(unsigned count) { gProcessorCountOverride.store(co
 
 namespace detail {
 
+#if QUORIN_WITHOUT_LIBDISPATCH
+// Built without libdispatch (systems that lack it): the same pieces, in index
+// order, on the calling thread, so every call gives the bytes it gives in
+// parallel. There is no group to make, so none can fail.
+bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission) {
+    for (size_t i = 0; i < tasks; ++i) function(context, i);
+    return true;
+}
+#else
 bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission submission) {
     const size_t workers = tasks > 1 ? tasks - 1 : 0;
     // The group only carries the workers; the call never waits on it (a late
@@ -144,6 +158,7 @@ bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission s
     if (group != nullptr) dispatch_release(group);
     return true;
 }
+#endif
 
 void SetWorkerStartHookForTest(void (*hook)()) { gWorkerStartHook.store(hook, std::memory_order_release); }
 

@@ -36,7 +36,9 @@ using ApplyFunction = void (*)(void* context, size_t iteration);
 // taken the rest finds nothing to do and does not hold the call back.
 // Submission::Group submits the workers to a dispatch group made for the
 // call, for the splits that report -21771 when none can be made: false then,
-// before any call of `function`. Otherwise always true.
+// before any call of `function`. Otherwise always true. Built without
+// libdispatch (QUORIN_WITHOUT_LIBDISPATCH), the caller runs every index in
+// order itself and always returns true.
 enum class Submission { Queue, Group };
 bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission submission = Submission::Queue);
 // Calls that can share work with workers at once; one more runs on its caller

@@ -310,6 +310,9 @@ private:
 // worker held back, each dispatcher still completes, every piece on the
 // caller's thread, with the pieces it hands out unchanged.
 TEST(Dispatch, TheCallerRunsEveryPieceNoWorkerHasStarted) {
+#if QUORIN_WITHOUT_LIBDISPATCH
+    GTEST_SKIP() << "built without libdispatch: there are no workers to hold";
+#endif
     ForcedProcessors forced(4);
     HeldWorkers held;
     const auto caller = std::this_thread::get_id();
@@ -338,6 +341,9 @@ TEST(Dispatch, TheCallerRunsEveryPieceNoWorkerHasStarted) {
 // record is held so, a further call runs on the caller alone and asks for no
 // worker.
 TEST(Dispatch, WithEveryRecordHeldACallRunsOnTheCallerAlone) {
+#if QUORIN_WITHOUT_LIBDISPATCH
+    GTEST_SKIP() << "built without libdispatch: there are no workers to hold";
+#endif
     ForcedProcessors forced(2);
     std::this_thread::sleep_for(std::chrono::milliseconds(50));  // earlier tests' late workers let go
     HeldWorkers held;
