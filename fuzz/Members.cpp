@@ -9,6 +9,7 @@
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
 #include "Conversion/LayoutMembers.h"
+#include "Conversion/PackedMembers.h"
 #include "Convolution/ConvolutionMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
@@ -292,6 +293,22 @@ Member ChannelRow() {
     return {};
 }
 
+// The three-channel matrix: a packed pixel is one 16-bit word. Contiguous
+// source rows with equal rowBytes are one run, so the destination may
+// change anywhere in its rows; the size query is answered and refuses nothing.
+template <size_t I>
+Quorin_Error InvokeMatrix(const Arguments& a) {
+    return packed::kMatrixMembers[I].run(a.buffers[0], a.buffers[1], a.flags);
+}
+template <size_t I>
+Member MatrixRow() {
+    const packed::MatrixMember& m = packed::kMatrixMembers[I];
+    const auto format = [](const PixelFormat& f) { return f.packed() ? k16 : FormatOf(f); };
+    Member row = TableRow(m.name, &InvokeMatrix<I>, {S(format(m.from)), W(format(m.to))}, m.checks, kNoExtra);
+    row.accepted |= kQuorinFlag_QueryTempSize;
+    return row;
+}
+
 template <size_t... I, class Make>
 void AddRows(std::vector<Member>& rows, std::index_sequence<I...>, Make make) {
     (rows.push_back(make(std::integral_constant<size_t, I>{})), ...);
@@ -313,6 +330,7 @@ std::vector<Member> TableRows() {
     for (const layout::Member* m : layout::kLayoutMembers) rows.push_back(LayoutRow(*m));
     AddRows(rows, std::make_index_sequence<std::size(channels::kChannelMembers)>(),
             [](auto i) { return ChannelRow<i>(); });
+    AddRows(rows, std::make_index_sequence<packed::kCellCount>(), [](auto i) { return MatrixRow<i>(); });
     return rows;
 }
 
