@@ -31,6 +31,17 @@ const char kCv565[] = "OpenCV cvtColor BGRA2BGR565";
 const char kCvBGR[] = "OpenCV cvtColor BGRA2BGR";
 const char kCvBGR16[] = "OpenCV cvtColor BGRA2BGR 16U";
 const char kCvBGRF[] = "OpenCV cvtColor BGRA2BGR 32F";
+const char kFromRGB565[] = "libyuv RGB565ToARGB";
+const char kFromRGB24[] = "libyuv RGB24ToARGB";
+const char kCvFrom565[] = "OpenCV cvtColor BGR5652BGRA";
+const char kCvFromBGR[] = "OpenCV cvtColor BGR2BGRA";
+
+const char* PeerOf(const packed::AlphaMember& m) {
+    const std::string name = m.name;
+    if (name == "QuorinConvert_RGB565toARGB8888") return kFromRGB565;
+    if (name == "QuorinConvert_RGB888toARGB8888") return kFromRGB24;
+    return "";
+}
 
 const char* PeerOf(const MatrixMember& m) {
     const std::string name = m.name;
@@ -100,8 +111,40 @@ const RegisterFamily kPacked([] {
                                 },
                                 prepare);
         }
+        // Adding alpha: a constant, no premultiplication.
+        for (const packed::AlphaMember& m : packed::kAlphaMembers) {
+            const std::string operation = std::string(m.name).substr(6);
+            const size_t in = m.from.pixelBytes(), out = m.to.pixelBytes();
+            auto images = std::make_shared<Images>(Images{size, nullptr, nullptr});
+            const bool floats = m.from.sample == SampleKind::F32;
+            const auto prepare = [images, in, out, floats] { images->prepare(in, out, floats); };
+            const auto call = [&m](const Quorin_Buffer& src, const Quorin_Buffer& dest, Quorin_Flags flags) {
+                if (m.run({&src, nullptr, 0.5, &dest, 0, flags}) != kQuorinSuccess) std::abort();
+            };
+            for (const Split split : {Split::Single, Split::Default})
+                RegisterRow({operation, size, size, split, pixels * (in + out)},
+                            [images, call, flags = FlagsOf(split)] {
+                                call(images->src->buffer, images->dest->buffer, flags);
+                            },
+                            PeerOf(m), prepare);
+            if (WantsPairRow(size))
+                RegisterPairRow({operation, size, size, Split::Pair, pixels * (in + out)},
+                                [images, call](size_t first, size_t rows) {
+                                    call(RowsOf(images->src->buffer, first, rows),
+                                         RowsOf(images->dest->buffer, first, rows), kQuorinFlag_SingleThreaded);
+                                },
+                                prepare);
+        }
 #ifdef QUORIN_BENCH_LIBYUV
         using B = const Quorin_Buffer&;
+        RegisterPeer(kFromRGB565, size, 2, 4, false, [](B s, B d, int side) {
+            libyuv::RGB565ToARGB(static_cast<const uint8_t*>(s.data), side * 2, static_cast<uint8_t*>(d.data),
+                                 side * 4, side, side);
+        }, kCvFrom565);
+        RegisterPeer(kFromRGB24, size, 3, 4, false, [](B s, B d, int side) {
+            libyuv::RGB24ToARGB(static_cast<const uint8_t*>(s.data), side * 3, static_cast<uint8_t*>(d.data),
+                                side * 4, side, side);
+        }, kCvFromBGR);
         RegisterPeer(kToRGB565, size, 4, 2, false, [](B s, B d, int side) {
             libyuv::ARGBToRGB565(static_cast<const uint8_t*>(s.data), side * 4, static_cast<uint8_t*>(d.data),
                                  side * 2, side, side);
@@ -124,6 +167,14 @@ const RegisterFamily kPacked([] {
         RegisterPeer(kCvBGR, size, 4, 3, false, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_8UC3, d.data);
             cv::cvtColor(cv::Mat(side, side, CV_8UC4, s.data), dest, cv::COLOR_BGRA2BGR);
+        });
+        RegisterPeer(kCvFrom565, size, 2, 4, false, [](C s, C d, int side) {
+            cv::Mat dest(side, side, CV_8UC4, d.data);
+            cv::cvtColor(cv::Mat(side, side, CV_8UC2, s.data), dest, cv::COLOR_BGR5652BGRA);
+        });
+        RegisterPeer(kCvFromBGR, size, 3, 4, false, [](C s, C d, int side) {
+            cv::Mat dest(side, side, CV_8UC4, d.data);
+            cv::cvtColor(cv::Mat(side, side, CV_8UC3, s.data), dest, cv::COLOR_BGR2BGRA);
         });
         RegisterPeer(kCvBGR16, size, 8, 6, false, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_16UC3, d.data);

@@ -309,6 +309,31 @@ Member MatrixRow() {
     return row;
 }
 
+// Adding alpha: the constant from the drawn constant of its depth (16-bit
+// ones from `word`), the premultiply switch from `index`.
+template <size_t I>
+Quorin_Error InvokeAlphaAdding(const Arguments& a) {
+    const packed::AlphaMember& m = packed::kAlphaMembers[I];
+    const double constant = m.to.sample == SampleKind::F32 ? static_cast<double>(a.floatConstant)
+                            : m.to.sampleBytes() == 2    ? static_cast<double>(a.word & 0xFFFF)
+                                                         : a.byteConstant;
+    const bool plane = m.takesPlane();
+    return m.run({a.buffers[0], plane ? a.buffers[1] : nullptr, constant, a.buffers[plane ? 2 : 1], a.index, a.flags});
+}
+template <size_t I>
+Member AlphaAddingRow() {
+    const packed::AlphaMember& m = packed::kAlphaMembers[I];
+    const Format from = m.from.packed() ? k16 : FormatOf(m.from), to = FormatOf(m.to);
+    const uint8_t constant = m.to.sample == SampleKind::F32 ? uint8_t{kFloatConstant}
+                             : m.to.sampleBytes() == 2       ? uint8_t{kWord}
+                                                             : uint8_t{kByteConstant};
+    Member row = m.takesPlane()
+                     ? TableRow(m.name, &InvokeAlphaAdding<I>, {S(from), A(k8), D(to)}, m.checks, constant | kIndex)
+                     : TableRow(m.name, &InvokeAlphaAdding<I>, {S(from), D(to)}, m.checks, constant);
+    row.accepted |= kQuorinFlag_QueryTempSize;
+    return row;
+}
+
 template <size_t... I, class Make>
 void AddRows(std::vector<Member>& rows, std::index_sequence<I...>, Make make) {
     (rows.push_back(make(std::integral_constant<size_t, I>{})), ...);
@@ -331,6 +356,7 @@ std::vector<Member> TableRows() {
     AddRows(rows, std::make_index_sequence<std::size(channels::kChannelMembers)>(),
             [](auto i) { return ChannelRow<i>(); });
     AddRows(rows, std::make_index_sequence<packed::kCellCount>(), [](auto i) { return MatrixRow<i>(); });
+    AddRows(rows, std::make_index_sequence<packed::kAlphaCount>(), [](auto i) { return AlphaAddingRow<i>(); });
     return rows;
 }
 

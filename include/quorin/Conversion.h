@@ -768,6 +768,73 @@ QUORIN_API Quorin_Error xQuorinConvert_RGBAFFFFtoBGRFFF(const Quorin_Buffer *src
 QUORIN_API Quorin_Error QuorinConvert_RGBAFFFFtoRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
                                                        Quorin_Flags flags);
 
+/* ---- Adding alpha ---------------------------------------------------------
+ * Three channels into four: RGB888 (and BGR888) into RGBA8888, ARGB8888 and
+ * BGRA8888, RGB16U into ARGB16U, RGBA16U and BGRA16U, RGBFFF into ARGBFFFF,
+ * RGBAFFFF and BGRAFFFF, RGB565 into ARGB8888, RGBA8888 and BGRA8888. The
+ * colours keep their values in the destination's order (565 fields expanded
+ * by the matrix's 5- and 6-to-8-bit rules; floats bit for bit). Alpha is
+ * read from the alpha plane when one is given, one byte a pixel along the
+ * same rows (its width and height at least src's), else it is the constant.
+ * Choice: for the 16-bit and float members a plane's byte is taken to the
+ * destination's depth by the matrix's rules (v x 257; v x 0.003921569f);
+ * the constant is written as given.
+ * When premultiply equals exactly 1, each colour c becomes
+ * (c x alpha + 127) / 255 (8-bit), (c x alpha + 32767) / 65535 (16-bit),
+ * or c x alpha in single precision (float); any other value leaves it.
+ * The 565 members take (alpha, src, dest, flags): no plane, no switch.
+ * No flag bit is refused. Order, nothing written before it passes:
+ *   1. kQuorinFlag_QueryTempSize in the low byte of flags: return 0 at once
+ *      (nothing is tested, nothing written);
+ *   2. kQuorinError_BadArgument (-21773): src or dest is null or has null
+ *      data (memory safety; no pointer test is described);
+ *   3. kQuorinError_BadArgument (-21773): src and dest differ in width,
+ *      then in height;
+ *   4. kQuorinError_BadArgument (-21773): src or dest cannot describe its
+ *      image; then an alpha plane that is missing its data, cannot describe
+ *      its image, or is narrower or shorter than src.
+ * An empty image succeeds and writes nothing. Rows are walked as one run
+ * when no buffer has padding, else row by row; the bytes are the same.
+ * In place: not supported.
+ * Threading: the 8-bit (888) members use processor chunks as the matrix
+ * does; the 565, 16-bit and float members run on the calling thread. */
+QUORIN_API Quorin_Error QuorinConvert_RGB888toRGBA8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_BGR888toARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB888toARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB888toBGRA8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB16UtoARGB16U(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint16_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB16UtoRGBA16U(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint16_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB16UtoBGRA16U(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint16_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBFFFtoARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     float constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBFFFtoRGBAFFFF(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     float constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBFFFtoBGRAFFFF(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     float constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB565toARGB8888(uint8_t alpha, const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB565toRGBA8888(uint8_t alpha, const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB565toBGRA8888(uint8_t alpha, const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+
 /* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */
 /* "NOT YET IMPLEMENTED" and aborts the process, whatever its arguments.    */

@@ -164,7 +164,117 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
         },
         [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
 }
+
+// Adding alpha to integer pixels: colours and alpha in 32-bit lanes at the
+// destination's depth, premultiplied by the exact rules, then packed into
+// four-byte words or narrowed and interleaved.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                   bool premultiply) {
+    using C = Cell<kFrom, kTo>;
+    constexpr unsigned kDepth = static_cast<unsigned>(8 * kTo.sampleBytes());
+    const D32 d;
+    const hn::RebindToSigned<D32> di;
+    const hn::Rebind<uint8_t, D32> d8;
+    const size_t lanes = hn::Lanes(d);
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
+                                   dst + first * kTo.pixelBytes(), count, constant, premultiply);
+    };
+    RunSteps(
+        kNoStreaming, pixels,
+        [&](size_t start, auto) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       V32 c[3];
+                       LoadColours<kFrom>(src, i, C::from, c);
+                       const V32 a = plane ? RescaleLanes(hn::PromoteTo(d, hn::LoadU(d8, plane + i)), 8, kDepth)
+                                           : hn::Set(d, constant.integer);
+                       V32 out[4] = {a, a, a, a};
+                       for (int n = 0; n < 3; ++n) {
+                           V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), kDepth);
+                           if (premultiply && kDepth == 8) {
+                               v = DivideExactly(hn::Add(hn::Mul(v, a), hn::Set(d, 127u)), 255);
+                           } else if (premultiply) {  // (t + (t >> 16)) >> 16 of t = c x a + 32768
+                               const V32 t = hn::Add(hn::Mul(v, a), hn::Set(d, 32768u));
+                               v = hn::ShiftRight<16>(hn::Add(t, hn::ShiftRight<16>(t)));
+                           }
+                           out[C::to[n]] = v;
+                       }
+                       if constexpr (kDepth == 8) {
+                           const V32 word = hn::Or(hn::Or(out[0], hn::ShiftLeft<8>(out[1])),
+                                                   hn::Or(hn::ShiftLeft<16>(out[2]), hn::ShiftLeft<24>(out[3])));
+                           hn::StoreU(word, d, reinterpret_cast<uint32_t*>(dst) + i);
+                       } else {
+                           const hn::Rebind<uint16_t, D32> d16;
+                           hn::StoreInterleaved4(hn::DemoteTo(d16, hn::BitCast(di, out[0])),
+                                                 hn::DemoteTo(d16, hn::BitCast(di, out[1])),
+                                                 hn::DemoteTo(d16, hn::BitCast(di, out[2])),
+                                                 hn::DemoteTo(d16, hn::BitCast(di, out[3])), d16,
+                                                 reinterpret_cast<uint16_t*>(dst) + 4 * i);
+                       }
+                   });
+        },
+        scalar);
+}
+
+// Adding alpha to float pixels: whole vectors of floats.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                    bool premultiply) {
+    using C = Cell<kFrom, kTo>;
+    const hn::ScalableTag<float> df;
+    const hn::Rebind<int32_t, decltype(df)> di;
+    const hn::Rebind<uint8_t, decltype(df)> d8;
+    const size_t lanes = hn::Lanes(df);
+    const float* from = reinterpret_cast<const float*>(src);
+    float* to = reinterpret_cast<float*>(dst);
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
+                                   dst + first * kTo.pixelBytes(), count, constant, premultiply);
+    };
+    RunSteps(
+        kNoStreaming, pixels,
+        [&](size_t start, auto) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
+                       hn::LoadInterleaved3(df, from + 3 * i, v0, v1, v2);
+                       const auto a = plane ? hn::Mul(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, plane + i))),
+                                                      hn::Set(df, ReciprocalOf(8)))
+                                            : hn::Set(df, constant.real);
+                       const decltype(v0) in[3] = {v0, v1, v2};
+                       decltype(v0) out[4] = {a, a, a, a};
+                       for (int n = 0; n < 3; ++n) out[C::to[n]] = premultiply ? hn::Mul(in[C::from[n]], a) : in[C::from[n]];
+                       hn::StoreInterleaved4(out[0], out[1], out[2], out[3], df, to + 4 * i);
+                   });
+        },
+        scalar);
+}
 #endif
+
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaRun(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                 bool premultiply) {
+#if HWY_TARGET == HWY_SCALAR
+    AddAlphaPixels<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+#else
+    if constexpr (Cell<kFrom, kTo>::floats) AddAlphaFloats<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+    else AddAlphaLanes<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+#endif
+}
+
+using AlphaRun = void (*)(const uint8_t*, const uint8_t*, uint8_t*, size_t, AlphaConstant, bool);
+template <size_t... kCell>
+constexpr std::array<AlphaRun, sizeof...(kCell)> AlphaRunsOf(std::index_sequence<kCell...>) {
+    return {&AddAlphaRun<kAlphaFormats[kCell].from, kAlphaFormats[kCell].to>...};
+}
+
+void AddAlphaPixelsOf(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
+                      AlphaConstant constant, bool premultiply) {
+    static constexpr std::array<AlphaRun, kAlphaCount> kRuns = AlphaRunsOf(std::make_index_sequence<kAlphaCount>());
+    kRuns[cell](src, plane, dst, pixels, constant, premultiply);
+}
 
 template <PixelFormat kFrom, PixelFormat kTo>
 void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
@@ -210,8 +320,23 @@ void ConvertCellScalar(size_t cell, const uint8_t* src, uint8_t* dst, size_t pix
     kRuns[cell](src, dst, pixels, stream);
 }
 
+using AlphaRun = void (*)(const uint8_t*, const uint8_t*, uint8_t*, size_t, AlphaConstant, bool);
+template <size_t... kCell>
+constexpr std::array<AlphaRun, sizeof...(kCell)> ScalarAlphaRunsOf(std::index_sequence<kCell...>) {
+    return {&AddAlphaPixels<kAlphaFormats[kCell].from, kAlphaFormats[kCell].to>...};
+}
+
+void AddAlphaScalar(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
+                    AlphaConstant constant, bool premultiply) {
+    static constexpr std::array<AlphaRun, kAlphaCount> kRuns =
+        ScalarAlphaRunsOf(std::make_index_sequence<kAlphaCount>());
+    kRuns[cell](src, plane, dst, pixels, constant, premultiply);
+}
+
 }  // namespace
 
+HWY_EXPORT(AddAlphaPixelsOf);
+const KernelPair<AlphaKernel> kAlphaKernels{&AddAlphaScalar, HWY_DISPATCH_TABLE(AddAlphaPixelsOf)};
 HWY_EXPORT(ConvertCellPixels);
 const KernelPair<MatrixKernel> kMatrixKernels{&ConvertCellScalar, HWY_DISPATCH_TABLE(ConvertCellPixels)};
 

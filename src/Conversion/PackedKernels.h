@@ -16,4 +16,10 @@ using MatrixKernel = void (*)(size_t cell, const uint8_t* src, uint8_t* dst, siz
 
 extern const KernelPair<MatrixKernel> kMatrixKernels;
 
+// The alpha-adding group: `plane` is null or one alpha byte a pixel.
+using AlphaKernel = void (*)(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
+                             AlphaConstant constant, bool premultiply);
+
+extern const KernelPair<AlphaKernel> kAlphaKernels;
+
 }  // namespace quorin::packed

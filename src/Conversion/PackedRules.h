@@ -208,4 +208,86 @@ inline constexpr CellFormats kCellFormats[] = {QUORIN_PACKED_MATRIX(QUORIN_PACKE
 inline constexpr size_t kCellCount = std::size(kCellFormats);
 static_assert(kCellCount == 76, "eleven sources to eight destinations, the float ones to two");
 
+// ---- Adding alpha ----------------------------------------------------------------
+// Three channels into four: the colours reordered (565 expanded to bytes by
+// the depth rule), alpha from a plane of bytes (at the destination's depth
+// by the same rule) or a constant, and, when asked, the colours premultiplied.
+
+inline constexpr PixelFormat kBGRA16U{SampleKind::U16, 4, "BGRA", kAlphaLast};
+inline constexpr PixelFormat kBGRAFFFF{SampleKind::F32, 4, "BGRA", kAlphaLast};
+using quorin::kBGRA8888;
+
+// The constant alpha at the destination's depth (integers) or as a float.
+struct AlphaConstant {
+    uint32_t integer;
+    float real;
+};
+
+// (c x a + (max - 1) / 2) / max at the destination's depth; for floats c x a.
+constexpr uint32_t Premultiplied(uint32_t c, uint32_t a, unsigned depth) {
+    const uint32_t max = MaxOf(depth);
+    return (c * a + (max - 1) / 2) / max;
+}
+
+// `pixels` pixels of kFrom at src into kTo at dst; `plane` (or null) holds
+// one alpha byte a pixel.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaPixels(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                    bool premultiply) {
+    using C = Cell<kFrom, kTo>;
+    constexpr size_t kIn = kFrom.pixelBytes(), kOut = kTo.pixelBytes(), kSample = kTo.sampleBytes();
+    constexpr unsigned kDepth = static_cast<unsigned>(8 * kSample);
+    for (size_t i = 0; i < pixels; ++i, src += kIn, dst += kOut) {
+        if constexpr (C::floats) {
+            const float a = plane ? ToFloat(plane[i], 8) : constant.real;
+            for (int k = 0; k < 3; ++k) {
+                float c;
+                std::memcpy(&c, src + 4 * C::from[k], 4);
+                if (premultiply) c = c * a;
+                std::memcpy(dst + 4 * C::to[k], &c, 4);
+            }
+            std::memcpy(dst + 4 * kTo.alpha, &a, 4);
+        } else {
+            const uint32_t a = plane ? Rescale(plane[i], 8, kDepth) : constant.integer;
+            uint32_t out[4];
+            out[kTo.alpha] = a;
+            for (int k = 0; k < 3; ++k) {
+                const uint32_t c = Rescale(ReadChannel<kFrom>(src, C::from[k]), DepthOf(kFrom, C::from[k]), kDepth);
+                out[C::to[k]] = premultiply ? Premultiplied(c, a, kDepth) : c;
+            }
+            for (int k = 0; k < 4; ++k) {
+                if constexpr (kSample == 1) {
+                    dst[k] = static_cast<uint8_t>(out[k]);
+                } else {
+                    const auto sample = static_cast<uint16_t>(out[k]);
+                    std::memcpy(dst + 2 * k, &sample, 2);
+                }
+            }
+        }
+    }
+}
+
+// The alpha-adding members: exported name, source, destination. The 565
+// ones take (alpha, src, dest, flags); the others (src, alpha plane,
+// constant, dest, premultiply, flags).
+#define QUORIN_ALPHA_ADDING(X)                              \
+    X(QuorinConvert_RGB888toRGBA8888, kRGB888, kRGBA8888)   \
+    X(QuorinConvert_BGR888toARGB8888, kBGR888, kARGB8888)   \
+    X(QuorinConvert_RGB888toARGB8888, kRGB888, kARGB8888)   \
+    X(QuorinConvert_RGB888toBGRA8888, kRGB888, kBGRA8888)   \
+    X(QuorinConvert_RGB16UtoARGB16U, kRGB16U, kARGB16U)     \
+    X(QuorinConvert_RGB16UtoRGBA16U, kRGB16U, kRGBA16U)     \
+    X(QuorinConvert_RGB16UtoBGRA16U, kRGB16U, kBGRA16U)     \
+    X(QuorinConvert_RGB565toARGB8888, kRGB565, kARGB8888)   \
+    X(QuorinConvert_RGB565toRGBA8888, kRGB565, kRGBA8888)   \
+    X(QuorinConvert_RGB565toBGRA8888, kRGB565, kBGRA8888)   \
+    X(QuorinConvert_RGBFFFtoARGBFFFF, kRGBFFF, kARGBFFFF)   \
+    X(QuorinConvert_RGBFFFtoRGBAFFFF, kRGBFFF, kRGBAFFFF)   \
+    X(QuorinConvert_RGBFFFtoBGRAFFFF, kRGBFFF, kBGRAFFFF)
+
+#define QUORIN_PACKED_FORMATS(name, from, to) CellFormats{from, to},
+inline constexpr CellFormats kAlphaFormats[] = {QUORIN_ALPHA_ADDING(QUORIN_PACKED_FORMATS)};
+#undef QUORIN_PACKED_FORMATS
+inline constexpr size_t kAlphaCount = std::size(kAlphaFormats);
+
 }  // namespace quorin::packed

@@ -125,8 +125,9 @@ void ExpectConverted(const MatrixMember& m, const GuardedImage& src, const uint8
 TEST(PackedMatrix, EveryCellGivesTheTableUnderEveryKernelAndSplit) {
     for (const MatrixMember& m : packed::kMatrixMembers) {
         SCOPED_TRACE(m.name);
-        for (const size_t padding : {size_t{0}, size_t{6}}) {
-            const GuardedImage src = Source(m.from, padding, padding ? 2 : 0);
+        // Rows of each its own length: row by row (one run is proved below).
+        for (const size_t padding : {size_t{6}}) {
+            const GuardedImage src = Source(m.from, padding, 2);
             ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
                 GuardedImage dest(kWidth, kHeight, m.to.pixelBytes(), padding + 1, 1);
                 dest.fillRandom(3);
@@ -220,6 +221,113 @@ TEST(PackedMatrix, ChecksInOrderAndNoFlagRefused) {
         EXPECT_EQ(m.run(&emptySrc, &empty, 0), kQuorinSuccess);
         EXPECT_EQ(dest.damagedGuard(), "");
     }
+}
+
+// ---- Adding alpha ------------------------------------------------------------------
+
+using packed::AlphaCall;
+using packed::AlphaMember;
+
+// The premultiplication written out per depth.
+uint32_t ExpectedPremultiplied(uint32_t c, uint32_t a, unsigned depth) {
+    return depth == 8 ? (c * a + 127) / 255 : static_cast<uint32_t>((uint64_t{c} * a + 32767) / 65535);
+}
+
+// Every pixel of dest from src, the plane (or the constant) and the switch.
+void ExpectAlphaAdded(const AlphaMember& m, const GuardedImage& src, const GuardedImage* plane, const AlphaCall& call,
+                      const GuardedImage& dest) {
+    const bool multiply = call.premultiply == 1 && m.takesPlane();
+    for (size_t y = 0; y < kHeight; ++y)
+        for (size_t x = 0; x < kWidth; ++x) {
+            const uint8_t* s = src.row(y) + x * m.from.pixelBytes();
+            const uint8_t* d = dest.row(y) + x * m.to.pixelBytes();
+            const Channel alpha = Read(m.to, d, 'A');
+            uint32_t a = 0;
+            if (alpha.bits == 0) {
+                const float want = plane ? ExpectedFloat(plane->row(y)[x], 8) : static_cast<float>(call.constant);
+                std::memcpy(&a, &want, 4);
+            } else {
+                a = plane ? Expected(plane->row(y)[x], 8, alpha.bits) : static_cast<uint32_t>(call.constant);
+            }
+            ASSERT_EQ(alpha.value, a) << m.name << " alpha at " << x << "," << y;
+            for (const char letter : {'R', 'G', 'B'}) {
+                const Channel in = Read(m.from, s, letter), got = Read(m.to, d, letter);
+                uint32_t want = in.bits == 0 ? in.value : Expected(in.value, in.bits, got.bits);
+                if (multiply && got.bits != 0) want = ExpectedPremultiplied(want, a, got.bits);
+                if (multiply && got.bits == 0) {
+                    float c, f;
+                    std::memcpy(&c, &in.value, 4), std::memcpy(&f, &a, 4);
+                    c = c * f;
+                    std::memcpy(&want, &c, 4);
+                }
+                ASSERT_EQ(got.value, want) << m.name << " " << letter << " at " << x << "," << y << " from " << in.value
+                                           << " alpha " << a;
+            }
+        }
+}
+
+// Every colour with every alpha byte (8-bit: all 65536 pairs; 565: every
+// word), the constant, and switches of 0, 1 and 2.
+TEST(PackedAlpha, EveryMemberGivesTheRulesUnderEveryKernelAndSplit) {
+    for (const AlphaMember& m : packed::kAlphaMembers) {
+        SCOPED_TRACE(m.name);
+        const GuardedImage src = Source(m.from, 3, 1);
+        GuardedImage plane(kWidth, kHeight, 1, 2, 3);
+        for (size_t i = 0; i < kWidth * kHeight; ++i) plane.row(i / kWidth)[i % kWidth] = static_cast<uint8_t>(i >> 8);
+        const bool floats = m.to.sample == SampleKind::F32;
+        for (const bool withPlane : {true, false}) {
+            for (const int premultiply : {0, 1, 2}) {
+                if (!m.takesPlane() && (withPlane || premultiply != 0)) continue;
+                // Padded rows for one switch, one run for the others.
+                for (const size_t padding : {size_t{premultiply == 1 ? 4u : 0u}}) {
+                    ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                        GuardedImage dest(kWidth, kHeight, m.to.pixelBytes(), padding, 2);
+                        dest.fillRandom(5);
+                        const double constant = floats ? 0.625 : m.to.sampleBytes() == 2 ? 40000 : 200;
+                        const AlphaCall call{src.record(), withPlane ? plane.record() : nullptr, constant,
+                                             dest.record(), premultiply, flags};
+                        EXPECT_TRUE(ReturnsCode(m.run(call), kQuorinSuccess));
+                        EXPECT_EQ(dest.damagedGuard(), "");
+                        ExpectAlphaAdded(m, src, withPlane ? &plane : nullptr, call, dest);
+                        return dest.pixels();
+                    });
+                }
+            }
+        }
+    }
+}
+
+TEST(PackedAlpha, ChecksInOrder) {
+    for (const AlphaMember& m : packed::kAlphaMembers) {
+        SCOPED_TRACE(m.name);
+        GuardedImage src(5, 3, m.from.pixelBytes(), 1), dest(5, 3, m.to.pixelBytes(), 2), plane(5, 3, 1, 1);
+        const auto call = [&](const Quorin_Buffer* s, const Quorin_Buffer* d, const Quorin_Buffer* a, Quorin_Flags f) {
+            return m.run({s, m.takesPlane() ? a : nullptr, 7, d, 1, f});
+        };
+        std::vector<GuardedImage*> images{&src, &dest};
+        if (m.takesPlane()) images.push_back(&plane);
+        ExpectCheckOrder(m.checks, images, {1}, [&](const std::vector<const Quorin_Buffer*>& r, Quorin_Flags f) {
+            return call(r[0], r[1], r.size() > 2 ? r[2] : nullptr, f);
+        });
+        // The size query first of all, read in the low byte only.
+        EXPECT_EQ(call(nullptr, nullptr, nullptr, kQuorinFlag_QueryTempSize), kQuorinSuccess);
+        EXPECT_EQ(call(nullptr, dest.record(), nullptr, 0x100), kQuorinError_BadArgument);
+        EXPECT_EQ(call(src.record(), dest.record(), nullptr, ~Quorin_Flags{0xFF}), kQuorinSuccess);
+        EXPECT_EQ(dest.damagedGuard(), "");
+    }
+}
+
+TEST(PackedAlpha, DescribedValues) {
+    GuardedImage rgb(1, 1, 3), out(1, 1, 4), word(1, 1, 2);
+    const uint8_t colour[3] = {200, 100, 0};
+    std::memcpy(rgb.row(0), colour, 3);
+    ASSERT_EQ(QuorinConvert_RGB888toBGRA8888(rgb.record(), nullptr, 128, out.record(), 1, 0), kQuorinSuccess);
+    EXPECT_EQ(out.pixels(), (std::vector<uint8_t>{0, 50, 100, 128}));  // (c x 128 + 127) / 255
+    ASSERT_EQ(QuorinConvert_RGB888toARGB8888(rgb.record(), nullptr, 128, out.record(), 2, 0), kQuorinSuccess);
+    EXPECT_EQ(out.pixels(), (std::vector<uint8_t>{128, 200, 100, 0}));
+    word.row(0)[0] = 0x41, word.row(0)[1] = 0x08;  // fields 1, 2, 1
+    ASSERT_EQ(QuorinConvert_RGB565toRGBA8888(9, word.record(), out.record(), 0), kQuorinSuccess);
+    EXPECT_EQ(out.pixels(), (std::vector<uint8_t>{8, 8, 8, 9}));
 }
 
 }  // namespace

@@ -228,6 +228,18 @@ std::vector<SafetyMember> PackedMembers() {
         row.refusesFlags = false;
         members.push_back(std::move(row));
     }
+    for (const packed::AlphaMember& m : packed::kAlphaMembers) {
+        std::vector<Arg> args{In(m.from.pixelBytes()), Out(m.to.pixelBytes())};
+        if (m.takesPlane()) args.insert(args.begin() + 1, In(1));
+        SafetyMember row{m.name, std::move(args), false, [&m](B b, F f, R, R) {
+                             const bool plane = m.takesPlane();
+                             return m.run({b[0], plane ? b[1] : nullptr, 0.5, b[plane ? 2 : 1], 1, f});
+                         },
+                         kQuorinError_BadArgument};
+        row.queryAnswer = kQuorinSuccess;  // answered before anything is looked at
+        row.refusesFlags = false;
+        members.push_back(std::move(row));
+    }
     return members;
 }
 
