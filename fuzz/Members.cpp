@@ -9,6 +9,7 @@
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
 #include "Conversion/LayoutMembers.h"
+#include "Conversion/PackedMembers.h"
 #include "Convolution/ConvolutionMembers.h"
 #include "quorin/Alpha.h"
 #include "quorin/Conversion.h"
@@ -308,6 +309,47 @@ Member ChannelRow() {
     return {};
 }
 
+// The three-channel matrix: a packed pixel is one 16-bit word. Contiguous
+// source rows with equal rowBytes are one run, so the destination may
+// change anywhere in its rows; the size query is answered and refuses nothing.
+template <size_t I>
+Quorin_Error InvokeMatrix(const Arguments& a) {
+    return packed::kMatrixMembers[I].run(a.buffers[0], a.buffers[1], a.flags);
+}
+template <size_t I>
+Member MatrixRow() {
+    const packed::MatrixMember& m = packed::kMatrixMembers[I];
+    const auto format = [](const PixelFormat& f) { return f.packed() ? k16 : FormatOf(f); };
+    Member row = TableRow(m.name, &InvokeMatrix<I>, {S(format(m.from)), W(format(m.to))}, m.checks, kNoExtra);
+    row.accepted |= kQuorinFlag_QueryTempSize;
+    return row;
+}
+
+// Adding alpha: the constant from the drawn constant of its depth (16-bit
+// ones from `word`), the premultiply switch from `index`.
+template <size_t I>
+Quorin_Error InvokeAlphaAdding(const Arguments& a) {
+    const packed::AlphaMember& m = packed::kAlphaMembers[I];
+    const double constant = m.to.sample == SampleKind::F32 ? static_cast<double>(a.floatConstant)
+                            : m.to.sampleBytes() == 2    ? static_cast<double>(a.word & 0xFFFF)
+                                                         : a.byteConstant;
+    const bool plane = m.takesPlane();
+    return m.run({a.buffers[0], plane ? a.buffers[1] : nullptr, constant, a.buffers[plane ? 2 : 1], a.index, a.flags});
+}
+template <size_t I>
+Member AlphaAddingRow() {
+    const packed::AlphaMember& m = packed::kAlphaMembers[I];
+    const Format from = m.from.packed() ? k16 : FormatOf(m.from), to = FormatOf(m.to);
+    const uint8_t constant = m.to.sample == SampleKind::F32 ? uint8_t{kFloatConstant}
+                             : m.to.sampleBytes() == 2       ? uint8_t{kWord}
+                                                             : uint8_t{kByteConstant};
+    Member row = m.takesPlane()
+                     ? TableRow(m.name, &InvokeAlphaAdding<I>, {S(from), A(k8), D(to)}, m.checks, constant | kIndex)
+                     : TableRow(m.name, &InvokeAlphaAdding<I>, {S(from), D(to)}, m.checks, constant);
+    row.accepted |= kQuorinFlag_QueryTempSize;
+    return row;
+}
+
 template <size_t... I, class Make>
 void AddRows(std::vector<Member>& rows, std::index_sequence<I...>, Make make) {
     (rows.push_back(make(std::integral_constant<size_t, I>{})), ...);
@@ -329,6 +371,8 @@ std::vector<Member> TableRows() {
     for (const layout::Member* m : layout::kLayoutMembers) rows.push_back(LayoutRow(*m));
     AddRows(rows, std::make_index_sequence<std::size(channels::kChannelMembers)>(),
             [](auto i) { return ChannelRow<i>(); });
+    AddRows(rows, std::make_index_sequence<packed::kCellCount>(), [](auto i) { return MatrixRow<i>(); });
+    AddRows(rows, std::make_index_sequence<packed::kAlphaCount>(), [](auto i) { return AlphaAddingRow<i>(); });
     return rows;
 }
 

@@ -559,6 +559,283 @@ QUORIN_API Quorin_Error QuorinFlatten_BGRAFFFFToRGBFFF(const Quorin_Buffer *src,
                                                        const float backgroundColor[4], int isPremultiplied, Quorin_Flags flags);
 
 /* ======================================================================== */
+/* Packed RGB formats                                                       */
+/* ======================================================================== */
+
+/* RGB565, BGR565, ARGB1555 and RGBA5551 pixels are little-endian 16-bit
+ * words, fields most significant first in the order of the tag's letters
+ * (RGB565: red in bits 15..11, green 10..5, blue 4..0; RGBA5551: red
+ * 15..11, green 10..6, blue 5..1, alpha bit 0). Byte, 16-bit and float
+ * formats store their channels in the order of the tag's letters.
+ *
+ * ---- The three-channel matrix ----------------------------------------------
+ * Every source among RGB16U, RGB565, RGB888, ARGB1555, ARGB8888, ARGB16U,
+ * ARGBFFFF, RGBA5551, RGBA8888, RGBA16U and RGBAFFFF converts to each of
+ * BGR565, BGR888, BGR16U, BGRFFF, RGB565, RGB888, RGB16U and RGBFFF (the
+ * float sources only to the two float destinations). The twelve cells of
+ * the public set are named QuorinConvert_; the others xQuorinConvert_, with
+ * the same contract. A source's alpha is dropped; red, green and blue each
+ * change depth by one rule, (v x (2^to - 1) + (2^from - 1 - 1) / 2) /
+ * (2^from - 1) with a truncating division, so results round to nearest
+ * with halves going down: 5 to 8 bits (v x 255 + 15) / 31, 6 to 8 bits
+ * (v x 255 + 31) / 63, 8 to 5 bits (v x 31 + 127) / 255, 8 to 6 bits
+ * (v x 63 + 127) / 255, 16 to 8 bits (v x 255 + 32767) / 65535, 8 to 16
+ * bits v x 257, 5 and 6 to 16 bits (v x 65535 + 15) / 31 and
+ * (v x 65535 + 31) / 63, 16 to 5 and 6 bits (v x 31 + 32767) / 65535 and
+ * (v x 63 + 32767) / 65535. Choice: a 5-bit green (ARGB1555, RGBA5551)
+ * into a 565 destination takes the same form, (v x 63 + 15) / 31. Same
+ * depths are copied, only reordered (float channels bit for bit).
+ * Choice: an integer channel becomes a float by a single-precision
+ * multiplication with the single-precision reciprocal of its maximum
+ * (1/255 is 0.003921569f, 1/31 is 0.032258064f, 1/63, 1/65535), in every
+ * kernel and for every pixel of a row, tail included: the bits of a pixel
+ * never depend on where it lies in the row.
+ * No flag bit is refused; kQuorinFlag_SingleThreaded keeps the work on the
+ * calling thread.
+ * Failures, first match wins, nothing written before they pass:
+ *   1. kQuorinError_NullPointer (-21772): src or dest is null;
+ *   then kQuorinFlag_QueryTempSize returns 0 (no temporary buffer), even
+ *   with null pixel data or records that cannot describe their image;
+ *   2. kQuorinError_BadArgument (-21773): src and dest differ in width, then
+ *      in height (a smaller dest is refused too);
+ *   3. kQuorinError_BadArgument (-21773): a record cannot describe its image
+ *      (rowBytes shorter than width x its pixel size, or height x rowBytes
+ *      wrapping or larger than any object);
+ *   4. kQuorinError_BadArgument (-21773): src or dest has null pixel data.
+ * An empty image succeeds and writes nothing.
+ * Irregular: when src's rowBytes is exactly width x its pixel size and
+ * dest's rowBytes equals src's (not width x dest's pixel size), the image
+ * is converted as one run of height x width pixels: the output is packed
+ * from dest's first byte on, across its row ends (ARGB8888 to RGB888 with
+ * both rowBytes 4 x width writes the first 3 x width x height bytes).
+ * Otherwise each row is converted into its own row.
+ * In place: not supported; dest may not overlap src.
+ * Threading: processor chunks (see the channel operations): on the calling
+ * thread with kQuorinFlag_SingleThreaded, fewer than two processors, fewer
+ * rows than processors, or fewer than 64000 pixels; otherwise one chunk of
+ * rows per processor through one parallel apply. The bytes are those of the
+ * single-threaded call. */
+QUORIN_API Quorin_Error QuorinConvert_RGB565toRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB565toBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB16UtoRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB565toBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB565toBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB565toBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB565toRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB565toRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB565toRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGB888toRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB1555toBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB1555toBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB1555toBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB1555toBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_ARGB1555toRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB1555toRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB1555toRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB1555toRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB8888toBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB8888toBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB8888toBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB8888toBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_ARGB8888toRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_ARGB8888toRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB8888toRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB8888toRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB16UtoBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB16UtoBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB16UtoBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB16UtoBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB16UtoRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB16UtoRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_ARGB16UtoRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGB16UtoRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_ARGBFFFFtoBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA5551toBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA5551toBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA5551toBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA5551toBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBA5551toRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA5551toRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA5551toRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA5551toRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA8888toBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA8888toBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA8888toBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA8888toBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBA8888toRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBA8888toRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA8888toRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA8888toRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA16UtoBGR565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA16UtoBGR888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBA16UtoBGR16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA16UtoBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA16UtoRGB565(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA16UtoRGB888(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBA16UtoRGB16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                      Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBA16UtoRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+QUORIN_API Quorin_Error xQuorinConvert_RGBAFFFFtoBGRFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                        Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBAFFFFtoRGBFFF(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                       Quorin_Flags flags);
+
+/* ---- Adding alpha ---------------------------------------------------------
+ * Three channels into four: RGB888 (and BGR888) into RGBA8888, ARGB8888 and
+ * BGRA8888, RGB16U into ARGB16U, RGBA16U and BGRA16U, RGBFFF into ARGBFFFF,
+ * RGBAFFFF and BGRAFFFF, RGB565 into ARGB8888, RGBA8888 and BGRA8888. The
+ * colours keep their values in the destination's order (565 fields expanded
+ * by the matrix's 5- and 6-to-8-bit rules; floats bit for bit). Alpha is
+ * read from the alpha plane when one is given, one byte a pixel along the
+ * same rows (its width and height at least src's), else it is the constant.
+ * Choice: for the 16-bit and float members a plane's byte is taken to the
+ * destination's depth by the matrix's rules (v x 257; v x 0.003921569f);
+ * the constant is written as given.
+ * When premultiply equals exactly 1, each colour c becomes
+ * (c x alpha + 127) / 255 (8-bit), (c x alpha + 32767) / 65535 (16-bit),
+ * or c x alpha in single precision (float); any other value leaves it.
+ * The 565 members take (alpha, src, dest, flags): no plane, no switch.
+ * No flag bit is refused. Order, nothing written before it passes:
+ *   1. kQuorinFlag_QueryTempSize in the low byte of flags: return 0 at once
+ *      (nothing is tested, nothing written);
+ *   2. kQuorinError_BadArgument (-21773): src or dest is null or has null
+ *      data (memory safety; no pointer test is described);
+ *   3. kQuorinError_BadArgument (-21773): src and dest differ in width,
+ *      then in height;
+ *   4. kQuorinError_BadArgument (-21773): src or dest cannot describe its
+ *      image; then an alpha plane that is missing its data, cannot describe
+ *      its image, or is narrower or shorter than src.
+ * An empty image succeeds and writes nothing. Rows are walked as one run
+ * when no buffer has padding, else row by row; the bytes are the same.
+ * In place: not supported.
+ * Threading: the 8-bit (888) members use processor chunks as the matrix
+ * does; the 565, 16-bit and float members run on the calling thread. */
+QUORIN_API Quorin_Error QuorinConvert_RGB888toRGBA8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_BGR888toARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB888toARGB8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB888toBGRA8888(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint8_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB16UtoARGB16U(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint16_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB16UtoRGBA16U(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint16_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB16UtoBGRA16U(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     uint16_t constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBFFFtoARGBFFFF(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     float constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBFFFtoRGBAFFFF(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     float constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGBFFFtoBGRAFFFF(const Quorin_Buffer *src, const Quorin_Buffer *alpha,
+                                                     float constant, const Quorin_Buffer *dest, int premultiply,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB565toARGB8888(uint8_t alpha, const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB565toRGBA8888(uint8_t alpha, const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB565toBGRA8888(uint8_t alpha, const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+
+/* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */
 /* "NOT YET IMPLEMENTED" and aborts the process, whatever its arguments.    */
 /* ======================================================================== */

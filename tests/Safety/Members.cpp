@@ -6,6 +6,7 @@
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
 #include "Conversion/LayoutMembers.h"
+#include "Conversion/PackedMembers.h"
 #include "Histogram/HistogramMembers.h"
 #include "Transform/MatrixMembers.h"
 #include "Convolution/ConvolutionMembers.h"
@@ -216,6 +217,32 @@ std::vector<SafetyMember> LayoutMembers() {
     return members;
 }
 
+// The three-channel matrix's rows, from its table: the null pixels of a
+// record come after its sizes and extents, and no flag bit is refused.
+std::vector<SafetyMember> PackedMembers() {
+    std::vector<SafetyMember> members;
+    for (const packed::MatrixMember& m : packed::kMatrixMembers) {
+        SafetyMember row{m.name, {In(m.from.pixelBytes()), Out(m.to.pixelBytes())}, false,
+                         [&m](B b, F f, R, R) { return m.run(b[0], b[1], f); }, kQuorinError_BadArgument};
+        row.queryAnswer = kQuorinSuccess;  // answered after the null test, before anything else
+        row.refusesFlags = false;
+        members.push_back(std::move(row));
+    }
+    for (const packed::AlphaMember& m : packed::kAlphaMembers) {
+        std::vector<Arg> args{In(m.from.pixelBytes()), Out(m.to.pixelBytes())};
+        if (m.takesPlane()) args.insert(args.begin() + 1, In(1));
+        SafetyMember row{m.name, std::move(args), false, [&m](B b, F f, R, R) {
+                             const bool plane = m.takesPlane();
+                             return m.run({b[0], plane ? b[1] : nullptr, 0.5, b[plane ? 2 : 1], 1, f});
+                         },
+                         kQuorinError_BadArgument};
+        row.queryAnswer = kQuorinSuccess;  // answered before anything is looked at
+        row.refusesFlags = false;
+        members.push_back(std::move(row));
+    }
+    return members;
+}
+
 // Rows written by hand, for families without a member table (In and Out
 // give each buffer's bytes per pixel in argument order).
 std::vector<SafetyMember> HandWrittenMembers() { return {}; }
@@ -227,6 +254,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         std::vector<SafetyMember> all = AlphaMembers();
         for (SafetyMember& m : LayoutMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ChannelMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : PackedMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : ConvolutionMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : HandWrittenMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : MatrixMembers()) all.push_back(std::move(m));

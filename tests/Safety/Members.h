@@ -56,6 +56,9 @@ struct SafetyMember {
     Quorin_Error queryAnswer = kQuorinError_BadArgument;
     // Rows must be exactly width x pixel bytes (no padding).
     bool packedRows = false;
+    // A conversion that refuses flag bits outside its mask (the packed-RGB
+    // matrix refuses none).
+    bool refusesFlags = true;
 
     Quorin_Error run(const Quorin_Buffer* const* buffers, Quorin_Flags flags, const float* max = kWideMax,
                      const float* min = kWideMin) const {

@@ -1,0 +1,344 @@
+// Vector twins of the matrix cells (PackedRules.h), one template for all of
+// them. A cell that only reorders samples of one depth moves whole vectors
+// of its sample type through de-interleaving loads and interleaving stores;
+// every other cell carries each channel in 32-bit lanes, one pixel a lane,
+// through the same depth rule as the scalar kernel. The pixels no whole step
+// covers go to the scalar kernel (the core's RunSteps), so no byte outside
+// the run is read or written.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Conversion/PackedKernels.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "Conversion/PackedKernels.h"
+#include "Core/RowLoop-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::packed::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+using quorin::HWY_NAMESPACE::kNoStreaming;
+using quorin::HWY_NAMESPACE::RunSteps;
+using quorin::HWY_NAMESPACE::StreamingHeadOf;
+using quorin::HWY_NAMESPACE::WholeSteps;
+
+#if HWY_TARGET != HWY_SCALAR
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "packed words and byte pixels are read as little-endian words");
+
+template <PixelFormat kFrom, PixelFormat kTo>
+void ScalarPart(const uint8_t* src, uint8_t* dst, size_t first, size_t count) {
+    ConvertPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), dst + first * kTo.pixelBytes(), count);
+}
+
+// Samples of one type on both sides, three of them picked from three or four.
+template <PixelFormat kFrom, PixelFormat kTo>
+void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    using C = Cell<kFrom, kTo>;
+    using T = Sample<kFrom>;
+    const hn::ScalableTag<T> d;
+    const size_t lanes = hn::Lanes(d);
+    const T* from = reinterpret_cast<const T*>(src);
+    T* to = reinterpret_cast<T*>(dst);
+    uint8_t* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
+                                        hn::Lanes(hn::ScalableTag<uint8_t>()), 3 * lanes * sizeof(T));
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       auto v0 = hn::Zero(d), v1 = v0, v2 = v0, v3 = v0;
+                       if constexpr (kFrom.channels == 4) hn::LoadInterleaved4(d, from + 4 * i, v0, v1, v2, v3);
+                       else hn::LoadInterleaved3(d, from + 3 * i, v0, v1, v2);
+                       const decltype(v0) in[4] = {v0, v1, v2, v3};
+                       decltype(v0) out[3] = {v0, v0, v0};
+                       for (int c = 0; c < 3; ++c) out[C::to[c]] = in[C::from[c]];
+                       stores.Interleaved(d, to + 3 * i, out[0], out[1], out[2]);
+                   });
+        },
+        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+}
+
+using D32 = hn::ScalableTag<uint32_t>;
+using V32 = hn::Vec<D32>;
+
+// floor(x / divisor) for x below 2^24, exact: a single-precision estimate,
+// which such an x and quotient keep within one of the answer, then corrected
+// by the remainder.
+HWY_INLINE V32 DivideExactly(V32 x, uint32_t divisor) {
+    const D32 d;
+    const hn::RebindToSigned<D32> di;
+    const hn::Rebind<float, D32> df;
+    const auto xi = hn::BitCast(di, x);
+    const auto estimate = hn::Mul(hn::ConvertTo(df, xi), hn::Set(df, 1.0f / static_cast<float>(divisor)));
+    auto q = hn::ConvertTo(di, estimate);
+    const auto dv = hn::Set(di, static_cast<int32_t>(divisor));
+    const auto r = hn::Sub(xi, hn::Mul(q, dv));
+    q = hn::IfThenElse(hn::Lt(r, hn::Zero(di)), hn::Sub(q, hn::Set(di, 1)), q);
+    q = hn::IfThenElse(hn::Gt(r, hn::Sub(dv, hn::Set(di, 1))), hn::Add(q, hn::Set(di, 1)), q);
+    return hn::BitCast(d, q);
+}
+
+// The scalar kernel's Rescale, lane by lane (every product is below 2^24).
+HWY_INLINE V32 RescaleLanes(V32 v, unsigned from, unsigned to) {
+    const D32 d;
+    if (from == to) return v;
+    const uint32_t divisor = MaxOf(from);
+    return DivideExactly(hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, (divisor - 1) / 2)), divisor);
+}
+
+// The three colour channels of the pixels from `i` on, R, G, B, one pixel a lane.
+template <PixelFormat kFrom>
+HWY_INLINE void LoadColours(const uint8_t* src, size_t i, const int (&position)[3], V32 (&c)[3]) {
+    const D32 d;
+    if constexpr (kFrom.packed()) {
+        const hn::Rebind<uint16_t, D32> d16;
+        const V32 w = hn::PromoteTo(d, hn::LoadU(d16, reinterpret_cast<const uint16_t*>(src) + i));
+        for (int k = 0; k < 3; ++k) {
+            const PackedField field = kFrom.fields[position[k]];
+            c[k] = hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d, MaxOf(field.bits)));
+        }
+    } else if constexpr (kFrom.sample == SampleKind::U8 && kFrom.channels == 4) {
+        const V32 w = hn::LoadU(d, reinterpret_cast<const uint32_t*>(src) + i);
+        for (int k = 0; k < 3; ++k) c[k] = hn::And(hn::ShiftRightSame(w, 8 * position[k]), hn::Set(d, 0xFFu));
+    } else {
+        using T = Sample<kFrom>;
+        const hn::Rebind<T, D32> dt;
+        const T* from = reinterpret_cast<const T*>(src) + kFrom.channels * i;
+        auto v0 = hn::Zero(dt), v1 = v0, v2 = v0, v3 = v0;
+        if constexpr (kFrom.channels == 4) hn::LoadInterleaved4(dt, from, v0, v1, v2, v3);
+        else hn::LoadInterleaved3(dt, from, v0, v1, v2);
+        const decltype(v0) in[4] = {v0, v1, v2, v3};
+        for (int k = 0; k < 3; ++k) c[k] = hn::PromoteTo(d, in[position[k]]);
+    }
+}
+
+// Cells that change a depth: each channel in 32-bit lanes through the depth
+// rule, then packed into words or narrowed and interleaved.
+template <PixelFormat kFrom, PixelFormat kTo>
+void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
+    using C = Cell<kFrom, kTo>;
+    const D32 d;
+    const hn::RebindToSigned<D32> di;
+    const size_t lanes = hn::Lanes(d);
+    RunSteps(
+        kNoStreaming, pixels,
+        [&](size_t start, auto) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       V32 c[3];
+                       LoadColours<kFrom>(src, i, C::from, c);
+                       if constexpr (kTo.sample == SampleKind::F32) {
+                           const hn::Rebind<float, D32> df;
+                           auto f0 = hn::Zero(df);
+                           decltype(f0) out[3] = {f0, f0, f0};
+                           for (int n = 0; n < 3; ++n)
+                               out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
+                                                       hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
+                           hn::StoreInterleaved3(out[0], out[1], out[2], df, reinterpret_cast<float*>(dst) + 3 * i);
+                       } else if constexpr (kTo.packed()) {
+                           const hn::Rebind<uint16_t, D32> d16;
+                           V32 word = hn::Zero(d);
+                           for (int n = 0; n < 3; ++n) {
+                               const PackedField field = kTo.fields[C::to[n]];
+                               const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), field.bits);
+                               word = hn::Or(word, hn::ShiftLeftSame(v, field.shift));
+                           }
+                           hn::StoreU(hn::DemoteTo(d16, hn::BitCast(di, word)), d16,
+                                      reinterpret_cast<uint16_t*>(dst) + i);
+                       } else {
+                           using T = Sample<kTo>;
+                           const hn::Rebind<T, D32> dt;
+                           auto t0 = hn::Zero(dt);
+                           decltype(t0) out[3] = {t0, t0, t0};
+                           for (int n = 0; n < 3; ++n) {
+                               const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), DepthOf(kTo, C::to[n]));
+                               out[C::to[n]] = hn::DemoteTo(dt, hn::BitCast(di, v));
+                           }
+                           hn::StoreInterleaved3(out[0], out[1], out[2], dt, reinterpret_cast<T*>(dst) + 3 * i);
+                       }
+                   });
+        },
+        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+}
+
+// Adding alpha to integer pixels: colours and alpha in 32-bit lanes at the
+// destination's depth, premultiplied by the exact rules, then packed into
+// four-byte words or narrowed and interleaved.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                   bool premultiply) {
+    using C = Cell<kFrom, kTo>;
+    constexpr unsigned kDepth = static_cast<unsigned>(8 * kTo.sampleBytes());
+    const D32 d;
+    const hn::RebindToSigned<D32> di;
+    const hn::Rebind<uint8_t, D32> d8;
+    const size_t lanes = hn::Lanes(d);
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
+                                   dst + first * kTo.pixelBytes(), count, constant, premultiply);
+    };
+    RunSteps(
+        kNoStreaming, pixels,
+        [&](size_t start, auto) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       V32 c[3];
+                       LoadColours<kFrom>(src, i, C::from, c);
+                       const V32 a = plane ? RescaleLanes(hn::PromoteTo(d, hn::LoadU(d8, plane + i)), 8, kDepth)
+                                           : hn::Set(d, constant.integer);
+                       V32 out[4] = {a, a, a, a};
+                       for (int n = 0; n < 3; ++n) {
+                           V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), kDepth);
+                           if (premultiply && kDepth == 8) {
+                               v = DivideExactly(hn::Add(hn::Mul(v, a), hn::Set(d, 127u)), 255);
+                           } else if (premultiply) {  // (t + (t >> 16)) >> 16 of t = c x a + 32768
+                               const V32 t = hn::Add(hn::Mul(v, a), hn::Set(d, 32768u));
+                               v = hn::ShiftRight<16>(hn::Add(t, hn::ShiftRight<16>(t)));
+                           }
+                           out[C::to[n]] = v;
+                       }
+                       if constexpr (kDepth == 8) {
+                           const V32 word = hn::Or(hn::Or(out[0], hn::ShiftLeft<8>(out[1])),
+                                                   hn::Or(hn::ShiftLeft<16>(out[2]), hn::ShiftLeft<24>(out[3])));
+                           hn::StoreU(word, d, reinterpret_cast<uint32_t*>(dst) + i);
+                       } else {
+                           const hn::Rebind<uint16_t, D32> d16;
+                           hn::StoreInterleaved4(hn::DemoteTo(d16, hn::BitCast(di, out[0])),
+                                                 hn::DemoteTo(d16, hn::BitCast(di, out[1])),
+                                                 hn::DemoteTo(d16, hn::BitCast(di, out[2])),
+                                                 hn::DemoteTo(d16, hn::BitCast(di, out[3])), d16,
+                                                 reinterpret_cast<uint16_t*>(dst) + 4 * i);
+                       }
+                   });
+        },
+        scalar);
+}
+
+// Adding alpha to float pixels: whole vectors of floats.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                    bool premultiply) {
+    using C = Cell<kFrom, kTo>;
+    const hn::ScalableTag<float> df;
+    const hn::Rebind<int32_t, decltype(df)> di;
+    const hn::Rebind<uint8_t, decltype(df)> d8;
+    const size_t lanes = hn::Lanes(df);
+    const float* from = reinterpret_cast<const float*>(src);
+    float* to = reinterpret_cast<float*>(dst);
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
+                                   dst + first * kTo.pixelBytes(), count, constant, premultiply);
+    };
+    RunSteps(
+        kNoStreaming, pixels,
+        [&](size_t start, auto) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
+                       hn::LoadInterleaved3(df, from + 3 * i, v0, v1, v2);
+                       const auto a = plane ? hn::Mul(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, plane + i))),
+                                                      hn::Set(df, ReciprocalOf(8)))
+                                            : hn::Set(df, constant.real);
+                       const decltype(v0) in[3] = {v0, v1, v2};
+                       decltype(v0) out[4] = {a, a, a, a};
+                       for (int n = 0; n < 3; ++n) out[C::to[n]] = premultiply ? hn::Mul(in[C::from[n]], a) : in[C::from[n]];
+                       hn::StoreInterleaved4(out[0], out[1], out[2], out[3], df, to + 4 * i);
+                   });
+        },
+        scalar);
+}
+#endif
+
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaRun(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                 bool premultiply) {
+#if HWY_TARGET == HWY_SCALAR
+    AddAlphaPixels<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+#else
+    if constexpr (Cell<kFrom, kTo>::floats) AddAlphaFloats<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+    else AddAlphaLanes<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+#endif
+}
+
+using AlphaRun = void (*)(const uint8_t*, const uint8_t*, uint8_t*, size_t, AlphaConstant, bool);
+template <size_t... kCell>
+constexpr std::array<AlphaRun, sizeof...(kCell)> AlphaRunsOf(std::index_sequence<kCell...>) {
+    return {&AddAlphaRun<kAlphaFormats[kCell].from, kAlphaFormats[kCell].to>...};
+}
+
+void AddAlphaPixelsOf(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
+                      AlphaConstant constant, bool premultiply) {
+    static constexpr std::array<AlphaRun, kAlphaCount> kRuns = AlphaRunsOf(std::make_index_sequence<kAlphaCount>());
+    kRuns[cell](src, plane, dst, pixels, constant, premultiply);
+}
+
+template <PixelFormat kFrom, PixelFormat kTo>
+void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    (void)stream;
+    ConvertPixels<kFrom, kTo>(src, dst, pixels);
+#else
+    if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
+    else Rescale<kFrom, kTo>(src, dst, pixels);
+#endif
+}
+
+using Run = void (*)(const uint8_t*, uint8_t*, size_t, bool);
+template <size_t... kCell>
+constexpr std::array<Run, sizeof...(kCell)> RunsOf(std::index_sequence<kCell...>) {
+    return {&ConvertRun<kCellFormats[kCell].from, kCellFormats[kCell].to>...};
+}
+
+void ConvertCellPixels(size_t cell, const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    static constexpr std::array<Run, kCellCount> kRuns = RunsOf(std::make_index_sequence<kCellCount>());
+    kRuns[cell](src, dst, pixels, stream);
+}
+
+}  // namespace quorin::packed::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::packed {
+namespace {
+
+template <PixelFormat kFrom, PixelFormat kTo>
+void ScalarRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool) {
+    ConvertPixels<kFrom, kTo>(src, dst, pixels);
+}
+using Run = void (*)(const uint8_t*, uint8_t*, size_t, bool);
+template <size_t... kCell>
+constexpr std::array<Run, sizeof...(kCell)> ScalarRunsOf(std::index_sequence<kCell...>) {
+    return {&ScalarRun<kCellFormats[kCell].from, kCellFormats[kCell].to>...};
+}
+
+void ConvertCellScalar(size_t cell, const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    static constexpr std::array<Run, kCellCount> kRuns = ScalarRunsOf(std::make_index_sequence<kCellCount>());
+    kRuns[cell](src, dst, pixels, stream);
+}
+
+using AlphaRun = void (*)(const uint8_t*, const uint8_t*, uint8_t*, size_t, AlphaConstant, bool);
+template <size_t... kCell>
+constexpr std::array<AlphaRun, sizeof...(kCell)> ScalarAlphaRunsOf(std::index_sequence<kCell...>) {
+    return {&AddAlphaPixels<kAlphaFormats[kCell].from, kAlphaFormats[kCell].to>...};
+}
+
+void AddAlphaScalar(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
+                    AlphaConstant constant, bool premultiply) {
+    static constexpr std::array<AlphaRun, kAlphaCount> kRuns =
+        ScalarAlphaRunsOf(std::make_index_sequence<kAlphaCount>());
+    kRuns[cell](src, plane, dst, pixels, constant, premultiply);
+}
+
+}  // namespace
+
+HWY_EXPORT(AddAlphaPixelsOf);
+const KernelPair<AlphaKernel> kAlphaKernels{&AddAlphaScalar, HWY_DISPATCH_TABLE(AddAlphaPixelsOf)};
+HWY_EXPORT(ConvertCellPixels);
+const KernelPair<MatrixKernel> kMatrixKernels{&ConvertCellScalar, HWY_DISPATCH_TABLE(ConvertCellPixels)};
+
+}  // namespace quorin::packed
+#endif
