@@ -102,6 +102,12 @@ std::vector<SafetyMember> ChannelMembers() {
                 members.push_back(std::move(row));
                 break;
             }
+            case Shape::OverwritePixel:
+                // Pixels are counted from dest's rowBytes: both rows are walked to their ends.
+                members.push_back({m->name, {Arg{bytes, Use::ReadWithPadding}, Arg{bytes, Use::WrittenWithPadding}},
+                                   false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); },
+                                   nullCode});
+                break;
             default:
                 members.push_back({m->name, {In(m->shape == Shape::Copy ? 4 : bytes), Out(m->shape == Shape::Copy ? 4 : bytes)},
                                    false, [m, value](B b, F f, R, R) { return m->run({b[0], b[1], value, 0x5, 4, f}); },
