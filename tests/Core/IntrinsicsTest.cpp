@@ -6,6 +6,7 @@
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -40,6 +41,27 @@ bool PackFloats(const float* in, size_t count, bool portable, uint8_t* out) {
 #endif
 }
 
+// Packs `in` (four vectors' worth of signed 32-bit values per call) with
+// the pixel-byte helper (`portable`: its portable form).
+bool PackInts(const int32_t* in, size_t count, bool portable, uint8_t* out) {
+#if HWY_TARGET == HWY_SCALAR
+    (void)in, (void)count, (void)portable, (void)out;
+    return false;
+#else
+    const hn::ScalableTag<int32_t> di;
+    const hn::Repartition<uint8_t, decltype(di)> d8;
+    const size_t n = hn::Lanes(di);
+    for (size_t i = 0; i + 4 * n <= count; i += 4 * n) {
+        const auto q0 = hn::LoadU(di, in + i), q1 = hn::LoadU(di, in + i + n);
+        const auto q2 = hn::LoadU(di, in + i + 2 * n), q3 = hn::LoadU(di, in + i + 3 * n);
+        const auto bytes = portable ? quorin::HWY_NAMESPACE::PackClampedPixelBytesPortable(di, q0, q1, q2, q3)
+                                    : quorin::HWY_NAMESPACE::PackClampedPixelBytes(di, q0, q1, q2, q3);
+        hn::StoreU(bytes, d8, out + i);
+    }
+    return true;
+#endif
+}
+
 size_t FloatLanes() { return hn::Lanes(hn::ScalableTag<float>()); }
 
 }  // namespace quorin::test::HWY_NAMESPACE
@@ -51,6 +73,7 @@ HWY_AFTER_NAMESPACE();
 namespace quorin::test {
 
 HWY_EXPORT(PackFloats);
+HWY_EXPORT(PackInts);
 HWY_EXPORT(FloatLanes);
 
 namespace {
@@ -88,6 +111,32 @@ TEST(Intrinsics, PackTruncatedBytesOnEveryTarget) {
                         ASSERT_EQ(out[at], Expected(values[i + j * n + l]))
                             << (portable ? "portable " : "") << "t = " << values[i + j * n + l];
                     }
+        }
+    }
+    hwy::SetSupportedTargetsForTest(0);
+}
+
+// Lane l of vector j goes to byte j of lane l, clamped to 0..255.
+TEST(Intrinsics, PackClampedPixelBytesOnEveryTarget) {
+    std::vector<int32_t> values{std::numeric_limits<int32_t>::min(), -65536, -32769, -32768, -256, -1, 0, 1,
+                                127, 128, 254, 255, 256, 32767, 32768, 65535, 65536, std::numeric_limits<int32_t>::max()};
+    uint32_t state = 11;
+    while (values.size() < 4096) {
+        state = state * 1664525u + 1013904223u;
+        values.push_back(static_cast<int32_t>(state) >> (state % 24));
+    }
+    for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
+        hwy::SetSupportedTargetsForTest(target);
+        SCOPED_TRACE(hwy::TargetName(target));
+        const size_t n = HWY_DYNAMIC_DISPATCH(FloatLanes)();
+        for (const bool portable : {false, true}) {
+            std::vector<uint8_t> out(values.size(), 0xAA);
+            if (!HWY_DYNAMIC_DISPATCH(PackInts)(values.data(), values.size(), portable, out.data())) continue;
+            for (size_t i = 0; i + 4 * n <= values.size(); i += 4 * n)
+                for (size_t j = 0; j < 4; ++j)
+                    for (size_t l = 0; l < n; ++l)
+                        ASSERT_EQ(out[i + 4 * l + j], std::clamp(values[i + j * n + l], 0, 255))
+                            << (portable ? "portable " : "") << "q = " << values[i + j * n + l];
         }
     }
     hwy::SetSupportedTargetsForTest(0);
