@@ -103,8 +103,10 @@ HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytesPortabl
 // With AVX-512: two signed packs to 16 bits and one unsigned pack to bytes
 // clamp all four vectors at once, leaving block b as lanes 4b..4b+3 of q0,
 // then of q1, q2 and q3; one byte shuffle per block puts each lane's four
-// bytes together. Measured on the 8-bit colour matrix, 4096 x 4096
-// single-threaded on an AVX-512 processor (see MatrixKernels.cpp).
+// bytes together. Measured on the 8-bit colour matrix, single-threaded on
+// an AVX-512 processor (a loaded machine, processor time, best of nine
+// interleaved calls, four runs): 1024 x 1024 in 0.62-0.63 ms with these
+// instructions against 0.70 ms portable (1680 against 1500 megapixels/s).
 template <class DI, class VI = hn::VFromD<DI>>
 HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytes(DI di, VI q0, VI q1, VI q2, VI q3) {
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL

@@ -19,48 +19,40 @@ HWY_BEFORE_NAMESPACE();
 namespace quorin::test::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Packs `in` (four vectors' worth of floats per call) with the helper
-// (`portable`: its portable form); writes one byte per float. Returns false
-// where the helper does not exist.
-bool PackFloats(const float* in, size_t count, bool portable, uint8_t* out) {
-#if HWY_TARGET == HWY_SCALAR
-    (void)in, (void)count, (void)portable, (void)out;
-    return false;
-#else
-    const hn::ScalableTag<float> df;
-    const hn::Repartition<uint8_t, decltype(df)> d8;
-    const size_t n = hn::Lanes(df);
-    for (size_t i = 0; i + 4 * n <= count; i += 4 * n) {
-        const auto t0 = hn::LoadU(df, in + i), t1 = hn::LoadU(df, in + i + n);
-        const auto t2 = hn::LoadU(df, in + i + 2 * n), t3 = hn::LoadU(df, in + i + 3 * n);
-        const auto bytes = portable ? quorin::HWY_NAMESPACE::PackTruncatedBytesPortable(df, t0, t1, t2, t3)
-                                    : quorin::HWY_NAMESPACE::PackTruncatedBytes(df, t0, t1, t2, t3);
-        hn::StoreU(bytes, d8, out + i);
-    }
+#if HWY_TARGET != HWY_SCALAR  // one lane never packs four vectors: no helpers there
+// Packs `in` (four vectors' worth of T per call) with pack(d, v0, v1, v2,
+// v3); writes one byte per value.
+template <class T, class Pack>
+bool PackFour(const T* in, size_t count, uint8_t* out, const Pack& pack) {
+    const hn::ScalableTag<T> d;
+    const hn::Repartition<uint8_t, decltype(d)> d8;
+    const size_t n = hn::Lanes(d);
+    for (size_t i = 0; i + 4 * n <= count; i += 4 * n)
+        hn::StoreU(pack(d, hn::LoadU(d, in + i), hn::LoadU(d, in + i + n), hn::LoadU(d, in + i + 2 * n),
+                        hn::LoadU(d, in + i + 3 * n)),
+                   d8, out + i);
     return true;
-#endif
 }
 
-// Packs `in` (four vectors' worth of signed 32-bit values per call) with
-// the pixel-byte helper (`portable`: its portable form).
-bool PackInts(const int32_t* in, size_t count, bool portable, uint8_t* out) {
-#if HWY_TARGET == HWY_SCALAR
-    (void)in, (void)count, (void)portable, (void)out;
-    return false;
-#else
-    const hn::ScalableTag<int32_t> di;
-    const hn::Repartition<uint8_t, decltype(di)> d8;
-    const size_t n = hn::Lanes(di);
-    for (size_t i = 0; i + 4 * n <= count; i += 4 * n) {
-        const auto q0 = hn::LoadU(di, in + i), q1 = hn::LoadU(di, in + i + n);
-        const auto q2 = hn::LoadU(di, in + i + 2 * n), q3 = hn::LoadU(di, in + i + 3 * n);
-        const auto bytes = portable ? quorin::HWY_NAMESPACE::PackClampedPixelBytesPortable(di, q0, q1, q2, q3)
-                                    : quorin::HWY_NAMESPACE::PackClampedPixelBytes(di, q0, q1, q2, q3);
-        hn::StoreU(bytes, d8, out + i);
-    }
-    return true;
-#endif
+// The float helper (`portable`: its portable form).
+bool PackFloats(const float* in, size_t count, bool portable, uint8_t* out) {
+    return PackFour(in, count, out, [portable](auto d, auto t0, auto t1, auto t2, auto t3) {
+        return portable ? quorin::HWY_NAMESPACE::PackTruncatedBytesPortable(d, t0, t1, t2, t3)
+                        : quorin::HWY_NAMESPACE::PackTruncatedBytes(d, t0, t1, t2, t3);
+    });
 }
+
+// The pixel-byte helper (`portable`: its portable form).
+bool PackInts(const int32_t* in, size_t count, bool portable, uint8_t* out) {
+    return PackFour(in, count, out, [portable](auto d, auto q0, auto q1, auto q2, auto q3) {
+        return portable ? quorin::HWY_NAMESPACE::PackClampedPixelBytesPortable(d, q0, q1, q2, q3)
+                        : quorin::HWY_NAMESPACE::PackClampedPixelBytes(d, q0, q1, q2, q3);
+    });
+}
+#else
+bool PackFloats(const float*, size_t, bool, uint8_t*) { return false; }
+bool PackInts(const int32_t*, size_t, bool, uint8_t*) { return false; }
+#endif
 
 size_t FloatLanes() { return hn::Lanes(hn::ScalableTag<float>()); }
 
