@@ -408,8 +408,10 @@ int RunOne(const uint8_t* data, size_t size) {
         } else {
             Quorin_Buffer region = *b.record();
             size_t pixelBytes = PixelBytes(m.buffers[i].format);
-            if (role == Role::RowBytesDestination) region.width = region.rowBytes / pixelBytes;
-            if (role == Role::StepDestination) region.width = region.rowBytes, pixelBytes = 1;
+            // Written along whole rowBytes: any byte of a row, including one
+            // past the last whole pixel (a block copy of equal strides).
+            if (role == Role::RowBytesDestination || role == Role::StepDestination)
+                region.width = region.rowBytes, pixelBytes = 1;
             if (role == Role::MatchedDestination) {
                 region.width = buffers[0]->record()->width;
                 region.height = buffers[0]->record()->height;

@@ -42,8 +42,8 @@ constexpr bool IsFloat(Format f) { return SampleBytes(f) == 4; }
 // harness passes null more often there); destinations are written, within
 // their own width and height, or within the first buffer's for a destination
 // the member does not check but takes to match it.
-// A destination written along its whole rowBytes (padding included) is
-// written within its rows' bytes.
+// A destination written along its whole rowBytes (padding included) may
+// change in any byte of its rows, a partial pixel at the end included.
 // A destination walked in four-byte steps up to its rowBytes may change in
 // any byte of its rows.
 enum class Role : uint8_t {

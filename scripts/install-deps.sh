@@ -26,8 +26,8 @@ esac
 
 missing=()
 for pkg in "${wanted[@]}"; do
-    status=$(dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null || true)
-    [[ "$status" == "install ok installed" ]] || missing+=("$pkg")
+    # One line per installed architecture once foreign ones are enabled.
+    dpkg-query -W -f='${Status}\n' "$pkg" 2>/dev/null | grep -qx 'install ok installed' || missing+=("$pkg")
 done
 
 if ((${#missing[@]})); then
@@ -38,7 +38,11 @@ if ((${#missing[@]})); then
         sudo=(sudo)
     fi
     export DEBIAN_FRONTEND=noninteractive
-    if ! { "${sudo[@]}" apt-get update -qq && "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >/tmp/quorin-install-deps.log 2>&1; then
+    # An index that fails to download (a mirror mid-sync, a foreign
+    # architecture's list) leaves the others usable: only the install decides.
+    "${sudo[@]}" apt-get update -qq >/tmp/quorin-install-deps.log 2>&1 ||
+        echo "install-deps: apt-get update reported errors (see /tmp/quorin-install-deps.log); installing from the lists it has" >&2
+    if ! "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >>/tmp/quorin-install-deps.log 2>&1; then
         echo "install-deps: apt-get could not install: ${missing[*]} (see /tmp/quorin-install-deps.log)" >&2
         tail -n 20 /tmp/quorin-install-deps.log >&2
         exit 1

@@ -302,13 +302,13 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
     detail::ApplyOnRows(processors, width, height, closure);
 }
 
-// Runs pieceFn(x, y, w, h) once over the whole destination on this thread,
-// or through the grid dispatcher with the grid it chooses from the processor
-// count when WantsRowsOrGrid. A tile is any rectangle, so pieceFn must walk
-// partial rows.
+// Runs pieceFn(x, y, w, h) over width x height: once, here, unless `split`;
+// then through _QuorinDispatchApplyOnGrid with the grid it chooses (tiles
+// may be empty; pieceFn must accept them). A tile is any rectangle, so
+// pieceFn must walk partial rows.
 template <class PieceFn>
-void RunGrid(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn) {
-    if (!WantsRowsOrGrid(flags, width, height)) {
+void RunOnGrid(bool split, size_t width, size_t height, PieceFn&& pieceFn) {
+    if (!split) {
         pieceFn(size_t{0}, size_t{0}, width, height);
         return;
     }
@@ -318,6 +318,12 @@ void RunGrid(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
         },
         &pieceFn};
     _QuorinDispatchApplyOnGrid(0, 0, width, height, &closure);
+}
+
+// The same, split when WantsRowsOrGrid (the flags and the pixel count).
+template <class PieceFn>
+void RunGrid(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn) {
+    RunOnGrid(WantsRowsOrGrid(flags, width, height), width, height, std::forward<PieceFn>(pieceFn));
 }
 
 }  // namespace quorin
