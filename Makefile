@@ -4,7 +4,9 @@
 #                    then the Python package's tests
 #   make test-python the Python package (over build/libquorin.so) and its tests
 #   make bench-python the Python package beside Pillow, OpenCV and pyvips
-#   make bench       build and run the benchmark (Release)
+#   make bench       build and run the benchmark (Release); its per-target table
+#                    sets every vector target the machine runs side by side
+#                    (BENCH_ARGS='--targets=AVX2,SSE4' or --targets=none to narrow it)
 #   make demo-check  what a fresh machine meets: the demo configured and built with
 #                    the test-only and bench-only packages hidden from CMake
 #   make test-clang  build with Debian's Clang and run the suite

@@ -1,5 +1,6 @@
 #include "BenchSupport.h"
 
+#include <hwy/targets.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,6 +25,38 @@ struct RowInfo {
 std::map<std::string, RowInfo>& Rows() {
     static std::map<std::string, RowInfo> rows;
     return rows;
+}
+
+// The vector targets measured beside the best one (which the plain rows run),
+// best first, as chosen by --targets before the families register their rows.
+std::vector<int64_t>& OtherTargets() {
+    static std::vector<int64_t> targets;
+    return targets;
+}
+
+// Highway's one-lane fallback is not a vector target: the .scalar rows stand
+// for the scalar kernels.
+std::vector<int64_t> VectorTargets() {
+    std::vector<int64_t> targets;
+    for (const int64_t t : hwy::SupportedAndGeneratedTargets())
+        if ((t & (HWY_SCALAR | HWY_EMU128)) == 0) targets.push_back(t);
+    return targets;
+}
+
+// A default row's variants, in column order (each other target, then the
+// scalar kernels), by the default row's name.
+std::map<std::string, std::vector<std::string>>& Variants() {
+    static std::map<std::string, std::vector<std::string>> variants;
+    return variants;
+}
+
+// The per-target table's column heads: the best target, the others, scalar.
+std::vector<std::string> TargetColumns() {
+    const std::vector<int64_t> all = VectorTargets();
+    std::vector<std::string> columns{all.empty() ? "vector" : hwy::TargetName(all.front())};
+    for (const int64_t t : OtherTargets()) columns.push_back(hwy::TargetName(t));
+    columns.push_back("scalar");
+    return columns;
 }
 
 std::string MemcpyName(size_t bytes) { return "memcpy/" + std::to_string(bytes >> 20) + "MiB+" + std::to_string(bytes & 0xFFFFF); }
@@ -64,6 +97,10 @@ std::string WithRatioRows(const std::string& filter) {
         needed.insert(MemcpyName(info.shape.bytesMoved));
         if (!info.peer.empty()) needed.insert(PeerName(info));
         if (info.shape.split != Split::Single) needed.insert(SingleName(info));
+        // A selected row brings its rows on the other targets, which compare
+        // with the same memcpy and peer.
+        const auto variants = Variants().find(name);
+        if (variants != Variants().end()) needed.insert(variants->second.begin(), variants->second.end());
     }
     std::string extended = "(" + filter + ")";
     for (const std::string& name : needed) extended += "|^" + Literal(name + kTimeSuffix) + "$";
@@ -114,6 +151,7 @@ public:
             "single-threaded. '-': that row exists but was not measured in this run. Empty: there is no such\n"
             "row (no peer for this job or this split; /st rows have no x st). With repetitions, each figure is\n"
             "the median of the repetitions.\n");
+        printTargetTable();
     }
 
 protected:
@@ -151,6 +189,45 @@ protected:
     }
 
 private:
+    // One line per row measured on several targets: its peer ratio, then its
+    // memcpy ratio, on each target, all from this run.
+    void printTargetTable() {
+        const std::vector<std::string> columns = TargetColumns();
+        bool any = false;
+        for (const auto& [name, variants] : Variants()) {
+            if (seconds_.count(name) == 0) continue;
+            if (!any) {
+                any = true;
+                std::printf("\n%-52s", "per target");
+                for (const char* ratio : {"x peer", "x memcpy"}) {
+                    std::printf(" | %-8s", ratio);
+                    for (const std::string& c : columns) std::printf(" %7s", c.c_str());
+                }
+                std::printf("\n");
+            }
+            const RowInfo& info = Rows().at(name);
+            std::vector<std::string> row{name};
+            row.insert(row.end(), variants.begin(), variants.end());
+            std::printf("%-52s", name.c_str());
+            for (const bool peer : {true, false}) {
+                std::printf(" | %-8s", "");
+                const bool exists = peer ? !info.peer.empty() && Rows().count(PeerName(info)) != 0 : true;
+                for (const std::string& r : row) {
+                    const auto found = seconds_.find(r);
+                    const auto other = seconds_.find(peer ? PeerName(info) : MemcpyName(info.shape.bytesMoved));
+                    if (!exists) std::printf(" %7s", "");
+                    else if (found == seconds_.end() || other == seconds_.end()) std::printf(" %7s", "-");
+                    else std::printf(" %7.2f", other->second / found->second);
+                }
+            }
+            std::printf("\n");
+        }
+        if (!any) return;
+        std::printf(
+            "\nper target: each row on each vector target (the plain row runs the best one, the others are its\n"
+            "@TARGET rows) and with the scalar kernels (its .scalar row), as x peer and x memcpy above.\n");
+    }
+
     int Width() const { return static_cast<int>(std::max<size_t>(name_field_width_, 20)); }
 
     template <class... Args>
@@ -264,6 +341,29 @@ void RegisterScalarRow(const RowShape& shape, std::function<void()> body, std::f
     scalar.split = Split::Single;
     // The switch is process-wide: it is set for one timed run and restored
     // before any other row runs.
+    RowShape single = shape;
+    single.split = Split::Single;
+    const std::string vectorRow = RowName(single);
+    const auto registered = Rows().find(vectorRow);
+    const std::string peer = registered != Rows().end() ? registered->second.peer : std::string();
+    std::vector<std::string>& variants = Variants()[vectorRow];
+    // Highway's target switch is process-wide too, and chooses again on the
+    // next call once set or cleared.
+    if (single.width >= 1024) {
+        for (const int64_t target : OtherTargets()) {
+            RowShape limited = single;
+            limited.operation += std::string("@") + hwy::TargetName(target);
+            RegisterRow(
+                limited, body, peer,
+                [prepare, target] {
+                    if (prepare) prepare();
+                    hwy::SetSupportedTargetsForTest(target);
+                },
+                [] { hwy::SetSupportedTargetsForTest(0); });
+            variants.push_back(RowName(limited));
+        }
+    }
+    variants.push_back(RowName(scalar));
     RegisterRow(
         scalar, std::move(body), shape.operation,
         [prepare = std::move(prepare)] {
@@ -273,6 +373,8 @@ void RegisterScalarRow(const RowShape& shape, std::function<void()> body, std::f
         [] { Quorin_Boosten(~uint64_t{0}); });
 }
 
+// --targets=all (every vector target the machine runs, the default),
+// --targets=none (the best only), or a list such as --targets=AVX2,SSE4.
 void RegisterMemcpy(size_t bytes) {
     static std::set<size_t> registered;
     if (!registered.insert(bytes).second) return;
@@ -309,9 +411,49 @@ std::vector<std::function<void()>>& Registrars() {
     return registrars;
 }
 
+bool ChooseTargets(const std::string& list) {
+    const std::vector<int64_t> all = VectorTargets();
+    OtherTargets().clear();
+    if (list == "none") return true;
+    if (list == "all") {
+        OtherTargets().assign(all.begin() + (all.empty() ? 0 : 1), all.end());
+        return true;
+    }
+    std::vector<std::string> names;
+    for (size_t from = 0; from <= list.size();) {
+        const size_t comma = std::min(list.find(',', from), list.size());
+        names.push_back(list.substr(from, comma - from));
+        from = comma + 1;
+    }
+    bool known = true;
+    for (const std::string& name : names) {
+        const auto found = std::find_if(all.begin(), all.end(), [&](int64_t t) { return name == hwy::TargetName(t); });
+        if (found == all.end()) known = false;
+        else if (found != all.begin() && std::count(OtherTargets().begin(), OtherTargets().end(), *found) == 0)
+            OtherTargets().push_back(*found);
+    }
+    // Best first, as the columns go.
+    std::sort(OtherTargets().begin(), OtherTargets().end());
+    if (known) return true;
+    std::fprintf(stderr, "--targets=%s: this machine's vector targets are", list.c_str());
+    for (const int64_t t : all) std::fprintf(stderr, " %s", hwy::TargetName(t));
+    std::fprintf(stderr, " (or all, none)\n");
+    return false;
+}
+
 }  // namespace quorin::bench
 
 int main(int argc, char** argv) {
+    // Our own option, taken out before the benchmark library reads the rest.
+    std::string targets = "all";
+    int kept = 1;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg.rfind("--targets=", 0) == 0) targets = arg.substr(std::strlen("--targets="));
+        else argv[kept++] = argv[i];
+    }
+    argc = kept;
+    if (!quorin::bench::ChooseTargets(targets)) return 2;
     for (auto& registrar : quorin::bench::Registrars()) registrar();
     // The filter is widened before the library reads it; the strings live
     // until the end of main.

@@ -51,7 +51,10 @@ void RegisterPairRow(const RowShape& shape, std::function<void(size_t firstRow, 
 // Registers the scalar-kernel row beside the single-threaded row of `shape`
 // (whose split is ignored): "<operation>.scalar", timed with the speed-ups
 // switched off, and compared with the vector row as its peer. `body` must be
-// single-threaded.
+// single-threaded. At the sizes past the caches (1024 and up) it also registers
+// the row once per other vector target the run measures ("<operation>@AVX2",
+// timed with the vector kernels limited to that target, compared with the
+// vector row's peer); the per-target table sets them side by side.
 void RegisterScalarRow(const RowShape& shape, std::function<void()> body, std::function<void()> prepare = {});
 
 // Rows [firstRow, firstRow + rows) of an image, as a record of its own.

@@ -1,7 +1,10 @@
-// Scaling and quarter turns beside OpenCV and libyuv doing the same job:
-// 4096 -> 2048 (shrink) and 1024 -> 2048 (grow) in both arithmetics against
-// cv::resize (cubic, Lanczos-4, area) and libyuv ARGBScale (box, bilinear);
-// quarter turns of 4096 x 4096 against cv::rotate and libyuv ARGBRotate.
+// Scaling and quarter turns beside OpenCV, libyuv and libvips doing the same
+// job: 4096 -> 2048 (shrink) and 1024 -> 2048 (grow) in both arithmetics
+// against cv::resize (cubic, Lanczos-4, area), libyuv ARGBScale (box,
+// bilinear) and libvips (vips_reduce cubic and Lanczos-3 shrinking,
+// vips_resize Lanczos-3 growing); quarter turns of 4096 x 4096 against
+// cv::rotate, libyuv ARGBRotate and vips_rot. The libvips rows take the
+// result into memory the library allocates, as its callers do.
 // Scaling never reads the single-threaded flag, so its single-threaded rows
 // pretend the machine has one processor. Scaling rows pass scratch memory of
 // the queried size, made once, as a caller that scales repeatedly would: a
@@ -26,6 +29,9 @@
 #ifdef QUORIN_BENCH_OPENCV_IMGPROC
 #include <opencv2/imgproc.hpp>
 #endif
+#ifdef QUORIN_BENCH_VIPS
+#include <vips/vips.h>
+#endif
 
 namespace quorin::bench {
 namespace {
@@ -46,6 +52,10 @@ const char kBox[] = "libyuv ARGBScale box";
 const char kBilinear[] = "libyuv ARGBScale bilinear";
 const char kCvRotate[] = "OpenCV rotate 90";
 const char kYuvRotate[] = "libyuv ARGBRotate 90";
+const char kVipsCubic[] = "libvips reduce cubic";
+const char kVipsLanczos[] = "libvips reduce lanczos3";
+const char kVipsResize[] = "libvips resize lanczos3";
+const char kVipsRotate[] = "libvips rot 90";
 
 std::string PeerName(const char* peer, const Change& c) { return std::string(peer) + "." + c.name; }
 
@@ -128,6 +138,41 @@ void RegisterRotateRows() {
     }
 }
 
+#ifdef QUORIN_BENCH_VIPS
+// One libvips operation from an image over the source's pixels, run into
+// memory; libvips single-threaded.
+template <class Operation>
+void RegisterVipsRow(const std::string& name, const std::shared_ptr<Images>& images, size_t moved,
+                     Operation operation) {
+    const size_t to = images->to;
+    RegisterRow({name, to, to, Split::Single, moved},
+                [images, operation] {
+                    const int from = static_cast<int>(images->from);
+                    VipsImage* in = vips_image_new_from_memory(images->src->buffer.data, images->src->bytes.size(),
+                                                               from, from, 4, VIPS_FORMAT_UCHAR);
+                    VipsImage* out = nullptr;
+                    void* pixels = nullptr;
+                    if (in == nullptr || operation(in, &out) != 0 ||
+                        (pixels = vips_image_write_to_memory(out, nullptr)) == nullptr) {
+                        std::fprintf(stderr, "libvips failed: %s\n", vips_error_buffer());
+                        std::abort();
+                    }
+                    g_free(pixels);
+                    g_object_unref(out);
+                    g_object_unref(in);
+                },
+                {}, [images] {
+                    static const bool started = [] {
+                        vips_init("quorin-bench");
+                        vips_concurrency_set(1);  // the single-threaded row
+                        return true;
+                    }();
+                    (void)started;
+                    images->prepare();
+                });
+}
+#endif
+
 void RegisterPeerRows() {
     for (const Change& c : kChanges) {
         auto images = std::make_shared<Images>(Images{c.from, c.to, 4, false});
@@ -164,6 +209,22 @@ void RegisterPeerRows() {
                         {}, prepare);
         }
 #endif
+#ifdef QUORIN_BENCH_VIPS
+        if (c.to < c.from) {
+            const double factor = static_cast<double>(c.from) / static_cast<double>(c.to);
+            for (const auto& [name, kernel] : {std::pair{kVipsCubic, VIPS_KERNEL_CUBIC}, std::pair{kVipsLanczos, VIPS_KERNEL_LANCZOS3}}) {
+                const VipsKernel k = kernel;
+                RegisterVipsRow(PeerName(name, c), images, moved, [factor, k](VipsImage* in, VipsImage** out) {
+                    return vips_reduce(in, out, factor, factor, "kernel", k, nullptr);
+                });
+            }
+        } else {
+            const double factor = static_cast<double>(c.to) / static_cast<double>(c.from);
+            RegisterVipsRow(PeerName(kVipsResize, c), images, moved, [factor](VipsImage* in, VipsImage** out) {
+                return vips_resize(in, out, factor, "kernel", VIPS_KERNEL_LANCZOS3, nullptr);
+            });
+        }
+#endif
     }
     constexpr size_t kSide = 4096;
     auto turn = std::make_shared<Images>(Images{kSide, kSide, 4, false});
@@ -186,6 +247,10 @@ void RegisterPeerRows() {
                                        libyuv::kRotate270);
                 },
                 {}, [turn] { turn->prepare(); });
+#endif
+#ifdef QUORIN_BENCH_VIPS
+    RegisterVipsRow(kVipsRotate, turn, kSide * kSide * 8,
+                    [](VipsImage* in, VipsImage** out) { return vips_rot(in, out, VIPS_ANGLE_D270, nullptr); });
 #endif
 }
 

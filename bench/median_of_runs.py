@@ -28,6 +28,8 @@ def read_table(path):
     # Fixed-width columns: find where each one ends from the header.
     ends = [header.index(name) + len(name) for name in COLUMNS]
     for line in lines[start + 1:]:
+        if line.startswith("per target"):  # the same figures again, by target
+            break
         if not line.strip() or line.startswith("memcpy/"):
             continue
         match = re.match(r"(.*?/\d+x\d+/(?:st|mt|pair))", line)

@@ -17,6 +17,7 @@
 #include "Alpha/BlendRules.h"
 #include "Alpha/BlendVector-inl.h"
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Intrinsics-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::alpha::HWY_NAMESPACE {
@@ -73,18 +74,22 @@ HWY_INLINE V16 Div255(V16 t) { return hn::ShiftRight<7>(hn::MulHigh(t, hn::Set(D
 // the slots of the colour vectors carry one or two of its channels, so every
 // 16-bit operation serves two channels.
 
-// floor(n / d) for 1 <= d <= 255 and n <= 255 d, given any integer r in
-// (65279 / d, 65536 / d]: then n r / 2^16 lies in (n/d - 1, n/d] (as
+// floor(n / d) for 1 <= d <= 255 and n <= 255 d, given d - 1 and any integer
+// r in (65279 / d, 65536 / d]: then n r / 2^16 lies in (n/d - 1, n/d] (as
 // n <= 255 d), so q = (n r) >> 16 is the quotient or one less, and the
-// remainder n - q d (below 2 d) tells which.
-HWY_INLINE V16 DivideByAlpha(V16 n, V16 d, V16 r) {
+// remainder n - q d (below 2 d) tells which. Remainder and divisor are below
+// 2^15, so a signed comparison serves: without AVX-512 an unsigned one and a
+// blend take four instructions more.
+HWY_INLINE V16 DivideByAlpha(V16 n, V16 d, V16 belowD, V16 r) {
+    const hn::RebindToSigned<D16> di16;
     const V16 q = hn::MulHigh(n, r);
     const V16 remainder = hn::Sub(n, hn::Mul(q, d));
-    return hn::IfThenElse(hn::Lt(remainder, d), q, hn::Add(q, hn::Set(D16(), 1)));
+    return quorin::HWY_NAMESPACE::AddOneWhere(
+        hn::RebindMask(D16(), hn::Lt(hn::BitCast(di16, belowD), hn::BitCast(di16, remainder))), q);
 }
 
 struct StraightCover8 {
-    V16 aT, w, alpha, divisor, r;
+    V16 aT, w, alpha, divisor, belowDivisor, r;
 
     // aT and aB in both slots of each lane.
     StraightCover8(V16 topAlpha, V16 bottomAlpha, V8 lowSlotToBoth) : aT(topAlpha) {
@@ -94,6 +99,7 @@ struct StraightCover8 {
         alpha = hn::Add(aT, w);
         // An alpha of 0 comes with dividends of 0: dividing them by 1 gives the rule's 0.
         divisor = hn::Max(alpha, hn::Set(d16, 1));
+        belowDivisor = hn::Sub(divisor, hn::Set(d16, 1));
         // r = round(65407.5 / d), the middle of DivideByAlpha's range, whose
         // half-width 128.5 / d exceeds the 1/2 of rounding and the float error.
         // Read as a 32-bit integer the lane is d x 65537, exact in float; adding
@@ -107,7 +113,7 @@ struct StraightCover8 {
 
     // (bottom w + top aT) / aR truncated, per slot.
     V16 colour(V16 top, V16 bottom) const {
-        return DivideByAlpha(hn::Add(hn::Mul(bottom, w), hn::Mul(top, aT)), divisor, r);
+        return DivideByAlpha(hn::Add(hn::Mul(bottom, w), hn::Mul(top, aT)), divisor, belowDivisor, r);
     }
 };
 
@@ -149,8 +155,11 @@ private:
     V8 alphas_, evenChannels_, oddChannels_, lowSlotToBoth_;
 };
 
-// Each block's division is started two blocks before its colours are needed,
-// so that its latency overlaps other blocks' arithmetic. (Every block is
+// With 32 vector registers each block's division is started two blocks
+// before its colours are needed, so that its latency overlaps other blocks'
+// arithmetic. With 16 (AVX2 and below) three blocks in flight do not fit in
+// them and their spills cost more than the overlap gains; the processor's
+// own reordering overlaps the divisions of the plain loop. (Every block is
 // loaded before an earlier one is stored: dest may alias a source.)
 template <bool kStream>
 void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t blocks) {
@@ -158,6 +167,7 @@ void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint
     const StraightARGB8888Steps steps;
     const auto start = [&](size_t b) { return steps.start(top + 4 * b * step, bottom + 4 * b * step); };
     size_t b = 0;
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     if (blocks >= 2) {
         auto first = start(0), second = start(1);
         for (b = 2; b < blocks; ++b) {
@@ -169,6 +179,7 @@ void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint
         steps.finish<kStream>(first, dest + 4 * (b - 2) * step);
         steps.finish<kStream>(second, dest + 4 * (b - 1) * step);
     }
+#endif
     for (; b < blocks; ++b) steps.finish<kStream>(start(b), dest + 4 * b * step);
 }
 

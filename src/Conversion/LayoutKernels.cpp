@@ -389,6 +389,53 @@ size_t SplitFourChannels(const Rule& apply, const typename Transform::From* pixe
 }
 #endif  // 64-byte vectors
 
+// ---- Float pixels into four byte planes on 32-byte vectors ---------------------------
+// The general loop converts each channel of 8 pixels on its own and narrows
+// it to 8 bytes through lane-crossing steps, then stores 8 bytes per plane.
+// Here 32 pixels go at once: the rule's t of 8 pixels packed into one vector
+// (PackTruncatedBytes, whose 128-bit blocks hold pixels 0 2 4 6 and 1 3 5 7),
+// put in pixel order and then channel by channel with two 32-bit lane
+// permutations and one byte shuffle, and four such vectors transposed as
+// 64-bit quarters, so that each plane gets one whole 32-byte store.
+#undef QUORIN_LAYOUT_FLOAT_SPLIT_256  // set anew for each target
+#if HWY_TARGET == HWY_AVX2
+#define QUORIN_LAYOUT_FLOAT_SPLIT_256 1
+
+template <class Rule, class Stores>
+size_t SplitFloatsToBytes256(const Rule& apply, const float* pixels, uint8_t* const* planes, size_t i, size_t n,
+                             const Stores& store) {
+    const hn::Full256<float> df;
+    const hn::Full256<uint8_t> d8;
+    const hn::Full256<uint32_t> d32;
+    const hn::Full256<uint64_t> d64;
+    // Word 4k + m <-> 2m + k: the packed pixels in order, and then the two
+    // words of each channel side by side.
+    alignas(32) static constexpr int32_t kPairBlocks[8] = {0, 4, 1, 5, 2, 6, 3, 7};
+    alignas(16) static constexpr uint8_t kToChannels[16] = {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15};
+    const auto pairBlocks = hn::SetTableIndices(d32, kPairBlocks);
+    const auto toChannels = hn::LoadDup128(d8, kToChannels);
+    uint8_t* out[4] = {planes[0], planes[1], planes[2], planes[3]};
+    for (; i + 32 <= n; i += 32) {
+        hn::VFromD<decltype(d64)> q[4];  // quarter c: channel c of 8 pixels
+        for (size_t g = 0; g < 4; ++g) {
+            const float* from = pixels + (i + 8 * g) * 4;
+            const auto t = [&](size_t m) { return apply.FlatScaled(hn::LoadU(df, from + 8 * m)); };
+            const auto packed = quorin::HWY_NAMESPACE::PackTruncatedBytes(df, t(0), t(1), t(2), t(3));
+            const auto inOrder = hn::TableLookupLanes(hn::BitCast(d32, packed), pairBlocks);
+            const auto grouped = hn::TableLookupBytes(hn::BitCast(d8, inOrder), toChannels);
+            q[g] = hn::BitCast(d64, hn::TableLookupLanes(hn::BitCast(d32, grouped), pairBlocks));
+        }
+        const auto t0 = hn::InterleaveLower(d64, q[0], q[1]), t1 = hn::InterleaveUpper(d64, q[0], q[1]);
+        const auto t2 = hn::InterleaveLower(d64, q[2], q[3]), t3 = hn::InterleaveUpper(d64, q[2], q[3]);
+        const hn::VFromD<decltype(d64)> channel[4] = {hn::ConcatLowerLower(d64, t2, t0), hn::ConcatLowerLower(d64, t3, t1),
+                                                      hn::ConcatUpperUpper(d64, t2, t0), hn::ConcatUpperUpper(d64, t3, t1)};
+        for (size_t c = 0; c < 4; ++c)
+            if (out[c]) store(hn::BitCast(d8, channel[c]), d8, out[c] + i);
+    }
+    return i;
+}
+#endif  // 32-byte vectors
+
 // ---- Kernels ----------------------------------------------------------------------
 
 template <size_t C, class Transform>
@@ -474,12 +521,27 @@ void SplitRow(const typename Transform::From* pixels, typename Transform::To* co
         // The planes must reach a boundary of the stores' width (64 bytes
         // for the four-channel kernel's joined stores) after the same
         // number of pixels.
-        const size_t planeBytes = kFourChannels ? 64 : lanes * sizeof(To);
+        constexpr bool kFloatSplit256 =
+#ifdef QUORIN_LAYOUT_FLOAT_SPLIT_256
+            C == 4 && std::is_same_v<From, float> && std::is_same_v<To, uint8_t>;
+#else
+            false;
+#endif
+        const size_t planeBytes = kFourChannels ? 64 : kFloatSplit256 ? 32 : lanes * sizeof(To);
         const size_t head = StreamingHeadOf(stream && (planeBytes & (planeBytes - 1)) == 0, planes, C, n,
                                             sizeof(To), planeBytes, planeBytes);
         const auto steps = [&](size_t i, const auto& store) {
 #ifdef QUORIN_LAYOUT_FOUR_CHANNELS
             if constexpr (kFourChannels) i = SplitFourChannels<Rule, Transform>(apply, pixels, planes, i, n, store);
+#endif
+#ifdef QUORIN_LAYOUT_FLOAT_SPLIT_256
+            if constexpr (kFloatSplit256) {
+                i = SplitFloatsToBytes256(apply, pixels, planes, i, n, store);
+                // Streaming stores write whole 32-byte vectors: the scalar tail takes the rest.
+                if constexpr (std::is_same_v<std::remove_cvref_t<decltype(store)>,
+                                             quorin::HWY_NAMESPACE::StreamingStores>)
+                    return i;
+            }
 #endif
             // Local copies: stores through the planes may not alias them, so they stay in registers.
             To* out[C];

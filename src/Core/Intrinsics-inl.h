@@ -76,6 +76,12 @@ HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DF>> PackTruncatedBytesPortable(D
 // call): 256 x 256 merge 53 with these instructions against 160 portable,
 // split 63 against 181; 1024 x 1024 merge 2214 against 3348, split 3363
 // against 5345.
+// With AVX2 the same instructions on 32-byte vectors, block k holding lanes
+// 4k..4k+3 as before. Measured on the float-to-8-bit split of four channels
+// (its 32-byte path), 4096 x 4096 single-threaded, AVX2 on an AVX-512
+// processor (a loaded machine, medians of three interleaved runs): 1.44
+// times the speed of OpenCV's convertTo on the same elements with these
+// instructions, 0.61 times with the portable form.
 template <class DF, class VF = hn::VFromD<DF>>
 HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DF>> PackTruncatedBytes(DF df, VF t0, VF t1, VF t2, VF t3) {
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
@@ -84,6 +90,13 @@ HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DF>> PackTruncatedBytes(DF df, VF
         const auto whole = [top](VF t) { return _mm512_cvttps_epi32(_mm512_min_ps(top, t.raw)); };
         return hn::VFromD<hn::Repartition<uint8_t, DF>>{_mm512_packus_epi16(
             _mm512_packus_epi32(whole(t0), whole(t1)), _mm512_packus_epi32(whole(t2), whole(t3)))};
+    }
+#elif HWY_TARGET == HWY_AVX2
+    if constexpr (hn::MaxLanes(DF()) == 8) {
+        const __m256 top = _mm256_set1_ps(255.0f);
+        const auto whole = [top](VF t) { return _mm256_cvttps_epi32(_mm256_min_ps(top, t.raw)); };
+        return hn::VFromD<hn::Repartition<uint8_t, DF>>{_mm256_packus_epi16(
+            _mm256_packus_epi32(whole(t0), whole(t1)), _mm256_packus_epi32(whole(t2), whole(t3)))};
     }
 #endif
     return PackTruncatedBytesPortable(df, t0, t1, t2, t3);

@@ -1,9 +1,9 @@
 // The vector twin of the four-byte transpose (Rotate90Kernels.h): 4 x 4
 // tiles of pixels, loaded as four source rows of 128 bits, transposed with
 // two rounds of interleaves (32-bit, then 64-bit lanes) and stored as four
-// destination rows, reversed where the destination is walked leftward.
-// Pixels outside whole tiles are moved one by one, so no byte outside the
-// covered rectangle is read or written.
+// destination rows, reversed where the destination is walked leftward; the
+// tiles go in strips of source rows. Pixels outside whole tiles are moved
+// one by one, so no byte outside the covered rectangle is read or written.
 #include <cstddef>
 #include <cstdint>
 
@@ -25,44 +25,52 @@ void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdi
 #else
     const hn::FixedTag<uint32_t, 4> d;
     const hn::Repartition<uint64_t, decltype(d)> d64;
-    constexpr size_t B = kTransposeBlock<4>;
-    auto at = [&](size_t i, size_t j) { return dest + static_cast<ptrdiff_t>(j) * destRowStep + static_cast<ptrdiff_t>(i) * destPixelStep; };
+    auto at = [&](size_t i, size_t j) {
+        return dest + static_cast<ptrdiff_t>(j) * destRowStep + static_cast<ptrdiff_t>(i) * destPixelStep;
+    };
     auto one = [&](size_t i, size_t j) { CopyPixel<4>(at(i, j), src + i * srcRowBytes + j * 4); };
-    for (size_t j0 = 0; j0 < down; j0 += B) {
-        const size_t j1 = j0 + B < down ? j0 + B : down;
-        for (size_t i0 = 0; i0 < across; i0 += B) {
-            const size_t i1 = i0 + B < across ? i0 + B : across;
-            size_t i = i0;
-            for (; i + 4 <= i1; i += 4) {
-                size_t j = j0;
-                for (; j + 4 <= j1; j += 4) {
-                    const uint8_t* s = src + i * srcRowBytes + j * 4;
-                    const auto r0 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s));
-                    const auto r1 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + srcRowBytes));
-                    const auto r2 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + 2 * srcRowBytes));
-                    const auto r3 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + 3 * srcRowBytes));
-                    const auto t0 = hn::BitCast(d64, hn::InterleaveLower(d, r0, r1));
-                    const auto t1 = hn::BitCast(d64, hn::InterleaveUpper(d, r0, r1));
-                    const auto t2 = hn::BitCast(d64, hn::InterleaveLower(d, r2, r3));
-                    const auto t3 = hn::BitCast(d64, hn::InterleaveUpper(d, r2, r3));
-                    const hn::Vec<decltype(d)> columns[4] = {
-                        hn::BitCast(d, hn::InterleaveLower(d64, t0, t2)), hn::BitCast(d, hn::InterleaveUpper(d64, t0, t2)),
-                        hn::BitCast(d, hn::InterleaveLower(d64, t1, t3)), hn::BitCast(d, hn::InterleaveUpper(d64, t1, t3))};
-                    for (size_t m = 0; m < 4; ++m) {
-                        // Source rows i..i+3 of column j+m, in the order the destination walks them.
-                        if (destPixelStep > 0) {
-                            hn::StoreU(columns[m], d, reinterpret_cast<uint32_t*>(at(i, j + m)));
-                        } else {
-                            hn::StoreU(hn::Reverse(d, columns[m]), d, reinterpret_cast<uint32_t*>(at(i + 3, j + m)));
-                        }
-                    }
-                }
-                for (; j < j1; ++j)
-                    for (size_t r = 0; r < 4; ++r) one(i + r, j);
+    // Source rows i..i+3, columns j..j+3, to destination rows j..j+3.
+    auto tile = [&](size_t i, size_t j) {
+        const uint8_t* s = src + i * srcRowBytes + j * 4;
+        const auto r0 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s));
+        const auto r1 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + srcRowBytes));
+        const auto r2 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + 2 * srcRowBytes));
+        const auto r3 = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + 3 * srcRowBytes));
+        const auto t0 = hn::BitCast(d64, hn::InterleaveLower(d, r0, r1));
+        const auto t1 = hn::BitCast(d64, hn::InterleaveUpper(d, r0, r1));
+        const auto t2 = hn::BitCast(d64, hn::InterleaveLower(d, r2, r3));
+        const auto t3 = hn::BitCast(d64, hn::InterleaveUpper(d, r2, r3));
+        const hn::Vec<decltype(d)> columns[4] = {
+            hn::BitCast(d, hn::InterleaveLower(d64, t0, t2)), hn::BitCast(d, hn::InterleaveUpper(d64, t0, t2)),
+            hn::BitCast(d, hn::InterleaveLower(d64, t1, t3)), hn::BitCast(d, hn::InterleaveUpper(d64, t1, t3))};
+        for (size_t m = 0; m < 4; ++m) {
+            // Source rows i..i+3 of column j+m, in the order the destination walks them.
+            if (destPixelStep > 0) {
+                hn::StoreU(columns[m], d, reinterpret_cast<uint32_t*>(at(i, j + m)));
+            } else {
+                hn::StoreU(hn::Reverse(d, columns[m]), d, reinterpret_cast<uint32_t*>(at(i + 3, j + m)));
             }
-            for (; i < i1; ++i)
-                for (size_t j = j0; j < j1; ++j) one(i, j);
         }
+    };
+    // Strips of kTransposeStrip source rows, each walked along its whole
+    // length: the strip's rows are read as that many ascending streams, and
+    // each destination row gets the strip's whole run of pixels (several
+    // cache lines) at once. Measured on 4096 x 4096, single-threaded,
+    // processor time per call on a loaded machine: 26 ms with the 32 x 32
+    // blocks of the scalar transpose, 19 ms with strips of 16 rows, 15 ms
+    // with 64, 16 ms with 128.
+    constexpr size_t S = kTransposeStrip;
+    for (size_t i0 = 0; i0 < across; i0 += S) {
+        const size_t i1 = i0 + S < across ? i0 + S : across;
+        const size_t whole = i0 + (i1 - i0) / 4 * 4;
+        size_t j = 0;
+        for (; j + 4 <= down; j += 4) {
+            for (size_t i = i0; i < whole; i += 4) tile(i, j);
+            for (size_t i = whole; i < i1; ++i)
+                for (size_t m = 0; m < 4; ++m) one(i, j + m);
+        }
+        for (; j < down; ++j)
+            for (size_t i = i0; i < i1; ++i) one(i, j);
     }
 #endif
 }

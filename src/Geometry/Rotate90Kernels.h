@@ -48,6 +48,9 @@ void TransposeBlocked(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptr
     }
 }
 
+// The vector transpose's strips: this many source rows walked together.
+inline constexpr size_t kTransposeStrip = 64;
+
 using TransposeKernel = void (*)(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
                                  ptrdiff_t destPixelStep, size_t across, size_t down);
 

@@ -13,12 +13,15 @@
 //    whose taps' samples and weights are gathered lane by lane.
 // Samples that do not fill a vector are done by the scalar rule. The one-lane
 // HWY_SCALAR target keeps the scalar passes.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Geometry/ScaleKernels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "Core/CanonicalNaN-inl.h"
@@ -125,6 +128,59 @@ void VerticalPassVector(const PassJob& job, size_t x0, size_t y0, size_t w, size
     }
 }
 
+// 8-bit samples in fixed point: source rows go in pairs (a, b), a row's
+// samples widened to 16 bits and interleaved with the other's, so that a
+// pairwise widening multiply-add by the pair's weights (a, b) adds both
+// taps' products (exact in 32 bits, as in the horizontal pass). The
+// interleave takes each 128-bit block's lower or upper half; the narrowing
+// of the two halves' sums puts each block's samples back in order.
+template <PixelFormat F, size_t kTaps>
+void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    constexpr size_t kPairs = (kTaps + 1) / 2;
+    const hn::ScalableTag<int16_t> d16;
+    const hn::Repartition<int32_t, decltype(d16)> d32;
+    const hn::Rebind<uint8_t, decltype(d16)> d8;
+    const size_t N = hn::Lanes(d16);
+    const size_t first = x0 * F.channels, end = (x0 + w) * F.channels;
+    for (size_t y = y0; y < y0 + h; ++y) {
+        const uint8_t* rows[kPairs * 2];
+        TapRows<kTaps>(job, y, rows);
+        const uint8_t* weights = job.weights + y * kTaps * 4;
+        int32_t tap[kPairs * 2] = {};
+        bool narrow = true;
+        for (size_t j = 0; j < kTaps; ++j) {
+            tap[j] = ReadUnaligned<int32_t>(weights + j * 4);
+            narrow = narrow && tap[j] >= INT16_MIN && tap[j] <= INT16_MAX;
+        }
+        if (!narrow) {
+            VerticalPassVector<F, Arithmetic::Fixed, kTaps>(job, x0, y, w, 1);
+            continue;
+        }
+        if constexpr (kTaps % 2 == 1) rows[kTaps] = rows[kTaps - 1];  // taken with weight 0
+        hn::Vec<decltype(d16)> pairs[kPairs];
+        for (size_t p = 0; p < kPairs; ++p) {
+            const uint32_t pair = (static_cast<uint32_t>(tap[2 * p + 1]) << 16) | (static_cast<uint32_t>(tap[2 * p]) & 0xFFFFu);
+            pairs[p] = hn::BitCast(d16, hn::Set(d32, static_cast<int32_t>(pair)));
+        }
+        uint8_t* out = job.dst + y * job.dstRowBytes;
+        size_t s = first;
+        for (; s + N <= end; s += N) {
+            auto lower0 = hn::Zero(d32), lower1 = hn::Zero(d32), upper0 = hn::Zero(d32), upper1 = hn::Zero(d32);
+            for (size_t p = 0; p < kPairs; ++p) {
+                const auto a = hn::BitCast(d16, hn::PromoteTo(hn::RebindToUnsigned<decltype(d16)>(), hn::LoadU(d8, rows[2 * p] + s)));
+                const auto b = hn::BitCast(d16, hn::PromoteTo(hn::RebindToUnsigned<decltype(d16)>(), hn::LoadU(d8, rows[2 * p + 1] + s)));
+                lower0 = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveLower(d16, a, b), pairs[p], lower0, lower1);
+                upper0 = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveUpper(d16, a, b), pairs[p], upper0, upper1);
+            }
+            const auto round = [&](hn::Vec<decltype(d32)> sum) { return hn::ShiftRight<14>(hn::Add(sum, hn::Set(d32, 16383))); };
+            const auto lower = round(hn::RearrangeToOddPlusEven(lower0, lower1));
+            const auto upper = round(hn::RearrangeToOddPlusEven(upper0, upper1));
+            hn::StoreU(hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper)), d8, out + s);
+        }
+        ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
+    }
+}
+
 // Four channels: one pixel's channels in the lanes of 128-bit vectors.
 template <PixelFormat F, Arithmetic A, size_t kTaps>
 void HorizontalPixelsVector(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
@@ -152,6 +208,163 @@ void HorizontalPixelsVector(const PassJob& job, size_t x0, size_t y0, size_t w, 
             }
         }
     }
+}
+
+// Four 8-bit channels: one output pixel per 128-bit block, so a vector holds
+// as many outputs as it has blocks. Where an output's taps are consecutive
+// pixels (everywhere but near the edges), its block loads the 16 bytes of
+// its first four taps and the 16 bytes ending at its last tap, and byte
+// shuffles spread each tap's samples over the block's lanes, the four
+// channels in memory order; each lane then sums its taps as the rule does,
+// and the lanes are the outputs' channels in memory order.
+//
+// Fixed point: a shuffle puts a pair of taps' samples in the 16-bit halves
+// (a, b) of each channel's 32-bit lane, and a pairwise widening
+// multiply-add by the pair's weights (a, b) adds both products. Weights are
+// at most 16384 in magnitude and samples at most 255, so every product and
+// sum is exact in 32 bits and equals the rule's wrapped unsigned sum.
+// Float: a shuffle widens one tap's samples to 32-bit lanes, which are
+// converted, multiplied by the tap's weight and added in table order.
+template <size_t kTaps>
+struct TapBytes {
+    static_assert(kTaps >= 5 && kTaps <= 8, "two 4-pixel loads cover the taps");
+    static constexpr size_t kSecond = kTaps - 4;  // the second load's first tap
+    static constexpr size_t kPairs = (kTaps + 1) / 2;
+    static constexpr bool InSecond(size_t tap) { return tap >= 4; }
+    static constexpr size_t Position(size_t tap) { return InSecond(tap) ? tap - kSecond : tap; }
+    // Byte k of a block of 32-bit lanes holding the samples of taps
+    // `low` (low 16 bits) and `high` (high 16 bits, or none when >= kTaps).
+    static constexpr uint8_t Byte(size_t low, size_t high, size_t k) {
+        const size_t channel = k / 4, part = k % 4;
+        const size_t tap = part < 2 ? low : high;
+        if (part % 2 == 1 || tap >= kTaps) return 0x80;  // a zero byte
+        return static_cast<uint8_t>(4 * Position(tap) + channel);
+    }
+};
+
+// Lanes(d) / 16 blocks of 16 bytes, block k from row + offsets[k].
+template <class D>
+HWY_INLINE hn::VFromD<D> LoadBlocks(D d, const uint8_t* row, const size_t* offsets) {
+    if constexpr (hn::MaxLanes(D()) <= 16) {
+        return hn::LoadU(d, row + offsets[0]);
+    } else {
+        const hn::Half<D> dh;
+        return hn::Combine(d, LoadBlocks(dh, row, offsets + hn::MaxLanes(dh) / 16), LoadBlocks(dh, row, offsets));
+    }
+}
+
+// The byte shuffles of a block: entry p takes taps (2p, 2p + 1) into the
+// halves of 32-bit lanes when `pairs`, else tap p alone.
+template <size_t kTaps, size_t kCount, class D>
+HWY_INLINE void TapShuffles(D d8, bool pairs, hn::VFromD<D> (&shuffles)[kCount]) {
+    for (size_t p = 0; p < kCount; ++p) {
+        HWY_ALIGN uint8_t bytes[16];
+        for (size_t k = 0; k < 16; ++k)
+            bytes[k] = pairs ? TapBytes<kTaps>::Byte(2 * p, 2 * p + 1, k) : TapBytes<kTaps>::Byte(p, kTaps, k);
+        shuffles[p] = hn::LoadDup128(d8, bytes);
+    }
+}
+
+// Runs the columns in chunks of kChunk outputs. For each chunk, `prepare(i,
+// weights)` takes output cx + i's weights in table order; then, row by row,
+// `group(src, first, second, i, out)` makes the outputs from i on, a vector's
+// worth, from the blocks at src + first[k] and src + second[k]. Outputs that
+// do not fill a vector of such outputs take the scalar rule.
+template <Arithmetic A, size_t kTaps, size_t kChunk, class Prepare, class Group>
+HWY_INLINE void OverTapBlocks(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h, size_t blocks,
+                              Prepare&& prepare, Group&& group) {
+    using W = Weight<A>;
+    size_t offsets[2][kChunk];
+    bool direct[kChunk], vector[kChunk];
+    for (size_t cx = x0; cx < x0 + w; cx += kChunk) {
+        const size_t n = std::min(kChunk, x0 + w - cx);
+        for (size_t i = 0; i < n; ++i) {
+            const uint8_t* entry = job.indices + (cx + i) * kTaps * 4;
+            const int32_t first = ReadUnaligned<int32_t>(entry);
+            offsets[0][i] = static_cast<size_t>(first) * 4;
+            offsets[1][i] = (static_cast<size_t>(first) + TapBytes<kTaps>::kSecond) * 4;
+            W weights[kTaps];
+            for (size_t j = 0; j < kTaps; ++j) weights[j] = ReadUnaligned<W>(job.weights + ((cx + i) * kTaps + j) * sizeof(W));
+            direct[i] = ReadUnaligned<int32_t>(entry + (kTaps - 1) * 4) - first == static_cast<int32_t>(kTaps - 1) &&
+                        prepare(i, weights);
+        }
+        for (size_t i = 0; i < n; ++i) {
+            bool whole = i + blocks <= n;
+            for (size_t k = 0; whole && k < blocks; ++k) whole = direct[i + k];
+            vector[i] = whole;
+        }
+        for (size_t y = y0; y < y0 + h; ++y) {
+            const uint8_t* src = job.src + y * job.srcRowBytes;
+            uint8_t* dst = job.dst + y * job.dstRowBytes;
+            // The next row's bytes are asked for while this row is computed:
+            // rows are too far apart for the processor to guess them.
+            const uint8_t* next = y + 1 < y0 + h ? src + job.srcRowBytes : src;
+            size_t i = 0;
+            while (i < n) {
+                if (!vector[i]) {
+                    HorizontalPassScalar<kARGB8888, A, kTaps>(job, cx + i, y, 1, 1);
+                    ++i;
+                    continue;
+                }
+                hwy::Prefetch(next + offsets[0][i]);
+                group(src, offsets[0] + i, offsets[1] + i, i, dst + (cx + i) * 4);
+                i += blocks;
+            }
+        }
+    }
+}
+
+template <Arithmetic A, size_t kTaps>
+void HorizontalBytePixels(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    using Taps = TapBytes<kTaps>;
+    constexpr bool kFixed = A == Arithmetic::Fixed;
+    // Fixed point takes the taps in pairs, float one by one.
+    constexpr size_t kSteps = kFixed ? Taps::kPairs : kTaps, kChunk = kFixed ? 512 : 256;
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<int16_t, decltype(d8)> d16;
+    const hn::Repartition<int32_t, decltype(d8)> d32;
+    const hn::Repartition<float, decltype(d8)> df;
+    using DA = std::conditional_t<kFixed, decltype(d32), decltype(df)>;
+    using Sum = VectorSum<A, uint8_t, DA>;
+    hn::VFromD<decltype(d8)> shuffles[kSteps];
+    TapShuffles<kTaps>(d8, kFixed, shuffles);
+    // Each step's weight (fixed point: the pair's weights (a, b) in the
+    // halves of a lane), repeated over a block so that consecutive outputs'
+    // blocks follow each other.
+    HWY_ALIGN typename Sum::Lane steps[kSteps][kChunk][4];
+    const auto prepare = [&](size_t i, const Weight<A>* weights) {
+        for (size_t p = 0; p < kSteps; ++p) {
+            typename Sum::Lane step = weights[p];
+            if constexpr (kFixed) {
+                for (size_t j = 2 * p; j < 2 * p + 2 && j < kTaps; ++j)
+                    if (weights[j] < INT16_MIN || weights[j] > INT16_MAX) return false;
+                const uint32_t b = 2 * p + 1 < kTaps ? static_cast<uint32_t>(weights[2 * p + 1]) : 0u;
+                step = static_cast<int32_t>((b << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu));
+            }
+            for (size_t k = 0; k < 4; ++k) steps[p][i][k] = step;
+        }
+        return true;
+    };
+    const auto group = [&](const uint8_t* src, const size_t* first, const size_t* second, size_t i, uint8_t* out) {
+        const auto low = LoadBlocks(d8, src, first);
+        const auto high = LoadBlocks(d8, src, second);
+        const auto taps = [&](size_t p) {
+            return hn::TableLookupBytesOr0(Taps::InSecond(kFixed ? 2 * p : p) ? high : low, shuffles[p]);
+        };
+        if constexpr (kFixed) {
+            auto sum0 = hn::Zero(d32), sum1 = hn::Zero(d32);
+            for (size_t p = 0; p < kSteps; ++p)
+                sum0 = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, taps(p)),
+                                                     hn::BitCast(d16, hn::LoadU(d32, &steps[p][i][0])), sum0, sum1);
+            Sum::Store(d32, hn::RearrangeToOddPlusEven(sum0, sum1), out);
+        } else {
+            auto acc = hn::Zero(df);
+            for (size_t j = 0; j < kSteps; ++j)
+                acc = Sum::Add(acc, hn::LoadU(df, &steps[j][i][0]), hn::ConvertTo(df, hn::BitCast(d32, taps(j))));
+            Sum::Store(df, acc, out);
+        }
+    };
+    OverTapBlocks<A, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
 }
 
 // One channel: consecutive output pixels in the lanes; each tap's samples
@@ -195,7 +408,9 @@ void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
 
 void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
-        if constexpr (F.channels == 4) {
+        if constexpr (F.sample == SampleKind::U8 && F.channels == 4) {
+            HorizontalBytePixels<A, kTaps>(job, x0, y0, w, h);
+        } else if constexpr (F.channels == 4) {
             HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);
         } else {
             HorizontalPlaneVector<F, A, kTaps>(job, x0, y0, w, h);
@@ -205,7 +420,11 @@ void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h
 
 void VerticalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
-        VerticalPassVector<F, A, kTaps>(job, x0, y0, w, h);
+        if constexpr (F.sample == SampleKind::U8 && A == Arithmetic::Fixed) {
+            VerticalBytesFixed<F, kTaps>(job, x0, y0, w, h);
+        } else {
+            VerticalPassVector<F, A, kTaps>(job, x0, y0, w, h);
+        }
     });
 }
 

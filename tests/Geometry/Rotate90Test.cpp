@@ -89,6 +89,18 @@ TEST(Rotate90, EveryTurnEveryCropAndOffsetParity) {
                 }
 }
 
+TEST(Rotate90, QuarterTurnsLongerThanATransposeStrip) {
+    // More source rows than one strip of the vector transpose, in a count
+    // that leaves a partial strip and a partial tile, cropped and offset.
+    for (const Rotate90Member* m : geometry::kRotate90Members)
+        for (const unsigned r : {1u, 3u})
+            for (const int d : {-5, 0, 6}) {
+                const size_t sw = 67, sh = 150;
+                ExpectTurn(*m, sw, sh, sh + d, sw - d, r, d > 0);
+                if (testing::Test::HasFailure()) return;
+            }
+}
+
 TEST(Rotate90, WorkedExamples) {
     const Rotate90Member& m = geometry::kRotate90ARGB8888;
     GuardedImage src(3, 2, 4), dest(2, 3, 4);

@@ -26,11 +26,12 @@ struct Shape {
     size_t sw, sh, dw, dh;
 };
 
-// Odd sizes, one-pixel axes, one axis changing, both changing, and a case
-// whose passes both reach the split (at least 64000 output pixels each).
+// Odd sizes, one-pixel axes, one axis changing, both changing, a case
+// whose passes both reach the split (at least 64000 output pixels each), and
+// rows wider than the kernels' column chunks with a ratio near 1 each way.
 constexpr Shape kShapes[] = {
-    {17, 9, 5, 9}, {7, 13, 7, 29}, {33, 21, 70, 10}, {1, 1, 3, 2}, {5, 1, 1, 4},
-    {9, 6, 40, 3}, {2, 2, 4, 4},   {8, 3, 2, 3},     {331, 273, 257, 251},
+    {17, 9, 5, 9}, {7, 13, 7, 29}, {33, 21, 70, 10}, {1, 1, 3, 2},   {5, 1, 1, 4},    {9, 6, 40, 3},
+    {2, 2, 4, 4},  {8, 3, 2, 3},   {331, 273, 257, 251}, {2101, 3, 1031, 2}, {700, 2, 1501, 3}, {97, 4, 96, 5},
 };
 
 template <class T>
@@ -209,6 +210,26 @@ TEST(Scale, SignedResultsBelowZeroAreStoredAsZeroAndFloatsAreNotClamped) {
             }
         EXPECT_LT(lo, -1.0f);
         EXPECT_GT(hi, 2.0f);
+    }
+}
+
+// Stripes of 0 and the largest sample drive the sums past both ends of the
+// range, where the kernels' narrowing must clamp as the rule does.
+TEST(Scale, SumsBeyondTheSampleRangeClampUnderEveryKernel) {
+    for (const Shape s : {Shape{301, 7, 97, 3}, Shape{61, 5, 187, 11}}) {
+        GuardedImage src(s.sw, s.sh, 4);
+        for (size_t y = 0; y < s.sh; ++y)
+            for (size_t x = 0; x < s.sw * 4; ++x) src.row(y)[x] = ((x / 4 + y) / 2 + x % 3) % 2 ? 255 : 0;
+        for (const Quorin_Flags quality : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_HighQualityResampling}}) {
+            const std::vector<uint8_t> want = ReferenceOf(src, geometry::kScaleARGB8888, s, quality != 0);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest(s.dw, s.dh, 4, 4);
+                EXPECT_EQ(QuorinScale_ARGB8888(src.record(), dest.record(), nullptr, flags | quality), kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want);
+                return dest.pixels();
+            });
+        }
     }
 }
 
