@@ -43,6 +43,12 @@ typedef struct QuorinMultidimensionalTable QuorinMultidimensionalTable;
  * src and dest differ in width or height; either is null or has null data;
  * either cannot describe its image (rowBytes short of a row, an extent that
  * overflows); the matrix is null (also with a divisor of 0).
+ * Irregular on purpose: only the size test belongs to the operation, which
+ * otherwise fails nowhere; the three after it are memory-safety refusals,
+ * made where the call would otherwise read or write through a null or
+ * short pointer and crash: a null record or matrix is never read (the 8-bit
+ * member's divisor of 0 would not read the matrix, but its refusal does not
+ * depend on the divisor).
  * dest may be src. Threading: from 64000 pixels, with at least two
  * processors and a row for each, P or P - 1 bands of rows and a band for the
  * rest run at once; otherwise the calling thread. */

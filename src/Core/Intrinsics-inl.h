@@ -102,6 +102,37 @@ HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DF>> PackTruncatedBytes(DF df, VF
     return PackTruncatedBytesPortable(df, t0, t1, t2, t3);
 }
 
+// Lane k of the result holds, as bytes 0..3, lane k of the signed 32-bit
+// q0, q1, q2 and q3, each clamped to 0..255 (the 8-bit colour matrix's last
+// step). The portable form clamps each vector and shifts it into its byte.
+template <class DI, class VI = hn::VFromD<DI>>
+HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytesPortable(DI di, VI q0, VI q1, VI q2, VI q3) {
+    const auto clamp = [di](VI q) { return hn::Min(hn::Max(q, hn::Zero(di)), hn::Set(di, 255)); };
+    const VI low = hn::Or(clamp(q0), hn::ShiftLeft<8>(clamp(q1)));
+    const VI high = hn::Or(hn::ShiftLeft<16>(clamp(q2)), hn::ShiftLeft<24>(clamp(q3)));
+    return hn::BitCast(hn::Repartition<uint8_t, DI>(), hn::Or(low, high));
+}
+
+// With AVX-512: two signed packs to 16 bits and one unsigned pack to bytes
+// clamp all four vectors at once, leaving block b as lanes 4b..4b+3 of q0,
+// then of q1, q2 and q3; one byte shuffle per block puts each lane's four
+// bytes together. Measured on the 8-bit colour matrix, single-threaded on
+// an AVX-512 processor (a loaded machine, processor time, best of nine
+// interleaved calls, four runs): 1024 x 1024 in 0.62-0.63 ms with these
+// instructions against 0.70 ms portable (1680 against 1500 megapixels/s).
+template <class DI, class VI = hn::VFromD<DI>>
+HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytes(DI di, VI q0, VI q1, VI q2, VI q3) {
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    if constexpr (hn::MaxLanes(DI()) == 16) {
+        const __m512i planar = _mm512_packus_epi16(_mm512_packs_epi32(q0.raw, q1.raw), _mm512_packs_epi32(q2.raw, q3.raw));
+        const __m512i transpose =
+            _mm512_broadcast_i32x4(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15));
+        return hn::VFromD<hn::Repartition<uint8_t, DI>>{_mm512_shuffle_epi8(planar, transpose)};
+    }
+#endif
+    return PackClampedPixelBytesPortable(di, q0, q1, q2, q3);
+}
+
 #endif  // HWY_TARGET != HWY_SCALAR
 
 }  // namespace quorin::HWY_NAMESPACE

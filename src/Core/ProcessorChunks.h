@@ -18,8 +18,9 @@ enum class ChunkRemainder : uint8_t {
     // rows / (n - 1) and a last chunk holding the rest: n chunks in all, the
     // last possibly empty (it still runs).
     LastOfN,
-    // n chunks of rows / n, and one chunk more holding the rest only when
-    // there is a rest (the histogram's count of tasks).
+    // n chunks of rows / n, n as above, and one chunk more holding the rest
+    // only when there is a rest: no empty chunk (the histogram's counting
+    // tasks and its merge's cut of the bins; ReduceRows).
     ExtraChunk,
 };
 
@@ -33,13 +34,10 @@ struct ChunkPlan {
 };
 
 constexpr ChunkPlan PlanChunks(size_t processors, size_t height, ChunkRemainder remainder) {
-    if (remainder == ChunkRemainder::ExtraChunk) {
-        const size_t rows = height / processors, rest = height % processors;
-        return rest == 0 ? ChunkPlan{processors, rows, rows} : ChunkPlan{processors + 1, rows, rest};
-    }
     if (height % processors == 0) return {processors, height / processors, height / processors};
-    const size_t whole = processors - 1, rows = height / whole;
-    return {processors, rows, height - whole * rows};
+    const size_t whole = processors - 1, rows = height / whole, rest = height - whole * rows;
+    if (remainder == ChunkRemainder::ExtraChunk && rest == 0) return {whole, rows, rows};
+    return {processors, rows, rest};
 }
 
 // Serial (as if single-threaded) with fewer than two processors, fewer rows

@@ -17,6 +17,7 @@
 #include <cstdlib>
 
 #include "Core/Dispatch.h"
+#include "Core/ProcessorChunks.h"
 #include "quorin/Types.h"
 
 namespace quorin {
@@ -60,18 +61,17 @@ struct ReducePlan {
 //   void merge(size_t firstItem, size_t items)   sums every task's partial
 //                                 into those items of the caller's result
 // The rows are cut into n = P bands when P divides them, else P - 1, and a
-// task for the rows left over when there are any; the merge cuts the
-// `items` of the result the same way. Both passes are parallel applies;
+// task for the rows left over when there are any (ChunkRemainder::ExtraChunk);
+// the merge cuts the `items` of the result the same way. Both passes are parallel applies;
 // the merge starts once every band has finished.
 template <class Partials>
 Quorin_Error ReduceRows(const ReducePlan& plan, size_t height, size_t items, Partials& partials) {
-    const BandPlan rows = PlanBands(plan.processors, height);
-    const size_t tasks = rows.bandsWithRows();
-    if (!partials.allocate(tasks)) return plan.allocationFailed;
-    ParallelApply(tasks, [&](size_t k) { partials.band(k, rows.firstRowOf(k), rows.rowsOf(k)); });
+    const ChunkPlan rows = PlanChunks(plan.processors, height, ChunkRemainder::ExtraChunk);
+    if (!partials.allocate(rows.chunks)) return plan.allocationFailed;
+    ParallelApply(rows.chunks, [&](size_t k) { partials.band(k, rows.firstRowOf(k), rows.rowsOf(k)); });
     if (items == 0) return kQuorinSuccess;
-    const BandPlan cut = PlanBands(plan.processors, items);
-    ParallelApply(cut.bandsWithRows(), [&](size_t k) { partials.merge(cut.firstRowOf(k), cut.rowsOf(k)); });
+    const ChunkPlan cut = PlanChunks(plan.processors, items, ChunkRemainder::ExtraChunk);
+    ParallelApply(cut.chunks, [&](size_t k) { partials.merge(cut.firstRowOf(k), cut.rowsOf(k)); });
     return kQuorinSuccess;
 }
 

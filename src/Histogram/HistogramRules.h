@@ -12,9 +12,17 @@ namespace quorin::histogram {
 // vector twin fills in turn so that repeated values do not wait on each
 // other's stores, summed into the caller's counters at the band's end. The
 // scalar rule fills sub-table 0 only.
+//
+// Each table is padded by kPad counters: unpadded, the tables would lie a
+// multiple of 4 KiB apart, and the processor takes a load from one for a
+// load of the store just made to the same bin of another (their addresses
+// agree in the low 12 bits), so a flat image would stall as if it had one
+// table per channel. With the padding every bin of every table has its own
+// low 12 address bits.
 struct Tally8 {
     static constexpr size_t kSubTables = 4;
-    uint32_t counts[kSubTables][4][256];
+    static constexpr size_t kPad = 16;
+    uint32_t counts[kSubTables][4][256 + kPad];
 
     // Adds every sub-table's counts of channels first..3 to `counters`.
     void addTo(uint32_t* const counters[4], unsigned first) const {

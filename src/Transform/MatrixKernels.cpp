@@ -1,9 +1,11 @@
 // Vector twins of the matrix rules (MatrixRules.h).
 //
-// 8 bits: one pixel per 32-bit lane. The sums wrap in 32-bit lanes as the
-// rule's do; the division is the call's magic multiply (the high words of
-// even and odd lanes from two widening multiplies), exact for every sum, and
-// the clamp is the saturating narrowing to bytes.
+// 8 bits: one pixel per 32-bit lane. Each channel's sum is two pairwise
+// 16-bit multiply-adds (the pre-biases are folded into the biases, so the
+// bytes are multiplied alone) and wraps in 32-bit lanes as the rule's does;
+// the division is the call's magic multiply (the high words of even and odd
+// lanes from two widening multiplies), exact for every sum, and the clamp is
+// the saturating narrowing to bytes.
 //
 // Float: one pixel per 128-bit block, each source channel broadcast through
 // its block and multiplied by that channel's row of coefficients, summed in
@@ -16,6 +18,7 @@
 #include <hwy/highway.h>
 
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Intrinsics-inl.h"
 #include "Core/RowLoop-inl.h"
 #include "Transform/MatrixKernels.h"
 
@@ -44,8 +47,16 @@ HWY_INLINE VI MulHighSigned(VI n, VI magic) {
     return hn::OddEven(hn::BitCast(di, odd), hn::BitCast(di, hn::ShiftRight<32>(even)));
 }
 
+// Coefficients a (low) and b (high) as the two signed 16-bit halves of a lane.
+HWY_INLINE VI PairOf(int32_t a, int32_t b) {
+    const uint32_t pair = static_cast<uint16_t>(a) | static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16;
+    return hn::Set(DI(), static_cast<int32_t>(pair));
+}
+
 struct Multiply8Body {
-    VI m[16], bias[4];
+    // Per destination channel j: (m[j], m[8 + j]) against the even bytes of
+    // a pixel, (m[4 + j], m[12 + j]) against the odd ones.
+    VI evenPairs[4], oddPairs[4], bias[4];
     VI magic, addend;
     int shift;
 
@@ -53,8 +64,11 @@ struct Multiply8Body {
         : magic(hn::Set(DI(), p.division.magic)),
           addend(hn::Set(DI(), p.division.addend)),
           shift(static_cast<int>(p.division.shift)) {
-        for (int k = 0; k < 16; ++k) m[k] = hn::Set(DI(), p.m[k]);
-        for (int j = 0; j < 4; ++j) bias[j] = hn::Set(DI(), p.bias[j]);
+        for (int j = 0; j < 4; ++j) {
+            evenPairs[j] = PairOf(p.m[j], p.m[8 + j]);
+            oddPairs[j] = PairOf(p.m[4 + j], p.m[12 + j]);
+            bias[j] = hn::Set(DI(), p.bias[j]);
+        }
     }
 
     // The quotient rounded down: it differs from the truncated one only when
@@ -65,18 +79,23 @@ struct Multiply8Body {
 
     Bytes operator()(const uint8_t* src) const {
         const DI di;
+        const hn::Repartition<int16_t, DI> d16;
+        // Bytes 0 and 2 of each pixel, and bytes 1 and 3, widened to 16 bits.
         const VI v = hn::BitCast(di, hn::LoadU(D8(), src));
-        const VI mask = hn::Set(di, 0xFF);
-        const VI c[4] = {hn::And(v, mask), hn::And(hn::ShiftRight<8>(v), mask), hn::And(hn::ShiftRight<16>(v), mask),
-                         hn::BitCast(di, hn::ShiftRight<24>(hn::BitCast(DU(), v)))};
-        VI out = hn::Zero(di);
+        const VI mask = hn::Set(di, 0x00FF00FF);
+        const auto even = hn::BitCast(d16, hn::And(v, mask));
+        const auto odd = hn::BitCast(d16, hn::And(hn::ShiftRight<8>(v), mask));
+        // Two products of a byte and a 16-bit coefficient add up to less
+        // than 2^24 in magnitude: the pairwise multiply-adds are exact, and
+        // the sum wraps modulo 2^32 as the rule's does.
+        VI q[4];
         for (int j = 0; j < 4; ++j) {
-            VI sum = bias[j];
-            for (int i = 0; i < 4; ++i) sum = hn::Add(sum, hn::Mul(c[i], m[4 * i + j]));
-            const VI q = hn::Min(hn::Max(DivideFloor(sum), hn::Zero(di)), hn::Set(di, 255));
-            out = hn::Or(out, hn::ShiftLeftSame(q, 8 * j));
+            VI odds = hn::Zero(di);
+            VI sum = hn::ReorderWidenMulAccumulate(di, even, hn::BitCast(d16, evenPairs[j]), bias[j], odds);
+            sum = hn::ReorderWidenMulAccumulate(di, odd, hn::BitCast(d16, oddPairs[j]), sum, odds);
+            q[j] = DivideFloor(hn::RearrangeToOddPlusEven(sum, odds));
         }
-        return hn::BitCast(D8(), out);
+        return PackClampedPixelBytes(di, q[0], q[1], q[2], q[3]);
     }
 };
 

@@ -27,10 +27,11 @@ struct Call {
 
 using Member = MemberRow<Call>;
 
-// src, dest, then the matrix pointer. The size test is the only one described
-// (no flag is refused, nothing else is tested); the rest refuse what the
-// kernels could not walk or read, all with -21773 as the size test does. A
-// zero divisor never reads the matrix, but is refused with it all the same.
+// src, dest, then the matrix pointer. The size test is the only one the
+// operation has (no flag is refused, nothing else fails); the rest are
+// memory-safety refusals of what the kernels could not walk or read without
+// crashing, all with -21773 as the size test does. A zero divisor never
+// reads the matrix, but is refused with it all the same.
 inline constexpr CheckStep kMatrixChecks[] = {
     {"the buffers differ in width or height", Check::SizesDiffer, kQuorinError_BadArgument},
     {"a record or its pixel data is null", Check::Missing, kQuorinError_BadArgument},

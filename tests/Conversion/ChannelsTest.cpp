@@ -665,8 +665,9 @@ TEST(Channels, ProcessorChunksCoverEveryRowOnceInTheNamedCut) {
                     ASSERT_EQ(plan.chunks, n);
                     ASSERT_EQ(plan.rows, h % n == 0 ? h / n : h / (n - 1));
                 } else {
-                    ASSERT_EQ(plan.chunks, n + (h % n != 0 ? 1 : 0));
-                    ASSERT_EQ(plan.rows, h / n);
+                    const size_t whole = h % n == 0 ? n : n - 1;
+                    ASSERT_EQ(plan.chunks, whole + (h % whole != 0 ? 1 : 0));
+                    ASSERT_EQ(plan.rows, h / whole);
                 }
             }
         }

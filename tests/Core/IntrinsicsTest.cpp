@@ -6,6 +6,7 @@
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -18,27 +19,40 @@ HWY_BEFORE_NAMESPACE();
 namespace quorin::test::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Packs `in` (four vectors' worth of floats per call) with the helper
-// (`portable`: its portable form); writes one byte per float. Returns false
-// where the helper does not exist.
-bool PackFloats(const float* in, size_t count, bool portable, uint8_t* out) {
-#if HWY_TARGET == HWY_SCALAR
-    (void)in, (void)count, (void)portable, (void)out;
-    return false;
-#else
-    const hn::ScalableTag<float> df;
-    const hn::Repartition<uint8_t, decltype(df)> d8;
-    const size_t n = hn::Lanes(df);
-    for (size_t i = 0; i + 4 * n <= count; i += 4 * n) {
-        const auto t0 = hn::LoadU(df, in + i), t1 = hn::LoadU(df, in + i + n);
-        const auto t2 = hn::LoadU(df, in + i + 2 * n), t3 = hn::LoadU(df, in + i + 3 * n);
-        const auto bytes = portable ? quorin::HWY_NAMESPACE::PackTruncatedBytesPortable(df, t0, t1, t2, t3)
-                                    : quorin::HWY_NAMESPACE::PackTruncatedBytes(df, t0, t1, t2, t3);
-        hn::StoreU(bytes, d8, out + i);
-    }
+#if HWY_TARGET != HWY_SCALAR  // one lane never packs four vectors: no helpers there
+// Packs `in` (four vectors' worth of T per call) with pack(d, v0, v1, v2,
+// v3); writes one byte per value.
+template <class T, class Pack>
+bool PackFour(const T* in, size_t count, uint8_t* out, const Pack& pack) {
+    const hn::ScalableTag<T> d;
+    const hn::Repartition<uint8_t, decltype(d)> d8;
+    const size_t n = hn::Lanes(d);
+    for (size_t i = 0; i + 4 * n <= count; i += 4 * n)
+        hn::StoreU(pack(d, hn::LoadU(d, in + i), hn::LoadU(d, in + i + n), hn::LoadU(d, in + i + 2 * n),
+                        hn::LoadU(d, in + i + 3 * n)),
+                   d8, out + i);
     return true;
-#endif
 }
+
+// The float helper (`portable`: its portable form).
+bool PackFloats(const float* in, size_t count, bool portable, uint8_t* out) {
+    return PackFour(in, count, out, [portable](auto d, auto t0, auto t1, auto t2, auto t3) {
+        return portable ? quorin::HWY_NAMESPACE::PackTruncatedBytesPortable(d, t0, t1, t2, t3)
+                        : quorin::HWY_NAMESPACE::PackTruncatedBytes(d, t0, t1, t2, t3);
+    });
+}
+
+// The pixel-byte helper (`portable`: its portable form).
+bool PackInts(const int32_t* in, size_t count, bool portable, uint8_t* out) {
+    return PackFour(in, count, out, [portable](auto d, auto q0, auto q1, auto q2, auto q3) {
+        return portable ? quorin::HWY_NAMESPACE::PackClampedPixelBytesPortable(d, q0, q1, q2, q3)
+                        : quorin::HWY_NAMESPACE::PackClampedPixelBytes(d, q0, q1, q2, q3);
+    });
+}
+#else
+bool PackFloats(const float*, size_t, bool, uint8_t*) { return false; }
+bool PackInts(const int32_t*, size_t, bool, uint8_t*) { return false; }
+#endif
 
 size_t FloatLanes() { return hn::Lanes(hn::ScalableTag<float>()); }
 
@@ -51,6 +65,7 @@ HWY_AFTER_NAMESPACE();
 namespace quorin::test {
 
 HWY_EXPORT(PackFloats);
+HWY_EXPORT(PackInts);
 HWY_EXPORT(FloatLanes);
 
 namespace {
@@ -88,6 +103,32 @@ TEST(Intrinsics, PackTruncatedBytesOnEveryTarget) {
                         ASSERT_EQ(out[at], Expected(values[i + j * n + l]))
                             << (portable ? "portable " : "") << "t = " << values[i + j * n + l];
                     }
+        }
+    }
+    hwy::SetSupportedTargetsForTest(0);
+}
+
+// Lane l of vector j goes to byte j of lane l, clamped to 0..255.
+TEST(Intrinsics, PackClampedPixelBytesOnEveryTarget) {
+    std::vector<int32_t> values{std::numeric_limits<int32_t>::min(), -65536, -32769, -32768, -256, -1, 0, 1,
+                                127, 128, 254, 255, 256, 32767, 32768, 65535, 65536, std::numeric_limits<int32_t>::max()};
+    uint32_t state = 11;
+    while (values.size() < 4096) {
+        state = state * 1664525u + 1013904223u;
+        values.push_back(static_cast<int32_t>(state) >> (state % 24));
+    }
+    for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
+        hwy::SetSupportedTargetsForTest(target);
+        SCOPED_TRACE(hwy::TargetName(target));
+        const size_t n = HWY_DYNAMIC_DISPATCH(FloatLanes)();
+        for (const bool portable : {false, true}) {
+            std::vector<uint8_t> out(values.size(), 0xAA);
+            if (!HWY_DYNAMIC_DISPATCH(PackInts)(values.data(), values.size(), portable, out.data())) continue;
+            for (size_t i = 0; i + 4 * n <= values.size(); i += 4 * n)
+                for (size_t j = 0; j < 4; ++j)
+                    for (size_t l = 0; l < n; ++l)
+                        ASSERT_EQ(out[i + 4 * l + j], std::clamp(values[i + j * n + l], 0, 255))
+                            << (portable ? "portable " : "") << "q = " << values[i + j * n + l];
         }
     }
     hwy::SetSupportedTargetsForTest(0);

@@ -5,10 +5,13 @@
 // each allocation, no allocation below the split, and the check order.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 #include "Core/Dispatch.h"
@@ -56,16 +59,22 @@ uint32_t ExpectedBin(float v, uint32_t entries, float minVal, float maxVal) {
 
 TEST(Histogram, EightBitCountsEveryPixelOnceUnderEveryKernelAndSplit) {
     const histogram::Member& m = histogram::kHistogramARGB8888;
-    for (const bool flat : {false, true})
+    // Random; one colour; one colour broken by single bytes at scattered
+    // places, so runs of one colour end at every position of a group.
+    for (const int kind : {0, 1, 2})
         for (const size_t padding : {size_t{0}, size_t{12}})
             for (const Quorin_Flags skip : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_SkipAlpha}}) {
-                SCOPED_TRACE(testing::Message() << "flat " << flat << " padding " << padding << " skip " << skip);
+                SCOPED_TRACE(testing::Message() << "kind " << kind << " padding " << padding << " skip " << skip);
                 GuardedImage src(kWidth, kHeight, 4, padding, 1);
-                if (flat) {
-                    for (size_t y = 0; y < kHeight; ++y)
-                        for (size_t x = 0; x < kWidth; ++x) std::memcpy(src.row(y) + 4 * x, "\x07\xFF\x00\x80", 4);
-                } else {
+                if (kind == 0) {
                     src.fillRandom(padding + skip);
+                } else {
+                    for (size_t y = 0; y < kHeight; ++y)
+                        for (size_t x = 0; x < kWidth; ++x) {
+                            uint8_t* px = src.row(y) + 4 * x;
+                            std::memcpy(px, "\x07\xFF\x00\x80", 4);
+                            if (kind == 2 && (7 * x + 3 * y) % 29 == 0) px[(x + y) % 4] ^= 1u << (y % 8);
+                        }
                 }
                 std::array<std::vector<uint32_t>, 4> expected;
                 for (auto& e : expected) e.assign(256, 0);
@@ -170,6 +179,41 @@ TEST(Histogram, AllocationFailureAtEachAllocationReturnsInternalFaultWithCounter
     EXPECT_EQ(QuorinHistogramCalculation_ARGB8888(src.record(), bytes.pointers.data(), kQuorinFlag_SingleThreaded), 0);
     FailPartialAllocationsForTest(0);
     SetProcessorCountForTest(0);
+}
+
+// The counting tasks: n = P bands when P divides the rows, else P - 1, each
+// of rows / n, and one task more only for a remainder; the merge cuts the
+// bins alike. Every row and every bin is met once.
+TEST(Histogram, TasksAreTheBandsAndARemainderTaskOnlyWhenRowsAreLeftOver) {
+    struct Recorder {
+        size_t tasks = 0;
+        std::vector<std::pair<size_t, size_t>> rows, bins;
+        std::mutex lock;
+        bool allocate(size_t n) { return tasks = n, true; }
+        void band(size_t, size_t first, size_t count) {
+            const std::lock_guard<std::mutex> hold(lock);
+            rows.emplace_back(first, count);
+        }
+        void merge(size_t first, size_t count) {
+            const std::lock_guard<std::mutex> hold(lock);
+            bins.emplace_back(first, count);
+        }
+    };
+    const auto expectCut = [](std::vector<std::pair<size_t, size_t>> cut, size_t p, size_t total) {
+        const size_t n = total % p == 0 ? p : p - 1, chunk = total / n, rest = total - n * chunk;
+        std::sort(cut.begin(), cut.end());
+        ASSERT_EQ(cut.size(), n + (rest != 0 ? 1 : 0)) << p << " processors, " << total;
+        for (size_t k = 0; k < cut.size(); ++k)
+            ASSERT_EQ(cut[k], (std::pair<size_t, size_t>{k * chunk, k < n ? chunk : rest})) << p << ", " << total;
+    };
+    for (size_t p = 2; p <= 9; ++p)
+        for (size_t height = p; height <= 40; ++height) {
+            Recorder recorder;
+            ASSERT_EQ(ReduceRows(ReducePlan{p, kQuorinError_InternalFault}, height, height + 3, recorder), 0);
+            EXPECT_EQ(recorder.tasks, recorder.rows.size());
+            expectCut(recorder.rows, p, height);
+            expectCut(recorder.bins, p, height + 3);
+        }
 }
 
 TEST(Histogram, ChecksInOrderBeforeAnyCounterIsWritten) {
