@@ -88,12 +88,12 @@ using quorin::packed::RunAlpha;
 #define QUORIN_ALPHA_ENTRY(name, from, to)                                                                        \
     QUORIN_API Quorin_Error name(const Quorin_Buffer* src, const Quorin_Buffer* alpha, ALPHA_TYPE constant,      \
                                  const Quorin_Buffer* dest, int premultiply, Quorin_Flags flags) {                \
-        return RunAlpha<AlphaCellOf<&name>()>(src, alpha, ALPHA_CONSTANT, dest, premultiply, flags);             \
+        return RunAlpha<AlphaCellOf(#name)>(src, alpha, ALPHA_CONSTANT, dest, premultiply, flags);             \
     }
 #define QUORIN_ALPHA_565(name, from, to)                                                                          \
     QUORIN_API Quorin_Error name(uint8_t alpha, const Quorin_Buffer* src, const Quorin_Buffer* dest,             \
                                  Quorin_Flags flags) {                                                            \
-        return RunAlpha<AlphaCellOf<&name>()>(src, nullptr, AlphaConstant{alpha, 0.0f}, dest, 0, flags);         \
+        return RunAlpha<AlphaCellOf(#name)>(src, nullptr, AlphaConstant{alpha, 0.0f}, dest, 0, flags);         \
     }
 #define ALPHA_TYPE uint8_t
 #define ALPHA_CONSTANT AlphaConstant{constant, 0.0f}

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string_view>
 #include <type_traits>
 
 #include "Conversion/PackedRules.h"
@@ -122,10 +123,12 @@ inline constexpr size_t kAlphaStepsWithoutPlane = 3;
 inline constexpr AlphaMember kAlphaMembers[] = {QUORIN_ALPHA_ADDING(QUORIN_ALPHA_MEMBER)};
 #undef QUORIN_ALPHA_MEMBER
 
-template <auto kEntry>
-constexpr size_t AlphaCellOf() {
+// The row of an alpha-adding entry point, found by name: comparing the
+// addresses of two template instances is not a constant expression in every
+// build (the sanitizer builds refuse it).
+constexpr size_t AlphaCellOf(std::string_view name) {
     for (size_t i = 0; i < kAlphaCount; ++i)
-        if (kAlphaMembers[i].invoke == &InvokeAlpha<kEntry>) return i;
+        if (name == kAlphaMembers[i].name) return i;
     return kAlphaCount;
 }
 
