@@ -233,23 +233,31 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
         AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
                                    dst + first * kTo.pixelBytes(), count, constant, premultiply);
     };
-    RunSteps(
-        kNoStreaming, pixels,
-        [&](size_t start, auto) {
-            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                       const size_t i = start + k;
-                       auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
-                       hn::LoadInterleaved3(df, from + 3 * i, v0, v1, v2);
-                       const auto a = plane ? hn::Mul(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, plane + i))),
-                                                      hn::Set(df, ReciprocalOf(8)))
-                                            : hn::Set(df, constant.real);
-                       const decltype(v0) in[3] = {v0, v1, v2};
-                       decltype(v0) out[4] = {a, a, a, a};
-                       for (int n = 0; n < 3; ++n) out[C::to[n]] = premultiply ? hn::Mul(in[C::from[n]], a) : in[C::from[n]];
-                       hn::StoreInterleaved4(out[0], out[1], out[2], out[3], df, to + 4 * i);
-                   });
-        },
-        scalar);
+    // As in the scalar rule, the copying variant has no multiply in it at all.
+    const auto run = [&](auto multiply) {
+        RunSteps(
+            kNoStreaming, pixels,
+            [&](size_t start, auto) {
+                return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                           const size_t i = start + k;
+                           auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
+                           hn::LoadInterleaved3(df, from + 3 * i, v0, v1, v2);
+                           const auto a = plane ? hn::Mul(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, plane + i))),
+                                                          hn::Set(df, ReciprocalOf(8)))
+                                                : hn::Set(df, constant.real);
+                           const decltype(v0) in[3] = {v0, v1, v2};
+                           decltype(v0) out[4] = {a, a, a, a};
+                           for (int n = 0; n < 3; ++n) {
+                               if constexpr (multiply) out[C::to[n]] = hn::Mul(in[C::from[n]], a);
+                               else out[C::to[n]] = in[C::from[n]];
+                           }
+                           hn::StoreInterleaved4(out[0], out[1], out[2], out[3], df, to + 4 * i);
+                       });
+            },
+            scalar);
+    };
+    if (premultiply) run(std::true_type{});
+    else run(std::false_type{});
 }
 #endif
 

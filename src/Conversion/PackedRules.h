@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <type_traits>
 
 #include "Core/PixelFormat.h"
 
@@ -237,31 +238,43 @@ void AddAlphaPixels(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
     using C = Cell<kFrom, kTo>;
     constexpr size_t kIn = kFrom.pixelBytes(), kOut = kTo.pixelBytes(), kSample = kTo.sampleBytes();
     constexpr unsigned kDepth = static_cast<unsigned>(8 * kSample);
-    for (size_t i = 0; i < pixels; ++i, src += kIn, dst += kOut) {
-        if constexpr (C::floats) {
-            const float a = plane ? ToFloat(plane[i], 8) : constant.real;
-            for (int k = 0; k < 3; ++k) {
-                float c;
-                std::memcpy(&c, src + 4 * C::from[k], 4);
-                if (premultiply) c = c * a;
-                std::memcpy(dst + 4 * C::to[k], &c, 4);
-            }
-            std::memcpy(dst + 4 * kTo.alpha, &a, 4);
-        } else {
-            const uint32_t a = plane ? Rescale(plane[i], 8, kDepth) : constant.integer;
-            uint32_t out[4];
-            out[kTo.alpha] = a;
-            for (int k = 0; k < 3; ++k) {
-                const uint32_t c = Rescale(ReadChannel<kFrom>(src, C::from[k]), DepthOf(kFrom, C::from[k]), kDepth);
-                out[C::to[k]] = premultiply ? Premultiplied(c, a, kDepth) : c;
-            }
-            for (int k = 0; k < 4; ++k) {
-                if constexpr (kSample == 1) {
-                    dst[k] = static_cast<uint8_t>(out[k]);
-                } else {
-                    const auto sample = static_cast<uint16_t>(out[k]);
-                    std::memcpy(dst + 2 * k, &sample, 2);
+    if constexpr (C::floats) {
+        // Copied colours move as bytes, never as floats: a compiler may turn
+        // "multiply or not" into a multiply by 1, which quiets a signalling NaN.
+        const auto run = [&](auto multiply) {
+            for (size_t i = 0; i < pixels; ++i, src += kIn, dst += kOut) {
+                const float a = plane ? ToFloat(plane[i], 8) : constant.real;
+                for (int k = 0; k < 3; ++k) {
+                    if constexpr (multiply) {
+                        float c;
+                        std::memcpy(&c, src + 4 * C::from[k], 4);
+                        c = c * a;
+                        std::memcpy(dst + 4 * C::to[k], &c, 4);
+                    } else {
+                        std::memcpy(dst + 4 * C::to[k], src + 4 * C::from[k], 4);
+                    }
                 }
+                std::memcpy(dst + 4 * kTo.alpha, &a, 4);
+            }
+        };
+        if (premultiply) run(std::true_type{});
+        else run(std::false_type{});
+        return;
+    }
+    for (size_t i = 0; i < pixels; ++i, src += kIn, dst += kOut) {
+        const uint32_t a = plane ? Rescale(plane[i], 8, kDepth) : constant.integer;
+        uint32_t out[4];
+        out[kTo.alpha] = a;
+        for (int k = 0; k < 3; ++k) {
+            const uint32_t c = Rescale(ReadChannel<kFrom>(src, C::from[k]), DepthOf(kFrom, C::from[k]), kDepth);
+            out[C::to[k]] = premultiply ? Premultiplied(c, a, kDepth) : c;
+        }
+        for (int k = 0; k < 4; ++k) {
+            if constexpr (kSample == 1) {
+                dst[k] = static_cast<uint8_t>(out[k]);
+            } else {
+                const auto sample = static_cast<uint16_t>(out[k]);
+                std::memcpy(dst + 2 * k, &sample, 2);
             }
         }
     }
