@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "BenchSupport.h"
+#include "Conversion/DepthMembers.h"
 #include "Conversion/LayoutMembers.h"
 
 #if QUORIN_BENCH_OPENCV
@@ -119,6 +120,11 @@ const std::vector<Member>& Members() {
                            m->planeCount(), m->planes.sampleBytes(), m->image.pixelBytes(),
                            from.sample == SampleKind::F32 ? Content::UnitFloats : Content::Bytes, peer, m});
         }
+        // The Q12 members: no peer does their job (OpenCV's nearest, convertTo
+        // between 16S and 8U, neither clamps at 4096 nor interleaves).
+        for (const layout::Member* m : layout::kQ12Members)
+            all.push_back({std::string(m->name).substr(std::string("QuorinConvert_").size()), m->merge(),
+                           m->planeCount(), m->planes.sampleBytes(), m->image.pixelBytes(), Content::Bytes, "", m});
         return all;
     }();
     return members;
@@ -239,7 +245,7 @@ const RegisterFamily kConversion([] {
             std::vector<std::string> peers;
             for (const Member& m : Members()) {
                 RegisterMember(m, size, split);
-                if (split != Split::Pair) peers.push_back(m.peer);
+                if (split != Split::Pair && !m.peer.empty()) peers.push_back(m.peer);
             }
 #if QUORIN_BENCH_OPENCV
             for (const Peer& p : kPeers)

@@ -8,6 +8,7 @@
 #include "Alpha/BlendMembers.h"
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
+#include "Conversion/DepthMembers.h"
 #include "Conversion/LayoutMembers.h"
 #include "Conversion/PackedMembers.h"
 #include "Convolution/ConvolutionMembers.h"
@@ -376,12 +377,29 @@ std::vector<Member> TableRows() {
     return rows;
 }
 
+// The depth conversions: the Q12 members are layout rows (the split forms
+// read the single-threaded and query flags and refuse none); the 16-bit plane
+// members read no flag and walk dest's rows.
+std::vector<Member> DepthRows() {
+    std::vector<Member> rows;
+    for (const layout::Member* m : layout::kQ12Members) {
+        Member row = LayoutRow(*m);
+        row.accepted = kCommonFlags;
+        rows.push_back(row);
+    }
+    rows.push_back(Row<&QuorinConvert_16UToPlanar8>("QuorinConvert_16UToPlanar8", {S(k16), D(k8)}, 0));
+    rows.push_back(Row<&QuorinConvert_Planar8To16U>("QuorinConvert_Planar8To16U", {S(k8), D(k16)}, 0));
+    return rows;
+}
+
 }  // namespace
 
 std::span<const Member> AllMembers() {
     static const std::vector<Member> rows = [] {
         std::vector<Member> all = TableRows();
         all.insert(all.end(), kMembers.begin(), kMembers.end());
+        const std::vector<Member> depth = DepthRows();
+        all.insert(all.end(), depth.begin(), depth.end());
         return all;
     }();
     return rows;

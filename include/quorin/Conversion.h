@@ -238,6 +238,74 @@ QUORIN_API Quorin_Error QuorinConvert_ARGBFFFFtoPlanar8(const Quorin_Buffer *src
                                                         Quorin_Flags flags);
 
 /* ======================================================================== */
+/* Depth conversions: 12-bit fixed point and 16-bit planes                   */
+/* ======================================================================== */
+
+/* Planar16Q12 samples are signed 16-bit with 12 fraction bits: 4096 is full
+ * intensity, 0 none; values outside 0..4096 occur and are clamped going
+ * down. Per sample:
+ *   Q12 to 8 bits: a negative value gives 0, else
+ *     (min(v, 4096) * 255 + 2048) >> 12 (4096 and above give 255, 2048 128);
+ *   8 bits to Q12: (v * 4096 + 127) / 255, truncating (255 gives 4096,
+ *     128 gives 2056, 1 gives 16).
+ * Checks, first match wins, as for the planar and interleaved layouts above:
+ * a null record (kQuorinError_NullPointer), null data
+ * (kQuorinError_BadArgument), a region wider, then taller, than a buffer
+ * (kQuorinError_RegionExceedsSource), a rowBytes shorter than its row (2 x
+ * width for a Q12 plane; kQuorinError_BadArgument), then the flags. The
+ * planes-to-interleaved forms accept kQuorinFlag_SingleThreaded and
+ * kQuorinFlag_QueryTempSize only (kQuorinError_UnsupportedFlags for any
+ * other bit); the interleaved-to-planes forms read those two and refuse no
+ * flag. ARGB8888toPlanar16Q12 tests its fourth plane's size and rowBytes
+ * after the flags. A size query returns 0 there and writes nothing. Last,
+ * before any work: kQuorinError_BadArgument for a record whose byte extent
+ * wraps or exceeds the address space.
+ * In place: a row whose planes and pixels share bytes is converted pixel by
+ * pixel in order, channel by channel, by every kernel (the bytes a scalar
+ * loop leaves); other overlaps are not supported.
+ * Threading: bands of rows through the rows dispatcher from 64000 region
+ * pixels unless kQuorinFlag_SingleThreaded; the bytes are those of the
+ * single-threaded call. */
+QUORIN_API Quorin_Error QuorinConvert_Planar16Q12toARGB8888(const Quorin_Buffer *srcA,
+                                                            const Quorin_Buffer *srcR,
+                                                            const Quorin_Buffer *srcG,
+                                                            const Quorin_Buffer *srcB,
+                                                            const Quorin_Buffer *dest,
+                                                            Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_Planar16Q12toRGB888(const Quorin_Buffer *srcR,
+                                                          const Quorin_Buffer *srcG,
+                                                          const Quorin_Buffer *srcB,
+                                                          const Quorin_Buffer *dest,
+                                                          Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_ARGB8888toPlanar16Q12(const Quorin_Buffer *src,
+                                                            const Quorin_Buffer *destA,
+                                                            const Quorin_Buffer *destR,
+                                                            const Quorin_Buffer *destG,
+                                                            const Quorin_Buffer *destB,
+                                                            Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_RGB888toPlanar16Q12(const Quorin_Buffer *src,
+                                                          const Quorin_Buffer *destR,
+                                                          const Quorin_Buffer *destG,
+                                                          const Quorin_Buffer *destB,
+                                                          Quorin_Flags flags);
+
+/* One 16-bit unsigned plane into an 8-bit plane and back, over dest's
+ * height x width elements:
+ *   16UToPlanar8: (v * 255 + 32767) / 65535;
+ *   Planar8To16U: (v * 65535 + 127) / 255, which is v * 257.
+ * No flag is read and no size is compared; both return 0, except that a
+ * record that cannot be walked is refused with kQuorinError_BadArgument
+ * before anything is written: a null dest or src, null data, a record
+ * whose rowBytes is shorter than its row or whose byte extent wraps or
+ * exceeds the address space, or a source shorter or narrower than dest.
+ * In place: src and dest may share bytes (each row is then converted
+ * element by element in order). Threading: on the calling thread. */
+QUORIN_API Quorin_Error QuorinConvert_16UToPlanar8(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                   Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_Planar8To16U(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                   Quorin_Flags flags);
+
+/* ======================================================================== */
 /* Channel operations and fills                                             */
 /* ======================================================================== */
 

@@ -100,7 +100,7 @@ enum class Worker : uint8_t { None, Interleave, Interleave8 };
 
 template <auto kEntry>
 constexpr Member Row(const char* name, Direction direction, PixelFormat image, PixelFormat planes,
-                     Worker worker = Worker::None) {
+                     Worker worker = Worker::None, std::span<const CheckStep> checks = kLayoutChecks) {
     const Member m{name,
                    direction,
                    image,
@@ -112,7 +112,7 @@ constexpr Member Row(const char* name, Direction direction, PixelFormat image, P
                    worker != Worker::None && image.hasAlpha(),
                    worker == Worker::Interleave8,
                    SplitRule::Rows,
-                   kLayoutChecks,
+                   checks,
                    &CallExported<kEntry>};
     if (m.bufferCount() != ParametersOf<const Quorin_Buffer*>(kEntry)) throw "the row's formats differ from the signature";
     return m;

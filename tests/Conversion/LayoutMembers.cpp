@@ -1,8 +1,10 @@
 #include "LayoutMembers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
+#include "Conversion/DepthMembers.h"
 #include "Conversion/LayoutMembers.h"
 
 namespace quorin::test {
@@ -20,6 +22,14 @@ uint8_t ExpectedFloatToByte(float f, float max, float min) {
     return static_cast<uint8_t>(std::trunc(t));
 }
 
+// 4096 is 1.0: the value scaled to 0..255 and rounded half up, clamped.
+uint8_t ExpectedQ12ToByte(int16_t v) {
+    const double scaled = std::floor(std::clamp(static_cast<double>(v), 0.0, 4096.0) * 255.0 / 4096.0 + 0.5);
+    return static_cast<uint8_t>(scaled);
+}
+
+int16_t ExpectedByteToQ12(uint8_t v) { return static_cast<int16_t>(std::floor((v * 4096.0 + 127.0) / 255.0)); }
+
 void Member::convert(int c, const uint8_t* from, uint8_t* to) const {
     switch (depth) {
         case Depth::Same: std::memcpy(to, from, planeBytes); return;
@@ -32,6 +42,17 @@ void Member::convert(int c, const uint8_t* from, uint8_t* to) const {
             float f;
             std::memcpy(&f, from, sizeof f);
             *to = ExpectedFloatToByte(f, kMax[c], kMin[c]);
+            return;
+        }
+        case Depth::Q12ToByte: {
+            int16_t v;
+            std::memcpy(&v, from, sizeof v);
+            *to = ExpectedQ12ToByte(v);
+            return;
+        }
+        case Depth::ByteToQ12: {
+            const int16_t v = ExpectedByteToQ12(*from);
+            std::memcpy(to, &v, sizeof v);
             return;
         }
     }
@@ -58,14 +79,21 @@ std::vector<uint8_t> Member::constantChannel(bool alphaPlaneMissing) const {
 const std::vector<Member>& LayoutMembers() {
     static const std::vector<Member> members = [] {
         std::vector<Member> all;
-        for (const layout::Member* m : layout::kLayoutMembers) {
+        const auto add = [&](const layout::Member* m) {
             const bool fromBytes = m->merge() ? m->planes.sampleBytes() == 1 : m->image.sampleBytes() == 1;
-            const Depth depth = !m->takesRanges ? Depth::Same : fromBytes ? Depth::ByteToFloat : Depth::FloatToByte;
+            const bool q12 = m->planes.sample == SampleKind::S16Q12;
+            const Depth depth = q12               ? (fromBytes ? Depth::ByteToQ12 : Depth::Q12ToByte)
+                                : !m->takesRanges ? Depth::Same
+                                : fromBytes       ? Depth::ByteToFloat
+                                                  : Depth::FloatToByte;
+            const bool refusesFlags = std::any_of(m->checks.begin(), m->checks.end(), [](const CheckStep& step) {
+                return step.check == Check::FlagsOutside;
+            });
             std::vector<int> channels;
             for (size_t k = 0; k < m->planeCount(); ++k) channels.push_back(static_cast<int>(m->planeChannel(k)));
             const std::string name = std::string(m->name).substr(std::string("QuorinConvert_").size());
             all.push_back({name, m->merge(), depth, m->image.channels, m->planes.sampleBytes(), m->image.pixelBytes(),
-                           channels, m->alphaPlaneOptional, m->requiredPlanesRowBytesOnly,
+                           channels, m->alphaPlaneOptional, m->requiredPlanesRowBytesOnly, refusesFlags,
                            [m](const Quorin_Buffer* image, const Planes& planes, const float* max, const float* min,
                                Quorin_Flags flags) {
                                layout::Call call{{}, kAlphaByte, kAlphaFloat, max, min, flags};
@@ -74,7 +102,9 @@ const std::vector<Member>& LayoutMembers() {
                                    call.buffers[m->planeArgument(k)] = planes[k];
                                return m->invoke(call);
                            }});
-        }
+        };
+        for (const layout::Member* m : layout::kLayoutMembers) add(m);
+        for (const layout::Member* m : layout::kQ12Members) add(m);
         return all;
     }();
     return members;

@@ -15,7 +15,7 @@
 
 namespace quorin::test {
 
-enum class Depth { Same, ByteToFloat, FloatToByte };
+enum class Depth { Same, ByteToFloat, FloatToByte, Q12ToByte, ByteToQ12 };
 
 // The constants and ranges every member call in the tests uses. Channel 2 has
 // min > max; channel 3 maps bytes onto 0..255.
@@ -38,9 +38,10 @@ struct Member {
     std::vector<int> planeChannel;  // channel of each plane argument, in argument order
     bool alphaPlaneOptional;        // plane argument 0 may be null: alpha then comes from 0
     bool destRowBytesUnchecked;     // the 8-bit interleave worker: neither the alpha plane's nor dest's rowBytes
+    bool refusesOtherFlags;         // flags outside single-threaded and the size query get -21775
     Invoke invoke;
 
-    bool takesRanges() const { return depth != Depth::Same; }
+    bool takesRanges() const { return depth == Depth::ByteToFloat || depth == Depth::FloatToByte; }
 
     size_t interleavedSample() const { return pixelBytes / channels; }
     // Bytes of the converted sample of channel c, from the source sample's bytes.
@@ -54,5 +55,9 @@ const std::vector<Member>& LayoutMembers();
 // The rules as the description writes them.
 float ExpectedByteToFloat(uint8_t v, float max, float min);
 uint8_t ExpectedFloatToByte(float f, float max, float min);
+// The 12-bit fixed-point rules, computed in double precision apart from the
+// library's integer arithmetic.
+uint8_t ExpectedQ12ToByte(int16_t v);
+int16_t ExpectedByteToQ12(uint8_t v);
 
 }  // namespace quorin::test

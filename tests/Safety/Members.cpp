@@ -5,6 +5,7 @@
 #include "Alpha/BlendMembers.h"
 #include "Alpha/PremultiplyMembers.h"
 #include "Conversion/ChannelMembers.h"
+#include "Conversion/DepthMembers.h"
 #include "Conversion/LayoutMembers.h"
 #include "Conversion/PackedMembers.h"
 #include "Histogram/HistogramMembers.h"
@@ -202,9 +203,9 @@ std::vector<SafetyMember> HistogramMembers() {
 
 // The layout family's rows, from its member table: the 8-bit interleave
 // worker's destination is converted even when its rows are short.
-std::vector<SafetyMember> LayoutMembers() {
+std::vector<SafetyMember> LayoutRows(std::span<const layout::Member* const> table) {
     std::vector<SafetyMember> members;
-    for (const layout::Member* m : layout::kLayoutMembers) {
+    for (const layout::Member* m : table) {
         std::vector<Arg> args(m->bufferCount());
         args[m->imageArgument()] = m->merge() ? Arg{m->image.pixelBytes(), m->requiredPlanesRowBytesOnly
                                                                                 ? Use::WrittenCutToRows
@@ -218,6 +219,24 @@ std::vector<SafetyMember> LayoutMembers() {
                              return m->invoke(call);
                          }};
         row.queryAnswer = kQuorinSuccess;  // answered after the checks, before the records' extents
+        row.refusesFlags = std::any_of(m->checks.begin(), m->checks.end(),
+                                       [](const CheckStep& step) { return step.check == Check::FlagsOutside; });
+        members.push_back(std::move(row));
+    }
+    return members;
+}
+std::vector<SafetyMember> LayoutMembers() { return LayoutRows(layout::kLayoutMembers); }
+
+// The depth conversions: the Q12 members are layout rows; the 16-bit plane
+// members test nothing of their own, read no flag, and refuse a record
+// that cannot be walked.
+std::vector<SafetyMember> DepthMembers() {
+    std::vector<SafetyMember> members = LayoutRows(layout::kQ12Members);
+    for (const layout::PlaneDepthMember* m : layout::kPlaneDepthMembers) {
+        SafetyMember row{m->name, {In(m->src.pixelBytes()), Out(m->dest.pixelBytes())}, false,
+                         [m](B b, F f, R, R) { return m->invoke({.buffers = {b[0], b[1]}, .flags = f}); },
+                         kQuorinError_BadArgument};
+        row.refusesFlags = false;
         members.push_back(std::move(row));
     }
     return members;
@@ -266,6 +285,7 @@ const std::vector<SafetyMember>& ImplementedMembers() {
         for (SafetyMember& m : MatrixMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : HistogramMembers()) all.push_back(std::move(m));
         for (SafetyMember& m : GeometryMembers()) all.push_back(std::move(m));
+        for (SafetyMember& m : DepthMembers()) all.push_back(std::move(m));
         return all;
     }();
     return members;
