@@ -1,4 +1,4 @@
-// The sample's grey plane (its green channel) packed into 1-, 2- and 4-bit
+// The sample's grey plane (its luma) packed into 1-, 2- and 4-bit
 // planes and expanded again: each round trip must land on the level nearest
 // to the grey (within half a step: 127, 42 and 8), and the expanded planes
 // show the banding of 2, 4 and 16 levels.
@@ -31,8 +31,10 @@ void PackedPlanes(Context& context) {
     const Quorin_Buffer& sample = context.sample.buffer;
     const size_t width = sample.width, height = sample.height, pixels = width * height;
     Image grey(width, height, 1);
-    if (const Quorin_Error e = QuorinExtractChannel_ARGB8888(&sample, &grey.buffer, 2, 0))
-        return context.fail("QuorinExtractChannel_ARGB8888", e);
+    for (size_t i = 0; i < pixels; ++i) {
+        const uint8_t* argb = context.sample.bytes.data() + i * 4;
+        grey.bytes[i] = static_cast<uint8_t>((77 * argb[1] + 150 * argb[2] + 29 * argb[3]) >> 8);
+    }
     for (const Depth& depth : kDepths) {
         const size_t per = 8 / depth.bits, packedBytes = (width + per - 1) / per;
         // Both planes are as wide as the packed rows' bytes cover, so every
