@@ -15,11 +15,13 @@
 #include <utility>
 
 #include "Conversion/PackedKernels.h"
+#include "Core/CanonicalNaN-inl.h"
 #include "Core/RowLoop-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::packed::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+using quorin::HWY_NAMESPACE::CanonicalNaNs;
 using quorin::HWY_NAMESPACE::kNoStreaming;
 using quorin::HWY_NAMESPACE::RunSteps;
 using quorin::HWY_NAMESPACE::StreamingHeadOf;
@@ -271,7 +273,7 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
                            const decltype(v0) in[3] = {v0, v1, v2};
                            decltype(v0) out[4] = {a, a, a, a};
                            for (int n = 0; n < 3; ++n) {
-                               if constexpr (multiply) out[C::to[n]] = hn::Mul(in[C::from[n]], a);
+                               if constexpr (multiply) out[C::to[n]] = CanonicalNaNs(hn::Mul(in[C::from[n]], a));
                                else out[C::to[n]] = in[C::from[n]];
                            }
                            hn::StoreInterleaved4(out[0], out[1], out[2], out[3], df, to + 4 * i);

@@ -3,8 +3,6 @@
 // width and the source's height when both change), with the tables of
 // ScaleTables.h and the pass kernel pairs of ScaleKernels.h. Every entry
 // point runs its row of the member table (GeometryMembers.h).
-#include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <optional>
 
@@ -66,25 +64,12 @@ ResampleTable BuildTable(uint8_t* at, size_t S, size_t D, size_t taps, Arithmeti
 }
 
 // One pass over width x height output pixels, split over the grid from
-// 64000 pixels whatever the flags. The grid's pieces share the pass out
-// among themselves: each takes bands of whole rows of about 32768 pixels
-// from one counter until none is left, so a worker that wakes late, or a
-// piece that costs more than another, leaves its share to whoever is free
-// rather than holding the call back. Every output pixel is computed alone,
-// so the bytes are those of one piece over the whole image.
+// 64000 pixels whatever the flags (every output pixel is computed alone, so
+// any share-out of the rows gives the same bytes).
 void RunPass(Direction direction, const PassJob& job, size_t width, size_t height) {
     const PassKernel kernel = PassPair(direction).choose();
-    if (!WantsGrid(width, height)) {
-        kernel(job, 0, 0, width, height);
-        return;
-    }
-    constexpr size_t kBandPixels = 32768;
-    const size_t bandRows = std::max<size_t>(1, kBandPixels / width), bands = (height + bandRows - 1) / bandRows;
-    std::atomic<size_t> next{0};
-    RunOnGrid(true, width, height, [&](size_t, size_t, size_t, size_t) {
-        for (size_t band = next.fetch_add(1); band < bands; band = next.fetch_add(1))
-            kernel(job, 0, band * bandRows, width, std::min(height, (band + 1) * bandRows) - band * bandRows);
-    });
+    RunOnGrid(WantsGrid(width, height), width, height,
+              [&](size_t x, size_t y, size_t w, size_t h) { kernel(job, x, y, w, h); });
 }
 
 Quorin_Error Scale(const Quorin_Buffer* src, const Quorin_Buffer* dest, void* tempBuffer, uint8_t format,
