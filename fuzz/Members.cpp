@@ -129,6 +129,12 @@ Member TurnRow(const char* name, const BufferSpec (&buffers)[N]) {
     return row;
 }
 
+// Packing into one bit a pixel in mode 0, the only mode that exists (the
+// others abort by design).
+Quorin_Error PackToOneBit(const Quorin_Buffer* src, const Quorin_Buffer* dest, Quorin_Flags) {
+    return QuorinConvert_Planar8toPlanar1(src, dest, nullptr, 0);
+}
+
 // Rows written by hand, for families without a member table; a family that
 // has one gets its rows from it (TableRows below).
 const std::vector<Member> kMembers = {
@@ -157,6 +163,18 @@ const std::vector<Member> kMembers = {
     QUORIN_ROW(QuorinScale_PlanarF, kScale, S(kF), W(kF)),
     TurnRow<&QuorinRotate90_ARGB8888>("QuorinRotate90_ARGB8888", {S(k8x4), D(k8x4)}),
     TurnRow<&QuorinRotate90_ARGBFFFF>("QuorinRotate90_ARGBFFFF", {S(kFx4), D(kFx4)}),
+    // Packed planes: the bytes converted come from the packed side's
+    // rowBytes, so a destination may change along its whole rows; no flag
+    // is read.
+    QUORIN_ROW(QuorinConvert_Planar1toPlanar8, 0, S(k8), W(k8)),
+    QUORIN_ROW(QuorinConvert_Planar2toPlanar8, 0, S(k8), W(k8)),
+    QUORIN_ROW(QuorinConvert_Planar4toPlanar8, 0, S(k8), W(k8)),
+    Row<&PackToOneBit>("QuorinConvert_Planar8toPlanar1", {S(k8), W(k8)}, 0),
+    QUORIN_ROW(QuorinConvert_Planar8toPlanar2, 0, S(k8), W(k8)),
+    QUORIN_ROW(QuorinConvert_Planar8toPlanar4, 0, S(k8), W(k8)),
+    // Three-byte pixels into four, the alpha plane optional; the size query
+    // is answered first.
+    QUORIN_ROW(_customConvertImage, kQuorinFlag_QueryTempSize, S(k8x3), D(k8x4), A(k8)),
 };
 
 #undef QUORIN_ROW

@@ -903,6 +903,79 @@ QUORIN_API Quorin_Error QuorinConvert_RGB565toRGBA8888(uint8_t alpha, const Quor
 QUORIN_API Quorin_Error QuorinConvert_RGB565toBGRA8888(uint8_t alpha, const Quorin_Buffer *src, const Quorin_Buffer *dest,
                                                      Quorin_Flags flags);
 
+/* Custom conversion of three-byte pixels: RGB888 src into ARGB8888 dest, the
+ * alpha-adding rule of QuorinConvert_RGB888toARGB8888 with no premultiply.
+ * The third argument is an optional alpha plane (Planar8, one byte a pixel
+ * along the same rows, its width and height at least src's); when it is null
+ * every alpha byte is 255. Colours are copied unchanged. Flags: only
+ * kQuorinFlag_QueryTempSize in the low byte is read (nothing is needed, so
+ * the answer is 0); no bit is refused. Order, nothing written before it
+ * passes:
+ *   1. kQuorinFlag_QueryTempSize in the low byte: return 0 at once;
+ *   2. kQuorinError_BadArgument (-21773): src or dest is null or has null
+ *      data;
+ *   3. kQuorinError_BadArgument (-21773): src and dest differ in width, then
+ *      in height;
+ *   4. kQuorinError_BadArgument (-21773): src or dest cannot describe its
+ *      image; then an alpha plane with null data, one that cannot describe
+ *      its image, or one narrower or shorter than src.
+ * Rows whose buffers have padding are walked row by row; the pixels are the
+ * same either way, and no temporary table is built.
+ * In place: not supported. Threading: processor chunks, as the 888
+ * alpha-adding members. */
+QUORIN_API Quorin_Error _customConvertImage(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                            const Quorin_Buffer *alpha, Quorin_Flags flags);
+
+/* ======================================================================== */
+/* Packed planes: 1, 2 and 4 bits a pixel                                  */
+/* ======================================================================== */
+/* Planar1, Planar2 and Planar4 rows pack 8, 4 and 2 pixels a byte, the first
+ * pixel in the most significant bits. The conversions work on whole packed
+ * bytes: the packed bytes converted per row are the packed buffer's
+ * rowBytes, not derived from width, and the rows are dest's height.
+ * Unpacking writes, for each packed byte, 8, 4 or 2 plane bytes: a Planar1
+ * bit becomes 255 when set, 0 when clear; a Planar2 field f becomes f x 85;
+ * a Planar4 nibble n becomes n x 17 (high nibble first).
+ * Packing reads 8, 4 or 2 plane bytes for each packed byte: s becomes
+ * (s + 127) / 255 (1 for 128 and above), (s + 42) / 85 or (s + 8) / 17, the
+ * first into the highest bits.
+ * No flag bit is read, no colour table is taken. Order, nothing written
+ * before it passes:
+ *   1. kQuorinError_NullPointer (-21772): src or dest is null (not tested by
+ *      QuorinConvert_Planar4toPlanar8, which starts at step 2: there a null
+ *      record counts as null data);
+ *   2. kQuorinError_BadArgument (-21773): src data null, then dest data null;
+ *   3. kQuorinError_RegionExceedsSource (-21766): dest wider than src, then
+ *      taller;
+ *   4. kQuorinError_RegionExceedsSource (-21766): unpacking, dest rowBytes
+ *      below src rowBytes x 8, x 4 or x 2; packing, dest rowBytes above src
+ *      rowBytes / 8, / 4 or / 2 (integer division);
+ *   5. kQuorinError_BadArgument (-21773): src or dest cannot describe its
+ *      image (rowBytes shorter than a row of its width, at 1, 2, 4 or 8
+ *      bits a pixel, or height x rowBytes beyond any object);
+ *   6. dest height 0: return 0.
+ * Irregularity: the width is tested only against the other buffer's; the
+ * bytes past a row's pixels (the packed row's last byte's unused fields, or
+ * the plane bytes those fields give) are converted like the others.
+ * In place: not supported. Threading: the calling thread. */
+QUORIN_API Quorin_Error QuorinConvert_Planar1toPlanar8(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_Planar2toPlanar8(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_Planar4toPlanar8(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_Planar8toPlanar2(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+QUORIN_API Quorin_Error QuorinConvert_Planar8toPlanar4(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     Quorin_Flags flags);
+/* Packing into one bit a pixel takes a third argument that mode 0 does not
+ * read, and a mode. Only mode 0 (the threshold above) exists: after the
+ * checks 1 to 5, any other mode writes the fatal record "NOT YET
+ * IMPLEMENTED" (QuorinConvert_Planar8toPlanar1,
+ * Conversion/ConvertPlanartoPlanar:205) and aborts. */
+QUORIN_API Quorin_Error QuorinConvert_Planar8toPlanar1(const Quorin_Buffer *src, const Quorin_Buffer *dest,
+                                                     void *tempBuffer, int mode);
+
 /* ======================================================================== */
 /* Not yet implemented: each of these writes the fatal record               */
 /* "NOT YET IMPLEMENTED" and aborts the process, whatever its arguments.    */
@@ -941,7 +1014,6 @@ typedef struct Quorin_ARGBToYpCbCr Quorin_ARGBToYpCbCr;
 
 /* BEGIN GENERATED by scripts/gen_stub_declarations.py: do not edit. Source:
  * src/Conversion/ConvertPlanartoARGB.def
- * src/Conversion/ConvertPlanartoPlanar.def
  * src/Conversion/ConversionStubs.def */
 
 /* 12-bit fixed-point planes into half-float pixels. */
@@ -951,11 +1023,6 @@ QUORIN_API Quorin_Error QuorinConvert_Planar16Q12toARGB16F(
 QUORIN_API Quorin_Error QuorinConvert_Planar16Q12toRGB16F(
     const Quorin_Buffer *srcR, const Quorin_Buffer *srcG, const Quorin_Buffer *srcB,
     const Quorin_Buffer *dest, Quorin_Flags flags);
-
-/* Packs an 8-bit plane into one bit a pixel; only mode 0 (thresholding) exists, the third
- * argument is reserved for the other modes. */
-QUORIN_API Quorin_Error QuorinConvert_Planar8toPlanar1(
-    const Quorin_Buffer *src, const Quorin_Buffer *dest, void *tempBuffer, int mode);
 
 /* Depth changes of one plane between bytes and floats through a float range (byte 0 stands for
  * minFloat, 255 for maxFloat); the dithered forms trade banding for noise (dither picks the

@@ -127,3 +127,12 @@ QUORIN_ALPHA_565(QuorinConvert_RGB565toBGRA8888, , )
     }
 QUORIN_PACKED_MATRIX(QUORIN_PACKED_ENTRY)
 #undef QUORIN_PACKED_ENTRY
+
+// RGB888 into ARGB8888 through the alpha-adding row of the same formats: the
+// third argument is the optional alpha plane, opaque without one, and colours
+// are never premultiplied.
+QUORIN_API Quorin_Error _customConvertImage(const Quorin_Buffer* src, const Quorin_Buffer* dest,
+                                            const Quorin_Buffer* alpha, Quorin_Flags flags) {
+    return RunAlpha<AlphaCellOf("QuorinConvert_RGB888toARGB8888")>(src, alpha, AlphaConstant{255, 0.0f}, dest, 0,
+                                                                    flags);
+}

@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "Conversion/PackedPlanesMembers.h"
 #include "Geometry/GeometryMembers.h"
 #include "Histogram/HistogramMembers.h"
 #include "Safety/Members.h"
@@ -91,6 +92,17 @@ std::vector<GoldenRow> GoldenRows() {
             extra.insert(extra.end(), bytes, bytes + counts.size() * sizeof(uint32_t));
             return error;
         };
+        rows.push_back(std::move(row));
+    }
+    // Packed planes: the packed side's rowBytes are the image's width in
+    // bytes, the plane's 8, 4 or 2 times as many, so every byte is converted.
+    for (const planes::PlaneMember* m : planes::kPlaneMembers) {
+        const size_t per = m->pixelsPerByte();
+        const bool unpack = m->direction == planes::Direction::Unpack;
+        GoldenRow row;
+        row.name = m->name;
+        row.args = {{unpack ? 1 : per, Use::Read}, {unpack ? per : 1, Use::Written}};
+        row.call = [m](Buffers b, Quorin_Flags, std::vector<uint8_t>&) { return m->invoke(b[0], b[1]); };
         rows.push_back(std::move(row));
     }
     for (const SafetyMember& m : ImplementedMembers()) {

@@ -270,7 +270,17 @@ std::vector<SafetyMember> PackedMembers() {
 
 // Rows written by hand, for families without a member table (In and Out
 // give each buffer's bytes per pixel in argument order).
-std::vector<SafetyMember> HandWrittenMembers() { return {}; }
+std::vector<SafetyMember> HandWrittenMembers() {
+    std::vector<SafetyMember> members;
+    // The custom conversion of three-byte pixels: src, dest, then the alpha
+    // plane; the size query comes first, as for the alpha-adding members.
+    SafetyMember custom{"_customConvertImage", {In(3), Out(4), In(1)}, false,
+                        [](B b, F f, R, R) { return _customConvertImage(b[0], b[1], b[2], f); }, kQuorinError_BadArgument};
+    custom.queryAnswer = kQuorinSuccess;
+    custom.refusesFlags = false;
+    members.push_back(std::move(custom));
+    return members;
+}
 
 }  // namespace
 

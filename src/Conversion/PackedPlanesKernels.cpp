@@ -1,0 +1,174 @@
+// Vector twins of the packed-plane rules (PackedPlanesRules.h), byte for
+// byte the same as the scalar kernels for every input and count.
+//
+// Unpacking works on 16-byte vectors: each packed byte is copied to the lanes
+// of its pixels by a byte shuffle (which stays inside 128-bit blocks, hence
+// the cap), then every field bit is tested and contributes its share of the
+// plane value. The shares (255; 0xAA and 0x55; 0x88, 0x44, 0x22 and 0x11)
+// have no bit in common, so or-ing them gives field x step exactly.
+//
+// Packing quantizes two plane bytes per 16-bit lane (a multiply-high that
+// equals the division for every byte value) and then folds neighbouring
+// lanes into wider ones until one lane holds a whole packed byte, the first
+// pixel highest, which is then truncated to a byte.
+//
+// The bytes no whole vector covers go to the scalar kernel, so no byte
+// outside the run is read or written.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Conversion/PackedPlanesKernels.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
+#include <cstdint>
+
+#include "Conversion/PackedPlanesRules.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quorin::planes::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+// Per 16-byte step of kBits-bit source: for output vector j, the source byte
+// of each lane; for each field bit b (most significant first), the bit's mask
+// in the copied byte and its share of the plane value.
+template <unsigned kBits>
+struct UnpackTables {
+    static constexpr size_t kPer = PixelsPerByte(kBits);
+    alignas(16) uint8_t index[kPer][16] = {};
+    alignas(16) uint8_t bit[kBits][16] = {};
+    alignas(16) uint8_t share[kBits][16] = {};
+
+    constexpr UnpackTables() {
+        for (size_t j = 0; j < kPer; ++j)
+            for (size_t l = 0; l < 16; ++l) index[j][l] = static_cast<uint8_t>((16 * j + l) / kPer);
+        for (unsigned b = 0; b < kBits; ++b)
+            for (size_t l = 0; l < 16; ++l) {
+                const unsigned weight = 1u << (kBits - 1 - b);
+                bit[b][l] = static_cast<uint8_t>(weight << (8 - kBits * (l % kPer + 1)));
+                share[b][l] = static_cast<uint8_t>(weight * FieldStep(kBits));
+            }
+    }
+};
+template <unsigned kBits>
+inline constexpr UnpackTables<kBits> kUnpackTables{};
+
+template <unsigned kBits>
+void UnpackRun(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    constexpr size_t kPer = PixelsPerByte(kBits);
+    const hn::CappedTag<uint8_t, 16> d;
+    const UnpackTables<kBits>& t = kUnpackTables<kBits>;
+    size_t i = 0;
+    if (hn::Lanes(d) == 16) {
+        for (; i + 16 <= bytes; i += 16) {
+            const auto packed = hn::LoadU(d, src + i);
+            for (size_t j = 0; j < kPer; ++j) {
+                const auto copies = hn::TableLookupBytes(packed, hn::Load(d, t.index[j]));
+                auto out = hn::Zero(d);
+                for (unsigned b = 0; b < kBits; ++b)
+                    out = hn::Or(out, hn::And(hn::VecFromMask(d, hn::TestBit(copies, hn::Load(d, t.bit[b]))),
+                                              hn::Load(d, t.share[b])));
+                hn::StoreU(out, d, dst + kPer * i + 16 * j);
+            }
+        }
+    }
+    UnpackBytes<kBits>(src + i, dst + kPer * i, bytes - i);
+}
+
+// The field of the byte value in each 16-bit lane (at most 255): for these
+// divisors the multiply-high by ceil(65536 / step) after the rounding term
+// equals the division for every byte value.
+template <unsigned kBits, class D16>
+HWY_INLINE hn::Vec<D16> Quantize(D16 d16, hn::Vec<D16> v) {
+    if constexpr (kBits == 1) return hn::ShiftRight<7>(v);
+    else {
+        constexpr unsigned kStep = FieldStep(kBits);
+        return hn::MulHigh(hn::Add(v, hn::Set(d16, static_cast<uint16_t>((kStep - 1) / 2))),
+                           hn::Set(d16, static_cast<uint16_t>((65536 + kStep - 1) / kStep)));
+    }
+}
+
+// Lanes of width 2w holding two w-wide groups of `bits` bits each, the lower
+// lane's group first: one group of 2 x bits bits.
+template <unsigned kGroupBits, class D>
+HWY_INLINE hn::Vec<D> Fold(D d, hn::Vec<D> v) {
+    constexpr int kHalf = static_cast<int>(4 * sizeof(hn::TFromD<D>));
+    using T = hn::TFromD<D>;
+    const T lowHalf = static_cast<T>((T{1} << kHalf) - 1);
+    return hn::Or(hn::ShiftLeft<kGroupBits>(hn::And(v, hn::Set(d, lowHalf))), hn::ShiftRight<kHalf>(v));
+}
+
+template <unsigned kBits>
+void PackRun(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    constexpr size_t kPer = PixelsPerByte(kBits);
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<uint16_t, decltype(d8)> d16;
+    const hn::Repartition<uint32_t, decltype(d8)> d32;
+    const hn::Repartition<uint64_t, decltype(d8)> d64;
+    const size_t step = hn::Lanes(d8) / kPer;
+    size_t i = 0;
+    for (; i + step <= bytes; i += step) {
+        const auto words = hn::BitCast(d16, hn::LoadU(d8, src + kPer * i));
+        const auto first = Quantize<kBits>(d16, hn::And(words, hn::Set(d16, uint16_t{0xFF})));
+        const auto second = Quantize<kBits>(d16, hn::ShiftRight<8>(words));
+        const auto pairs = hn::Or(hn::ShiftLeft<kBits>(first), second);
+        if constexpr (kBits == 4) {
+            hn::StoreU(hn::TruncateTo(hn::Rebind<uint8_t, decltype(d16)>(), pairs),
+                       hn::Rebind<uint8_t, decltype(d16)>(), dst + i);
+        } else {
+            const auto quads = Fold<2 * kBits>(d32, hn::BitCast(d32, pairs));
+            if constexpr (kBits == 2) {
+                hn::StoreU(hn::TruncateTo(hn::Rebind<uint8_t, decltype(d32)>(), quads),
+                           hn::Rebind<uint8_t, decltype(d32)>(), dst + i);
+            } else {
+                const auto octets = Fold<4 * kBits>(d64, hn::BitCast(d64, quads));
+                hn::StoreU(hn::TruncateTo(hn::Rebind<uint8_t, decltype(d64)>(), octets),
+                           hn::Rebind<uint8_t, decltype(d64)>(), dst + i);
+            }
+        }
+    }
+    PackBytes<kBits>(src + kPer * i, dst + i, bytes - i);
+}
+#else
+template <unsigned kBits>
+void UnpackRun(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    UnpackBytes<kBits>(src, dst, bytes);
+}
+template <unsigned kBits>
+void PackRun(const uint8_t* src, uint8_t* dst, size_t bytes) {
+    PackBytes<kBits>(src, dst, bytes);
+}
+#endif
+
+void UnpackPlane1Vector(const uint8_t* src, uint8_t* dst, size_t bytes) { UnpackRun<1>(src, dst, bytes); }
+void UnpackPlane2Vector(const uint8_t* src, uint8_t* dst, size_t bytes) { UnpackRun<2>(src, dst, bytes); }
+void UnpackPlane4Vector(const uint8_t* src, uint8_t* dst, size_t bytes) { UnpackRun<4>(src, dst, bytes); }
+void PackPlane1Vector(const uint8_t* src, uint8_t* dst, size_t bytes) { PackRun<1>(src, dst, bytes); }
+void PackPlane2Vector(const uint8_t* src, uint8_t* dst, size_t bytes) { PackRun<2>(src, dst, bytes); }
+void PackPlane4Vector(const uint8_t* src, uint8_t* dst, size_t bytes) { PackRun<4>(src, dst, bytes); }
+
+}  // namespace quorin::planes::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorin::planes {
+
+HWY_EXPORT(UnpackPlane1Vector);
+HWY_EXPORT(UnpackPlane2Vector);
+HWY_EXPORT(UnpackPlane4Vector);
+HWY_EXPORT(PackPlane1Vector);
+HWY_EXPORT(PackPlane2Vector);
+HWY_EXPORT(PackPlane4Vector);
+
+const KernelPair<PlaneKernel> kUnpackKernels[3] = {
+    {&UnpackBytes<1>, HWY_DISPATCH_TABLE(UnpackPlane1Vector)},
+    {&UnpackBytes<2>, HWY_DISPATCH_TABLE(UnpackPlane2Vector)},
+    {&UnpackBytes<4>, HWY_DISPATCH_TABLE(UnpackPlane4Vector)},
+};
+const KernelPair<PlaneKernel> kPackKernels[3] = {
+    {&PackBytes<1>, HWY_DISPATCH_TABLE(PackPlane1Vector)},
+    {&PackBytes<2>, HWY_DISPATCH_TABLE(PackPlane2Vector)},
+    {&PackBytes<4>, HWY_DISPATCH_TABLE(PackPlane4Vector)},
+};
+
+}  // namespace quorin::planes
+#endif
