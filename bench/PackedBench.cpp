@@ -76,11 +76,14 @@ void Run(const MatrixMember& m, const Quorin_Buffer& src, const Quorin_Buffer& d
 
 [[maybe_unused]] void RegisterPeer(const char* name, size_t side, size_t inBytes, size_t outBytes, bool floats,
                                    void (*body)(const Quorin_Buffer& src, const Quorin_Buffer& dest, int side),
-                                   const char* peer = "") {
+                                   const char* peer = "", void (*beforeRow)() = nullptr) {
     auto images = std::make_shared<Images>(Images{side, nullptr, nullptr});
     RegisterRow({name, side, side, Split::Single, side * side * (inBytes + outBytes)},
                 [images, body, side] { body(images->src->buffer, images->dest->buffer, static_cast<int>(side)); },
-                peer, [images, inBytes, outBytes, floats] { images->prepare(inBytes, outBytes, floats); });
+                peer, [images, inBytes, outBytes, floats, beforeRow] {
+                    images->prepare(inBytes, outBytes, floats);
+                    if (beforeRow) beforeRow();
+                });
 }
 
 const RegisterFamily kPacked([] {
@@ -160,30 +163,33 @@ const RegisterFamily kPacked([] {
 #endif
 #ifdef QUORIN_BENCH_CVTCOLOR
         using C = const Quorin_Buffer&;
+        // These rows are single-threaded like the libyuv rows: OpenCV would
+        // otherwise split cvtColor over every core.
+        const auto oneThread = [] { cv::setNumThreads(1); };
         RegisterPeer(kCv565, size, 4, 2, false, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_8UC2, d.data);
             cv::cvtColor(cv::Mat(side, side, CV_8UC4, s.data), dest, cv::COLOR_BGRA2BGR565);
-        });
+        }, "", oneThread);
         RegisterPeer(kCvBGR, size, 4, 3, false, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_8UC3, d.data);
             cv::cvtColor(cv::Mat(side, side, CV_8UC4, s.data), dest, cv::COLOR_BGRA2BGR);
-        });
+        }, "", oneThread);
         RegisterPeer(kCvFrom565, size, 2, 4, false, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_8UC4, d.data);
             cv::cvtColor(cv::Mat(side, side, CV_8UC2, s.data), dest, cv::COLOR_BGR5652BGRA);
-        });
+        }, "", oneThread);
         RegisterPeer(kCvFromBGR, size, 3, 4, false, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_8UC4, d.data);
             cv::cvtColor(cv::Mat(side, side, CV_8UC3, s.data), dest, cv::COLOR_BGR2BGRA);
-        });
+        }, "", oneThread);
         RegisterPeer(kCvBGR16, size, 8, 6, false, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_16UC3, d.data);
             cv::cvtColor(cv::Mat(side, side, CV_16UC4, s.data), dest, cv::COLOR_BGRA2BGR);
-        });
+        }, "", oneThread);
         RegisterPeer(kCvBGRF, size, 16, 12, true, [](C s, C d, int side) {
             cv::Mat dest(side, side, CV_32FC3, d.data);
             cv::cvtColor(cv::Mat(side, side, CV_32FC4, s.data), dest, cv::COLOR_BGRA2BGR);
-        });
+        }, "", oneThread);
 #endif
     }
 });

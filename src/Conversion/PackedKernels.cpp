@@ -15,11 +15,13 @@
 #include <utility>
 
 #include "Conversion/PackedKernels.h"
+#include "Core/CanonicalNaN-inl.h"
 #include "Core/RowLoop-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::packed::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+using quorin::HWY_NAMESPACE::CanonicalNaNs;
 using quorin::HWY_NAMESPACE::kNoStreaming;
 using quorin::HWY_NAMESPACE::RunSteps;
 using quorin::HWY_NAMESPACE::StreamingHeadOf;
@@ -82,12 +84,35 @@ HWY_INLINE V32 DivideExactly(V32 x, uint32_t divisor) {
     return hn::BitCast(d, q);
 }
 
+// floor(x / (2^depth - 1)) as a 16-bit high multiply and a shift: the
+// multiplier is 2^(15 + depth) / (2^depth - 1) rounded up. For depths 2 to 8
+// it is exact for every x below 2^15, and for depth 8 below 2^16, which
+// covers every x a change between depths of at most 8 bits produces
+// (x < 2^depth x 2^8); the exhaustive packed tests check each of them.
+struct ShortDivision {
+    uint32_t multiplier;
+    int shift;
+};
+constexpr ShortDivision ShortDivisionBy(unsigned depth) {
+    const uint64_t power = uint64_t{1} << (15 + depth);
+    return {static_cast<uint32_t>((power + MaxOf(depth) - 1) / MaxOf(depth)), static_cast<int>(depth) - 1};
+}
+
 // The scalar kernel's Rescale, lane by lane (every product is below 2^24).
+// Between depths of at most 8 bits every value fits the low half of its
+// lane, so 16-bit multiplies do the work: the constants have zero high
+// halves, which keeps the high halves zero.
 HWY_INLINE V32 RescaleLanes(V32 v, unsigned from, unsigned to) {
     const D32 d;
     if (from == to) return v;
     const uint32_t divisor = MaxOf(from);
-    return DivideExactly(hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, (divisor - 1) / 2)), divisor);
+    if (from < 2 || from > 8 || to > 8)
+        return DivideExactly(hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, (divisor - 1) / 2)), divisor);
+    const hn::Repartition<uint16_t, D32> d16;
+    const auto lowHalves = [&](uint32_t c) { return hn::BitCast(d16, hn::Set(d, c)); };
+    const auto x = hn::Add(hn::Mul(hn::BitCast(d16, v), lowHalves(MaxOf(to))), lowHalves((divisor - 1) / 2));
+    const ShortDivision by = ShortDivisionBy(from);
+    return hn::ShiftRightSame(hn::BitCast(d, hn::MulHigh(x, lowHalves(by.multiplier))), by.shift);
 }
 
 // The three colour channels of the pixels from `i` on, R, G, B, one pixel a lane.
@@ -248,7 +273,7 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
                            const decltype(v0) in[3] = {v0, v1, v2};
                            decltype(v0) out[4] = {a, a, a, a};
                            for (int n = 0; n < 3; ++n) {
-                               if constexpr (multiply) out[C::to[n]] = hn::Mul(in[C::from[n]], a);
+                               if constexpr (multiply) out[C::to[n]] = CanonicalNaNs(hn::Mul(in[C::from[n]], a));
                                else out[C::to[n]] = in[C::from[n]];
                            }
                            hn::StoreInterleaved4(out[0], out[1], out[2], out[3], df, to + 4 * i);

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <type_traits>
 
+#include "Core/CanonicalNaN.h"
 #include "Core/PixelFormat.h"
 
 namespace quorin::packed {
@@ -241,6 +242,8 @@ void AddAlphaPixels(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
     if constexpr (C::floats) {
         // Copied colours move as bytes, never as floats: a compiler may turn
         // "multiply or not" into a multiply by 1, which quiets a signalling NaN.
+        // A NaN product is written as the canonical NaN: processors differ in
+        // the NaN they make of infinity times 0.
         const auto run = [&](auto multiply) {
             for (size_t i = 0; i < pixels; ++i, src += kIn, dst += kOut) {
                 const float a = plane ? ToFloat(plane[i], 8) : constant.real;
@@ -248,7 +251,7 @@ void AddAlphaPixels(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
                     if constexpr (multiply) {
                         float c;
                         std::memcpy(&c, src + 4 * C::from[k], 4);
-                        c = c * a;
+                        c = CanonicalNaN(c * a);
                         std::memcpy(dst + 4 * C::to[k], &c, 4);
                     } else {
                         std::memcpy(dst + 4 * C::to[k], src + 4 * C::from[k], 4);

@@ -104,8 +104,8 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
 // output bytes first sums its columns down the rows (with the halo the row
 // of weights reaches), then those sums across. The sums are the same integers
 // as the kernel's own, and as none passes 65535 none wraps.
-// kKH, kKW: the kernel's size when known when compiled (5 x 5, whose loops
-// then unroll), else 0.
+// kKH, kKW: the kernel's size when known when compiled (3 x 3 and 5 x 5,
+// whose loops then unroll), else 0.
 template <class DA, size_t kKH, size_t kKW, class Divide>
 size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
                          const Divide& divide) {
@@ -152,7 +152,9 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
     const size_t lanes = hn::Lanes(DA());
     size_t b = begin;
     if constexpr (sizeof(hn::TFromD<DA>) == 2) {
-        if (s.separable && s.kernelHeight == 5 && s.kernelWidth == 5)
+        if (s.separable && s.kernelHeight == 3 && s.kernelWidth == 3)
+            b = ConvolveSeparable<DA, 3, 3>(rows, out, begin, end, s, divide);
+        else if (s.separable && s.kernelHeight == 5 && s.kernelWidth == 5)
             b = ConvolveSeparable<DA, 5, 5>(rows, out, begin, end, s, divide);
         else if (s.separable)
             b = ConvolveSeparable<DA, 0, 0>(rows, out, begin, end, s, divide);

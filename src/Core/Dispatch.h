@@ -305,20 +305,36 @@ void RunRows(Quorin_Flags flags, size_t width, size_t height, PieceFn&& pieceFn)
 }
 
 // Runs pieceFn(x, y, w, h) over width x height: once, here, unless `split`;
-// then through _QuorinDispatchApplyOnGrid with the grid it chooses (tiles
-// may be empty; pieceFn must accept them). A tile is any rectangle, so
-// pieceFn must walk partial rows.
+// then through _QuorinDispatchApplyOnGrid with the grid it chooses, whose
+// pieces share the work out among themselves: each takes bands of whole
+// rows of about 32768 pixels from one counter until none is left. A worker
+// that wakes late, or a piece whose part costs more, then leaves its share
+// to whoever is free instead of holding the call back with a whole tile
+// (two tiles side by side also made each thread skip half of every row).
+// pieceFn must give each pixel the same bytes whichever piece computes it.
 template <class PieceFn>
 void RunOnGrid(bool split, size_t width, size_t height, PieceFn&& pieceFn) {
     if (!split) {
         pieceFn(size_t{0}, size_t{0}, width, height);
         return;
     }
+    constexpr size_t kBandPixels = 32768;
+    struct Shared {
+        std::remove_reference_t<PieceFn>& pieceFn;
+        size_t width, height, bandRows, bands;
+        std::atomic<size_t> next{0};
+    };
+    const size_t bandRows = std::max<size_t>(1, kBandPixels / std::max<size_t>(1, width));
+    Shared shared{pieceFn, width, height, bandRows, (height + bandRows - 1) / bandRows};
     const Quorin_PieceClosure closure{
-        [](void* context, size_t, size_t x, size_t y, size_t w, size_t h) {
-            (*static_cast<std::remove_reference_t<PieceFn>*>(context))(x, y, w, h);
+        [](void* context, size_t, size_t, size_t, size_t, size_t) {
+            Shared& all = *static_cast<Shared*>(context);
+            for (size_t band = all.next.fetch_add(1); band < all.bands; band = all.next.fetch_add(1)) {
+                const size_t first = band * all.bandRows;
+                all.pieceFn(size_t{0}, first, all.width, std::min(all.height, first + all.bandRows) - first);
+            }
         },
-        &pieceFn};
+        &shared};
     _QuorinDispatchApplyOnGrid(0, 0, width, height, &closure);
 }
 

@@ -64,7 +64,8 @@ ResampleTable BuildTable(uint8_t* at, size_t S, size_t D, size_t taps, Arithmeti
 }
 
 // One pass over width x height output pixels, split over the grid from
-// 64000 pixels whatever the flags.
+// 64000 pixels whatever the flags (every output pixel is computed alone, so
+// any share-out of the rows gives the same bytes).
 void RunPass(Direction direction, const PassJob& job, size_t width, size_t height) {
     const PassKernel kernel = PassPair(direction).choose();
     RunOnGrid(WantsGrid(width, height), width, height,

@@ -90,10 +90,13 @@ struct Multiply8Body {
         // the sum wraps modulo 2^32 as the rule's does.
         VI q[4];
         for (int j = 0; j < 4; ++j) {
+            // The accumulators' lanes hold products in an order of the
+            // processor's choosing (pairs on x86, halves on ARM) until they
+            // are rearranged: the bias joins after that.
             VI odds = hn::Zero(di);
-            VI sum = hn::ReorderWidenMulAccumulate(di, even, hn::BitCast(d16, evenPairs[j]), bias[j], odds);
+            VI sum = hn::ReorderWidenMulAccumulate(di, even, hn::BitCast(d16, evenPairs[j]), hn::Zero(di), odds);
             sum = hn::ReorderWidenMulAccumulate(di, odd, hn::BitCast(d16, oddPairs[j]), sum, odds);
-            q[j] = DivideFloor(hn::RearrangeToOddPlusEven(sum, odds));
+            q[j] = DivideFloor(hn::Add(hn::RearrangeToOddPlusEven(sum, odds), bias[j]));
         }
         return PackClampedPixelBytes(di, q[0], q[1], q[2], q[3]);
     }

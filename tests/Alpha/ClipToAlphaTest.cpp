@@ -59,8 +59,8 @@ TEST(ClipToAlpha, FloatReplacesColourOnlyWhereAlphaIsLess) {
         colour[i] = c, alpha[i] = a, argb[4 * i] = a, rgba[4 * i + 3] = a;
         for (int k = 0; k < 3; ++k) argb[4 * i + 1 + k] = c, rgba[4 * i + k] = c;
     }
-    const auto planar = [n](std::vector<float>& v) { return Quorin_Buffer{v.data(), 1, n, 4 * n}; };
-    const auto packed = [n](std::vector<float>& v) { return Quorin_Buffer{v.data(), 1, n, 16 * n}; };
+    const auto planar = [&](std::vector<float>& v) { return Quorin_Buffer{v.data(), 1, n, 4 * n}; };
+    const auto packed = [&](std::vector<float>& v) { return Quorin_Buffer{v.data(), 1, n, 16 * n}; };
     const Quorin_Buffer c = planar(colour), a = planar(alpha), p = planar(out);
     const Quorin_Buffer s1 = packed(argb), d1 = packed(argbOut), s2 = packed(rgba), d2 = packed(rgbaOut);
     ForEachKernel([&] {
