@@ -16,10 +16,12 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
-# The dynamic loader and C++ runtime come from the cross compiler's own
-# libraries; qemu falls back to the system's paths for the multiarch ones.
+# Programs run on the multiarch C and C++ runtimes (libc6:ARCH, pulled in by
+# the multiarch packages), the ones Debian's Highway for ARCH was built
+# against. Not on the cross compiler's own copies (qemu -L /usr/TRIPLE): under
+# qemu-user their thread creation crashes (armhf) or hangs (arm64).
 find_program(QUORIN_QEMU ${QUORIN_QEMU_NAME}-static ${QUORIN_QEMU_NAME} REQUIRED)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${QUORIN_QEMU} -L /usr/${QUORIN_CROSS_TRIPLE})
+set(CMAKE_CROSSCOMPILING_EMULATOR ${QUORIN_QEMU})
 
 # libdispatch is not built for these targets: the parallel pieces run on the
 # calling thread.

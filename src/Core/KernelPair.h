@@ -43,7 +43,12 @@ struct KernelPair<Result (*)(Args...)> {
     const Kernel* vectorTable;
 
     // The vector twin for the target Highway chose (or will choose on its first call).
-    Kernel vector() const { return vectorTable[hwy::GetChosenTarget().GetIndex()]; }
+    // A build with a single target (aarch64's NEON alone) gets a table of one
+    // entry from HWY_EXPORT, which the chosen target's index would overrun.
+    Kernel vector() const {
+        if constexpr ((HWY_TARGETS & (HWY_TARGETS - 1)) == 0) return vectorTable[0];
+        return vectorTable[hwy::GetChosenTarget().GetIndex()];
+    }
     // The kernel this call runs.
     Kernel choose() const { return pick(UseVectorKernels()); }
     // For calls that also decide other things (streaming) by the same answer.

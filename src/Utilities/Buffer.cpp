@@ -123,8 +123,12 @@ extern "C" QUORIN_API Quorin_Error QuorinBuffer_Init(Quorin_Buffer* buffer, size
     if ((flags & kQuorinFlag_NoAllocate) != 0) return static_cast<Quorin_Error>(alignment);
     if (rowBits == 0) return kQuorinSuccess;
     if (HighestBit(rowBytes) + HighestBit(height) > 32) return kQuorinError_OutOfMemory;
+    // Products that pass the bit-length test reach 2^34, beyond a 32-bit
+    // size_t: wrapped, they would allocate less than the record describes.
+    size_t size = 0;
+    if (__builtin_mul_overflow(rowBytes, height, &size)) return kQuorinError_OutOfMemory;
 
-    void* storage = AllocateZeroed(rowBytes * height, alignment);
+    void* storage = AllocateZeroed(size, alignment);
     if (storage == nullptr) return kQuorinError_OutOfMemory;
     buffer->data = storage;
     return kQuorinSuccess;

@@ -63,16 +63,18 @@ TEST(ImagePatcher, RewritesOnlyReferencesIntoImports) {
     Image image;
     image.Add(".idata", 0x1000, 0x40);
     image.Add("cfstring", 0x1800, 6 * 16 + 15);  // the partial 7th record is not one
-    for (uint32_t a = 0x0FF8; a <= 0x1048; a += 8) image.Put<uint64_t>(a, 0xC1A5500000000000u + a);
+    // Pointer-sized words, so that 32-bit processors resolve the same words:
+    // a tag in the top bits, the offset below.
+    const uintptr_t tag = uintptr_t{0xC1A55} << (8 * sizeof(uintptr_t) - 20);
+    for (uint32_t a = 0x0FF8; a <= 0x1048; a += 8) image.Put<uintptr_t>(a, tag + a);
     const uintptr_t begin = image.at(0x1000), end = image.at(0x1040);
     const uintptr_t before[] = {begin - 1, begin, begin + 8, end, end + 1, 42, begin + 3};
-    const uintptr_t after[] = {begin - 1, 0xC1A5500000001000u, 0xC1A5500000001008u, 0xC1A5500000001040u,
-                               end + 1, 42, begin + 3};
-    for (uint32_t i = 0; i < 7; ++i) image.Put(0x1800 + 16 * i, before[i]), image.Put(0x1808 + 16 * i, 9ul + i);
+    const uintptr_t after[] = {begin - 1, tag + 0x1000, tag + 0x1008, tag + 0x1040, end + 1, 42, begin + 3};
+    for (uint32_t i = 0; i < 7; ++i) image.Put(0x1800 + 16 * i, before[i]), image.Put<uint64_t>(0x1808 + 16 * i, 9 + i);
     EXPECT_EQ(0, FixConstantStrings(image.base()));
     for (uint32_t i = 0; i < 7; ++i) {
         EXPECT_EQ(after[i], image.Get<uintptr_t>(0x1800 + 16 * i)) << "record " << i;
-        EXPECT_EQ(9ul + i, image.Get<uint64_t>(0x1808 + 16 * i));
+        EXPECT_EQ(uint64_t{9} + i, image.Get<uint64_t>(0x1808 + 16 * i));
     }
 }
 

@@ -81,6 +81,13 @@ TEST(RecordRefusal, EveryMemberRefusesARowOneByteShortInAnyBufferBeforeWriting) 
         }
 }
 
+// A quarter of size_t's range: that many four-byte pixels wrap to a zero-byte
+// row (2^62 of them on 64-bit processors, 2^30 on 32-bit ones).
+constexpr size_t kQuarterRange = size_t{1} << (8 * sizeof(size_t) - 2);
+
+// size_t's range in rows of 2^24 bytes (2^40 rows on 64-bit processors).
+constexpr size_t kRowsOf16MiBThatWrap = size_t{1} << (8 * sizeof(size_t) - 24);
+
 // A byte extent that wraps (2^40 rows of 2^24 bytes) is refused even though
 // every row is long enough for its pixels; a size query answered before the
 // extents are looked at (the conversions', the flattens', scaling's, the
@@ -91,7 +98,7 @@ TEST(RecordRefusal, EveryMemberRefusesAnExtentThatWrapsButAnswersASizeQuery) {
         for (Quorin_Flags flags : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_QueryTempSize}}) {
             Call call(m, 1, 1);
             for (auto& b : call.buffers) {
-                b->mutableRecord().height = size_t{1} << 40;
+                b->mutableRecord().height = kRowsOf16MiBThatWrap;
                 b->mutableRecord().rowBytes = size_t{1} << 24;
             }
             const bool query = flags == kQuorinFlag_QueryTempSize;
@@ -134,7 +141,7 @@ TEST(RecordRefusal, RefusalsAfterTheChecksLoseToEveryDescribedFailure) {
         const bool conversion = m.name.starts_with("QuorinConvert_");
         for (size_t i = 0; i < m.args.size(); ++i) {
             Call call(m, 5, 3);
-            call.buffers[i]->mutableRecord().rowBytes = size_t{1} << 62;  // 3 rows of it wrap
+            call.buffers[i]->mutableRecord().rowBytes = kQuarterRange;  // 3 rows of it go past any buffer
             const size_t nulled = (i + 1) % m.args.size();
             call.buffers[nulled]->mutableRecord().data = nullptr;
             // The planar straight blend does not test planes 1, 3 and 4 for null.
@@ -145,7 +152,7 @@ TEST(RecordRefusal, RefusalsAfterTheChecksLoseToEveryDescribedFailure) {
             EXPECT_EQ(call.run(), nullCode) << m.name << " buffer " << i;
             if (!conversion || !m.refusesFlags) continue;
             Call flagged(m, 5, 3);
-            flagged.buffers[i]->mutableRecord().rowBytes = size_t{1} << 62;
+            flagged.buffers[i]->mutableRecord().rowBytes = kQuarterRange;
             EXPECT_EQ(flagged.run(0x20), kQuorinError_UnsupportedFlags) << m.name << " buffer " << i;
             EXPECT_TRUE(flagged.outputsUntouched()) << m.name;
         }
@@ -190,14 +197,17 @@ TEST(RecordRefusal, PremultiplyIntoADestinationWithShortRows) {
 }
 
 TEST(RecordRefusal, ClipToAlphaWithAWidthOfTwoToThe40) {
-    ExactBuffer src(size_t{1} << 40, 2, 64, 1), dest(size_t{1} << 40, 2, 64, 2);
+    // 2^40 does not fit a 32-bit size_t: a width as far beyond the rows there.
+    constexpr size_t kWidth = sizeof(size_t) == 8 ? static_cast<size_t>(uint64_t{1} << 40) : size_t{1} << 28;
+    ExactBuffer src(kWidth, 2, 64, 1), dest(kWidth, 2, 64, 2);
     EXPECT_EQ(QuorinClipToAlpha_ARGB8888(src.record(), dest.record(), 0), kQuorinError_BadArgument);
     EXPECT_TRUE(dest.untouched());
 }
 
-// 2^62 four-byte pixels wrap to a zero-byte row, which any rowBytes exceeds.
+// Four-byte pixels filling size_t's range wrap to a zero-byte row, which any
+// rowBytes exceeds.
 TEST(RecordRefusal, SplitFromASourceWhoseRowLengthWraps) {
-    ExactBuffer src(size_t{1} << 62, 2, 4, 1);
+    ExactBuffer src(kQuarterRange, 2, 4, 1);
     std::vector<std::unique_ptr<ExactBuffer>> planes;
     for (int k = 0; k < 4; ++k) planes.push_back(std::make_unique<ExactBuffer>(3, 2, 3, 2 + k));
     EXPECT_EQ(QuorinConvert_ARGB8888toPlanar8(src.record(), planes[0]->record(), planes[1]->record(),
@@ -207,7 +217,7 @@ TEST(RecordRefusal, SplitFromASourceWhoseRowLengthWraps) {
 }
 
 TEST(RecordRefusal, MergeIntoADestinationWhoseRowLengthWraps) {
-    constexpr size_t kWidth = 0x4000000000000010;  // x 4 bytes wraps to 64
+    constexpr size_t kWidth = kQuarterRange + 16;  // x 4 bytes wraps to 64
     const float max[4] = {1, 1, 1, 1}, min[4] = {0, 0, 0, 0};
     ExactBuffer r(kWidth, 2, 64, 1), g(kWidth, 2, 64, 2), b(kWidth, 2, 64, 3), dest(kWidth, 2, 64, 4);
     EXPECT_EQ(QuorinConvert_PlanarFToXRGB8888(0.5f, r.record(), g.record(), b.record(), dest.record(), max, min, 0),
