@@ -82,9 +82,10 @@ TEST(BufferInit, RowBitCountsBeyond32BitsAreRefusedBeforeTheRecordIsTouched) {
     Quorin_Buffer b{&b, 11, 12, 13};
     EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, 40000000, 128, kQuorinFlag_NoAllocate));
     EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, size_t{1} << 20, 4096, 0));
-    if constexpr (sizeof(size_t) > 4)
+    if constexpr (sizeof(size_t) > 4) {
         EXPECT_EQ(kQuorinError_BadArgument, QuorinBuffer_Init(&b, 1, static_cast<size_t>(uint64_t{1} << 32), 1,
                                                               kQuorinFlag_NoAllocate));
+    }
     EXPECT_TRUE(b.data == &b && b.height == 11 && b.width == 12 && b.rowBytes == 13);
     // The largest products that fit keep their layout: 2^32 - 1 bits, and
     // 2^29 bytes of 2^31-bit pixels rounded to 2^32-bit units.
