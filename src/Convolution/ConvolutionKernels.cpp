@@ -146,13 +146,83 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
     return b;
 }
 
+// In place, sums[k] = sums[k] + .. + sums[k + (taps - 1) * step] for k <
+// count, reading up to count + (taps - 1) * step; `spare` holds as many.
+// Spans double a pass at a time (sums of 1, 2, 4, .. taps), the ones the
+// binary digits of `taps` name added up on the way. Every pass reads ahead
+// of what it writes, so a pass runs in place from the front. The sums wrap
+// in 16 bits where their true values would pass 65535; the caller's final
+// sums do not, so they come out exact. Returns the array holding the result.
+template <class D>
+uint16_t* BoxRun(uint16_t* sums, uint16_t* spare, size_t count, size_t taps, size_t step) {
+    const D d;
+    const size_t N = hn::Lanes(d);
+    // to[k] = a[k] + b[k + offset] for k < n.
+    auto add = [&](uint16_t* to, const uint16_t* a, const uint16_t* b, size_t offset, size_t n) {
+        size_t k = 0;
+        for (; k + N <= n; k += N) hn::StoreU(hn::Add(hn::LoadU(d, a + k), hn::LoadU(d, b + k + offset)), d, to + k);
+        for (; k < n; ++k) to[k] = static_cast<uint16_t>(a[k] + b[k + offset]);
+    };
+    // `sums` holds spans of `span` taps over count + (taps - span) * step
+    // places; `spare`, once `got` is not 0, spans of `got` taps over
+    // count + (taps - got) * step places.
+    size_t span = 1, got = 0;
+    for (;;) {
+        const size_t valid = count + (taps - span) * step;
+        if (taps & span) {
+            if (got == 0) {
+                if (taps == span) return sums;  // the one digit: nothing to add
+                std::memcpy(spare, sums, valid * sizeof(uint16_t));
+            } else {
+                // spare's spans of `got` taps followed by span more.
+                add(spare, spare, sums, got * step, count + (taps - got - span) * step);
+            }
+            got += span;
+            if (got == taps) return spare;
+        }
+        add(sums, sums, sums, span * step, valid - span * step);
+        span *= 2;
+    }
+}
+
+// A row of triangular weights 1, 2, .., h + 1, .., 2, 1 over output bytes
+// [begin, end) whose taps lie inside the row: the same sum as a box of h + 1
+// taps across the row's pixels, taken twice, which costs about 2 log2(h + 1)
+// additions per byte instead of 2h + 1 products. Each stretch widens its
+// bytes once into 16-bit lanes, with the halo both boxes reach.
+template <class DA, class Divide>
+size_t TentAcross(const uint8_t* row, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
+                  const Divide& divide) {
+    static_assert(sizeof(hn::TFromD<DA>) == 2);
+    const DA da;
+    const hn::Rebind<uint8_t, DA> d8;
+    const size_t N = hn::Lanes(da), P = s.pixelBytes, taps = s.kernelWidth / 2 + 1, back = (taps - 1) * P;
+    constexpr size_t kStretch = 2048;
+    alignas(64) uint16_t sums[kStretch + 2 * 127 * 4], spare[kStretch + 2 * 127 * 4];
+    size_t b = begin;
+    while (b + N <= end) {
+        const size_t count = std::min(kStretch, end - b) / N * N, span = count + 2 * back;
+        const uint8_t* from = row + b - back;  // the interior's taps stay inside the row
+        size_t k = 0;
+        for (; k + N <= span; k += N) hn::Store(hn::PromoteTo(da, hn::LoadU(d8, from + k)), da, sums + k);
+        for (; k < span; ++k) sums[k] = from[k];
+        uint16_t* boxed = BoxRun<DA>(sums, spare, count + back, taps, P);
+        boxed = BoxRun<DA>(boxed, boxed == sums ? spare : sums, count, taps, P);
+        for (k = 0; k < count; k += N) hn::StoreU(hn::TruncateTo(d8, divide(hn::Load(da, boxed + k))), d8, out + b + k);
+        b += count;
+    }
+    return b;
+}
+
 template <class DA, class Divide>
 size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
                         const Divide& divide) {
     const size_t lanes = hn::Lanes(DA());
     size_t b = begin;
     if constexpr (sizeof(hn::TFromD<DA>) == 2) {
-        if (s.separable && s.kernelHeight == 3 && s.kernelWidth == 3)
+        if (s.tentRow)
+            b = TentAcross<DA>(rows[0], out, begin, end, s, divide);
+        else if (s.separable && s.kernelHeight == 3 && s.kernelWidth == 3)
             b = ConvolveSeparable<DA, 3, 3>(rows, out, begin, end, s, divide);
         else if (s.separable && s.kernelHeight == 5 && s.kernelWidth == 5)
             b = ConvolveSeparable<DA, 5, 5>(rows, out, begin, end, s, divide);
@@ -690,7 +760,7 @@ const KernelPair<ConvolveBandKernel> kConvolveBandKernels{&ConvolveBand, HWY_DIS
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
                                 size_t kernelWidth, int32_t divisor) {
     ConvolveShape s{width,     pixelBytes, kernel, kernelHeight, kernelWidth, static_cast<uint32_t>(divisor),
-                    {},        {},         true,   false, false, {}, {}};
+                    {},        {},         true,   false, false, false, {}, {}};
     uint64_t weights = 0;
     for (size_t i = 0; i < kernelHeight * kernelWidth; ++i) {
         if (kernel[i] < 0) s.sums16 = false;
@@ -722,9 +792,14 @@ ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* 
         }
     }
     if (s.divisor <= 0xFFFF) s.divide16 = MagicDivisor<16>::For(s.divisor);
-    s.tentColumn = kernelWidth == 1 && s.sums16 && s.divisor != 0 && s.divisor <= 0xFFFF;
-    for (size_t i = 0; i < kernelHeight && s.tentColumn; ++i)
-        s.tentColumn = kernel[i] == static_cast<int16_t>(std::min(i, kernelHeight - 1 - i) + 1);
+    // Triangular weights 1, 2, .., size / 2 + 1, .., 2, 1 in the one column or row.
+    auto triangular = [&](size_t size) {
+        bool ok = s.sums16 && s.divisor != 0 && s.divisor <= 0xFFFF;
+        for (size_t i = 0; i < size && ok; ++i) ok = kernel[i] == static_cast<int16_t>(std::min(i, size - 1 - i) + 1);
+        return ok;
+    };
+    s.tentColumn = kernelWidth == 1 && triangular(kernelHeight);
+    s.tentRow = kernelHeight == 1 && kernelWidth > 1 && triangular(kernelWidth);
     return s;
 }
 

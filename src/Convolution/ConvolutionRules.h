@@ -67,6 +67,9 @@ struct ConvolveShape {
     // second pass) with a divisor below 2^16: the vector kernel runs it down
     // the columns by running sums, whatever its height.
     bool tentColumn;
+    // The same weights in one row (the tent's first pass): the vector kernel
+    // sums a box of h + 1 taps twice, whatever its width.
+    bool tentRow;
     // The kernel is the column `down` times the row `across` (non-negative
     // weights whose sums fit 16 bits, more than 15 taps, more than one row
     // and column): the vector kernel sums down, then across.

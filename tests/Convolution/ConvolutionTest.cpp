@@ -144,29 +144,35 @@ TEST(Convolve, ColumnTimesRowKernelsMatchTheDescription) {
 
 // A column of triangular weights runs down the columns by running sums that
 // start over at each band: heights up to the largest whose sums fit 16 bits
-// (31) and past it, bands and strips of columns (4096 bytes), every split.
-TEST(Convolve, TriangularColumnsMatchTheDescription) {
+// (31) and past it, bands and strips of columns (4096 bytes), every split. A
+// row of them sums boxes across: widths to 31 and past, rows past the
+// stretches (2048 bytes) the boxes are summed in, a divisor not the weights' sum.
+TEST(Convolve, TriangularColumnsAndRowsMatchTheDescription) {
     Random random(15);
-    for (const size_t bytes : {size_t{1}, size_t{4}})
-        for (const uint32_t kh : {3u, 5u, 15u, 31u, 33u}) {
-            const size_t width = bytes == 1 ? 4100 : 1100, height = 16 * kh + 37;
-            std::vector<int16_t> tent;
-            for (uint32_t i = 0; i < kh; ++i) tent.push_back(static_cast<int16_t>(std::min(i, kh - 1 - i) + 1));
-            const int32_t h = static_cast<int32_t>(kh / 2), divisor = kh == 15 ? 37 : (h + 1) * (h + 1);
-            const GuardedImage src = RandomImage(width, height, bytes, random.next(), 3);
-            Image want = ImageOf(RandomImage(width, height, bytes, 98));
-            ReferenceConvolve(ImageOf(src), want, 0, 0, tent.data(), kh, 1, divisor);
-            SCOPED_TRACE(::testing::Message() << "kernel " << kh << "x1 over " << width << "x" << height << "x" << bytes);
-            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
-                GuardedImage dest = RandomImage(width, height, bytes, 98, 1);
-                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, tent.data(), kh, 1, divisor,
-                                              flags}),
-                          kQuorinSuccess);
-                EXPECT_EQ(dest.damagedGuard(), "");
-                EXPECT_EQ(dest.pixels(), want.bytes);
-                return dest.pixels();
-            });
-        }
+    for (const bool column : {true, false})
+        for (const size_t bytes : {size_t{1}, size_t{4}})
+            for (const uint32_t size : {3u, 5u, 7u, 15u, 31u, 33u}) {
+                const size_t width = column ? (bytes == 1 ? 4100 : 1100) : 2 * size + 5000 / bytes + random.next() % 64;
+                const size_t height = column ? 16 * size + 37 : 5;
+                std::vector<int16_t> tent;
+                for (uint32_t i = 0; i < size; ++i) tent.push_back(static_cast<int16_t>(std::min(i, size - 1 - i) + 1));
+                const int32_t h = static_cast<int32_t>(size / 2), divisor = size == 15 ? 37 : (h + 1) * (h + 1);
+                const uint32_t kh = column ? size : 1, kw = column ? 1 : size;
+                const GuardedImage src = RandomImage(width, height, bytes, random.next(), 3);
+                Image want = ImageOf(RandomImage(width, height, bytes, 98));
+                ReferenceConvolve(ImageOf(src), want, 0, 0, tent.data(), kh, kw, divisor);
+                SCOPED_TRACE(::testing::Message() << "kernel " << kh << "x" << kw << " over " << width << "x" << height
+                                                  << "x" << bytes);
+                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                    GuardedImage dest = RandomImage(width, height, bytes, 98, 1);
+                    EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, tent.data(), kh, kw,
+                                                  divisor, flags}),
+                              kQuorinSuccess);
+                    EXPECT_EQ(dest.damagedGuard(), "");
+                    EXPECT_EQ(dest.pixels(), want.bytes);
+                    return dest.pixels();
+                });
+            }
 }
 
 TEST(Convolve, WorkedValues) {
