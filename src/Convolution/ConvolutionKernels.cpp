@@ -71,12 +71,23 @@ struct LaneDivide {
     }
 };
 
+// Stores a vector of output bytes, streamed when asked. A streaming store
+// writes a whole 16-byte register, so narrower vectors take plain stores;
+// streamed ones must lie on a boundary of their own size.
+template <class D>
+HWY_INLINE void Put(bool stream, hn::Vec<D> v, D d, uint8_t* to) {
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromD<D>) >= 16) {
+        if (stream) return hn::Stream(v, d, to);
+    }
+    hn::StoreU(v, d, to);
+}
+
 // Output bytes [begin, end) whose taps all lie inside the row, whole vectors
 // of them, kVectors side by side so each weight is broadcast once for them
 // all; returns where the vectors stopped.
 template <class DA, size_t kVectors, class Divide>
 size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
-                       const Divide& divide) {
+                       const Divide& divide, bool stream = false) {
     const DA da;
     const hn::Rebind<uint8_t, DA> d8;
     using T = hn::TFromD<DA>;
@@ -95,7 +106,7 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
                     sum[v] = hn::Add(sum[v], hn::Mul(hn::PromoteTo(da, hn::LoadU(d8, p + v * lanes)), weight));
             }
         }
-        for (size_t v = 0; v < kVectors; ++v) hn::StoreU(hn::TruncateTo(d8, divide(sum[v])), d8, out + b + v * lanes);
+        for (size_t v = 0; v < kVectors; ++v) Put(stream, hn::TruncateTo(d8, divide(sum[v])), d8, out + b + v * lanes);
     }
     return b;
 }
@@ -108,7 +119,7 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
 // whose loops then unroll), else 0.
 template <class DA, size_t kKH, size_t kKW, class Divide>
 size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
-                         const Divide& divide) {
+                         const Divide& divide, bool stream) {
     static_assert(sizeof(hn::TFromD<DA>) == 2);
     const DA da;
     const hn::Rebind<uint8_t, DA> d8;
@@ -139,7 +150,7 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
             auto sum = hn::Zero(da);
             for (size_t j = 0; j < kw; ++j)
                 sum = hn::Add(sum, hn::Mul(hn::LoadU(da, down + k + j * P), hn::Set(da, static_cast<uint16_t>(s.across[j]))));
-            hn::StoreU(hn::TruncateTo(d8, divide(sum)), d8, out + b + k);
+            Put(stream, hn::TruncateTo(d8, divide(sum)), d8, out + b + k);
         }
         b += count;
     }
@@ -192,7 +203,7 @@ uint16_t* BoxRun(uint16_t* sums, uint16_t* spare, size_t count, size_t taps, siz
 // bytes once into 16-bit lanes, with the halo both boxes reach.
 template <class DA, class Divide>
 size_t TentAcross(const uint8_t* row, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
-                  const Divide& divide) {
+                  const Divide& divide, bool stream) {
     static_assert(sizeof(hn::TFromD<DA>) == 2);
     const DA da;
     const hn::Rebind<uint8_t, DA> d8;
@@ -208,7 +219,7 @@ size_t TentAcross(const uint8_t* row, uint8_t* out, size_t begin, size_t end, co
         for (; k < span; ++k) sums[k] = from[k];
         uint16_t* boxed = BoxRun<DA>(sums, spare, count + back, taps, P);
         boxed = BoxRun<DA>(boxed, boxed == sums ? spare : sums, count, taps, P);
-        for (k = 0; k < count; k += N) hn::StoreU(hn::TruncateTo(d8, divide(hn::Load(da, boxed + k))), d8, out + b + k);
+        for (k = 0; k < count; k += N) Put(stream, hn::TruncateTo(d8, divide(hn::Load(da, boxed + k))), d8, out + b + k);
         b += count;
     }
     return b;
@@ -219,18 +230,36 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
                         const Divide& divide) {
     const size_t lanes = hn::Lanes(DA());
     size_t b = begin;
+    // Streamed stores start at the first cache-line boundary; the bytes
+    // before it go out as plain vectors, the last one ending on the boundary
+    // (or, when the boundary is less than a vector in, starting at `begin`
+    // and overlapping bytes the streamed ones write again with the same values).
+    bool stream = false;
+    if (s.stream) {
+        constexpr size_t kLine = 64;
+        const size_t line = begin + (kLine - reinterpret_cast<uintptr_t>(out + begin) % kLine) % kLine;
+        if (line + kLine <= end) {
+            if (line > begin) {
+                ConvolveVectors<DA, 1>(rows, out, begin, line, s, divide);
+                const size_t last = line >= begin + lanes ? line - lanes : begin;
+                ConvolveVectors<DA, 1>(rows, out, last, last + lanes, s, divide);
+            }
+            b = line;
+            stream = true;
+        }
+    }
     if constexpr (sizeof(hn::TFromD<DA>) == 2) {
         if (s.tentRow)
-            b = TentAcross<DA>(rows[0], out, begin, end, s, divide);
+            b = TentAcross<DA>(rows[0], out, b, end, s, divide, stream);
         else if (s.separable && s.kernelHeight == 3 && s.kernelWidth == 3)
-            b = ConvolveSeparable<DA, 3, 3>(rows, out, begin, end, s, divide);
+            b = ConvolveSeparable<DA, 3, 3>(rows, out, b, end, s, divide, stream);
         else if (s.separable && s.kernelHeight == 5 && s.kernelWidth == 5)
-            b = ConvolveSeparable<DA, 5, 5>(rows, out, begin, end, s, divide);
+            b = ConvolveSeparable<DA, 5, 5>(rows, out, b, end, s, divide, stream);
         else if (s.separable)
-            b = ConvolveSeparable<DA, 0, 0>(rows, out, begin, end, s, divide);
+            b = ConvolveSeparable<DA, 0, 0>(rows, out, b, end, s, divide, stream);
     }
-    b = ConvolveVectors<DA, 4>(rows, out, b, end, s, divide);
-    const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide);
+    b = ConvolveVectors<DA, 4>(rows, out, b, end, s, divide, stream);
+    const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide, stream);
     // The rest as one more vector ending at `end`, over bytes already
     // written with the same values, rather than byte by byte.
     if (done == end || end - begin < lanes) return done;
@@ -297,21 +326,26 @@ void TentDown(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first,
             uint8_t* out = static_cast<uint8_t*>(dest.data) + row * dest.rowBytes + b0;
             // The row after next's pages, before the hardware starts on them.
             const uint8_t* next = M(r + h + 1);
-            for (i = 0; i + N <= count; i += N) {
+            auto one = [&](size_t k) {
+                diff[k] = static_cast<uint16_t>(diff[k] + add[k] + drop[k] - 2 * twice[k]);
+                sums[k] = static_cast<uint16_t>(sums[k] + diff[k]);
+                out[k] = static_cast<uint8_t>(sums[k] / s.divisor);
+            };
+            // Streamed rows: single bytes up to a vector boundary first.
+            i = 0;
+            if (s.stream)
+                for (; i < count && reinterpret_cast<uintptr_t>(out + i) % N != 0; ++i) one(i);
+            for (; i + N <= count; i += N) {
                 hwy::Prefetch(next + i);
                 const auto m = hn::PromoteTo(ds, hn::LoadU(db, twice + i));
-                auto d = hn::Add(hn::Load(ds, diff + i), hn::PromoteTo(ds, hn::LoadU(db, add + i)));
+                auto d = hn::Add(hn::LoadU(ds, diff + i), hn::PromoteTo(ds, hn::LoadU(db, add + i)));
                 d = hn::Sub(hn::Add(d, hn::PromoteTo(ds, hn::LoadU(db, drop + i))), hn::Add(m, m));
-                const auto t = hn::Add(hn::Load(ds, sums + i), d);
-                hn::Store(d, ds, diff + i);
-                hn::Store(t, ds, sums + i);
-                hn::StoreU(hn::TruncateTo(db, divide(t)), db, out + i);
+                const auto t = hn::Add(hn::LoadU(ds, sums + i), d);
+                hn::StoreU(d, ds, diff + i);
+                hn::StoreU(t, ds, sums + i);
+                Put(s.stream, hn::TruncateTo(db, divide(t)), db, out + i);
             }
-            for (; i < count; ++i) {
-                diff[i] = static_cast<uint16_t>(diff[i] + add[i] + drop[i] - 2 * twice[i]);
-                sums[i] = static_cast<uint16_t>(sums[i] + diff[i]);
-                out[i] = static_cast<uint8_t>(sums[i] / s.divisor);
-            }
+            for (; i < count; ++i) one(i);
         }
     }
 }
@@ -708,10 +742,14 @@ void ConvolveBandVector(const Quorin_Buffer& src, const Quorin_Buffer& dest, siz
 #if HWY_TARGET != HWY_SCALAR
     if (s.tentColumn) {
         TentDown<hn::ScalableTag<uint16_t>>(src, dest, first, last, width, s);
+        if (s.stream) hwy::FlushStream();
         return;
     }
 #endif
     convolution::ConvolveRows(src, dest, first, last, width, s, &ConvolveRowVector);
+#if HWY_TARGET != HWY_SCALAR
+    if (s.stream) hwy::FlushStream();
+#endif
 }
 
 void BoxPassVector(const uint8_t* in, uint8_t* out, size_t n, size_t lines, size_t r, size_t pixelBytes) {
@@ -760,7 +798,7 @@ const KernelPair<ConvolveBandKernel> kConvolveBandKernels{&ConvolveBand, HWY_DIS
 ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* kernel, size_t kernelHeight,
                                 size_t kernelWidth, int32_t divisor) {
     ConvolveShape s{width,     pixelBytes, kernel, kernelHeight, kernelWidth, static_cast<uint32_t>(divisor),
-                    {},        {},         true,   false, false, false, {}, {}};
+                    {},        {},         true,   false, false, false, false, {}, {}};
     uint64_t weights = 0;
     for (size_t i = 0; i < kernelHeight * kernelWidth; ++i) {
         if (kernel[i] < 0) s.sums16 = false;
@@ -770,8 +808,7 @@ ConvolveShape MakeConvolveShape(size_t width, size_t pixelBytes, const int16_t* 
     s.divide32 = MagicDivisor<32>::For(s.divisor);
     // A column times a row: the first non-zero weight's column and row,
     // the column divided by its greatest common divisor.
-    // Up to 15 taps the direct sums are as quick (measured at 3 x 3).
-    if (s.sums16 && kernelHeight > 1 && kernelWidth > 1 && kernelHeight * kernelWidth > 15) {
+    if (s.sums16 && kernelHeight > 1 && kernelWidth > 1) {
         size_t pivot = 0;
         while (pivot < kernelHeight * kernelWidth && kernel[pivot] == 0) ++pivot;
         if (pivot < kernelHeight * kernelWidth) {

@@ -74,6 +74,9 @@ struct ConvolveShape {
     // weights whose sums fit 16 bits, more than 15 taps, more than one row
     // and column): the vector kernel sums down, then across.
     bool separable;
+    // The destination is too large to stay in the cache (set by the caller,
+    // for the vector kernels): its rows go out with streaming stores.
+    bool stream;
     int16_t down[255], across[255];
 };
 

@@ -12,6 +12,7 @@
 #include "Convolution/ConvolutionKernels.h"
 #include "Convolution/ConvolutionMembers.h"
 #include "Core/Checks.h"
+#include "Core/Streaming.h"
 #include "Core/RowWindow.h"
 #include "Core/TempBuffer.h"
 #include "quorin/Convolution.h"
@@ -103,6 +104,7 @@ Quorin_Error Convolve(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_
            gridHeight,
            std::max<size_t>(1, kBandPixels / std::max<size_t>(1, gridWidth))};
     work.shape = MakeConvolveShape(work.src.width, pixelBytes, kernel, kernelHeight, kernelWidth, divisor);
+    work.shape.stream = WantsStreaming(gridHeight * dest->rowBytes);
     // Running sums start over at each band: bands of many rows keep that cheap.
     if (work.shape.tentColumn) work.bandRows = std::max<size_t>(work.bandRows, 16 * kernelHeight);
     const Quorin_PieceClosure closure{

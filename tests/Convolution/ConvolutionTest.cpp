@@ -77,6 +77,7 @@ const Member& General(size_t bytes) { return bytes == 1 ? convolution::kConvolve
 // (the 16-bit sums) and full-range ones (wrapping 32-bit sums).
 TEST(Convolve, MatchesTheDescriptionForRandomKernelsDivisorsAndOffsets) {
     Random random(5);
+    const StreamingForced streamed;  // destination rows at every alignment
     struct Size { size_t width, height; };
     for (const size_t bytes : {size_t{1}, size_t{4}})
         for (const Size size : {Size{1, 1}, Size{7, 5}, Size{33, 9}, Size{70, 31}, Size{300, 220}})
@@ -108,6 +109,7 @@ TEST(Convolve, MatchesTheDescriptionForRandomKernelsDivisorsAndOffsets) {
 // columns, a common factor, over rows past the 1024-byte stretches the sums are made in.
 TEST(Convolve, ColumnTimesRowKernelsMatchTheDescription) {
     Random random(16);
+    const StreamingForced streamed;  // destination rows at every alignment
     for (const size_t bytes : {size_t{1}, size_t{4}})
         for (int trial = 0; trial < 8; ++trial) {
             // The first two trials take the sizes with loops of their own.
@@ -149,6 +151,7 @@ TEST(Convolve, ColumnTimesRowKernelsMatchTheDescription) {
 // stretches (2048 bytes) the boxes are summed in, a divisor not the weights' sum.
 TEST(Convolve, TriangularColumnsAndRowsMatchTheDescription) {
     Random random(15);
+    const StreamingForced streamed;  // destination rows at every alignment
     for (const bool column : {true, false})
         for (const size_t bytes : {size_t{1}, size_t{4}})
             for (const uint32_t size : {3u, 5u, 7u, 15u, 31u, 33u}) {
