@@ -125,19 +125,27 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
     const hn::Rebind<uint8_t, DA> d8;
     const size_t kh = kKH ? kKH : s.kernelHeight, kw = kKW ? kKW : s.kernelWidth;
     const size_t N = hn::Lanes(da), P = s.pixelBytes, back = (kw / 2) * P;
-    constexpr size_t kStretch = 1024;
+    constexpr size_t kStretch = 1024, kAhead = 2048;
     alignas(64) uint16_t down[kStretch + 2 * 127 * 4];
+    const uint8_t* newest = rows[kh - 1];
+    const size_t rowBytes = s.width * P;
+    // Weights of 1 (common in smoothing kernels) skip the product.
+    auto Times = [&](hn::Vec<DA> v, int16_t weight) {
+        return weight == 1 ? v : hn::Mul(v, hn::Set(da, static_cast<uint16_t>(weight)));
+    };
     size_t b = begin;
     while (b + N <= end) {
         const size_t count = std::min(kStretch, end - b) / N * N, span = count + 2 * back;
         const size_t from = b - back;  // the interior's taps stay inside the row
         size_t k = 0;
         for (; k + N <= span; k += N) {
+            // The newest row comes from memory: its lines are asked for a
+            // stretch ahead, across the page boundaries the hardware stops at.
+            if (newest != nullptr && from + k + kAhead < rowBytes) hwy::Prefetch(newest + from + k + kAhead);
             auto sum = hn::Zero(da);
             for (size_t i = 0; i < kh; ++i)
                 if (rows[i] != nullptr)
-                    sum = hn::Add(sum, hn::Mul(hn::PromoteTo(da, hn::LoadU(d8, rows[i] + from + k)),
-                                               hn::Set(da, static_cast<uint16_t>(s.down[i]))));
+                    sum = hn::Add(sum, Times(hn::PromoteTo(da, hn::LoadU(d8, rows[i] + from + k)), s.down[i]));
             hn::Store(sum, da, down + k);
         }
         for (; k < span; ++k) {
@@ -149,7 +157,7 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
         for (k = 0; k < count; k += N) {
             auto sum = hn::Zero(da);
             for (size_t j = 0; j < kw; ++j)
-                sum = hn::Add(sum, hn::Mul(hn::LoadU(da, down + k + j * P), hn::Set(da, static_cast<uint16_t>(s.across[j]))));
+                sum = hn::Add(sum, Times(hn::LoadU(da, down + k + j * P), s.across[j]));
             Put(stream, hn::TruncateTo(d8, divide(sum)), d8, out + b + k);
         }
         b += count;
