@@ -17,7 +17,7 @@ using SelectKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, co
 using PermuteKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* order,
                                size_t pixelBytes, bool stream);
 template <class T>
-using ExtractKernel = void (*)(const T* src, T* dst, size_t count, size_t channel);
+using ExtractKernel = void (*)(const T* src, T* dst, size_t count, size_t channel, bool stream);
 using ClipKernel = void (*)(const float* src, float* dst, size_t count, float upper, float lower, bool stream);
 
 using SelectTwoKernel = void (*)(const uint8_t* a, const uint8_t* b, uint8_t* dst, size_t bytes, const uint8_t* mask,

@@ -161,12 +161,13 @@ Quorin_Error RunExtract(const Quorin_Buffer* src, const Quorin_Buffer* dest, int
     const size_t rowRead = (count - 1) * kPixel + (channel + 1) * kElement;
     if (count * kElement > dest->rowBytes || !WalkFits(src, dest->height, rowRead)) return kQuorinError_BadArgument;
     const auto kernel = ExtractKernels<T>().choose();
+    const bool stream = WantsStreaming(dest->height * dest->rowBytes);
     const auto* const from = static_cast<const uint8_t*>(src->data);
     auto* const to = static_cast<uint8_t*>(dest->data);
     return RunSplit<kMember.split>(flags, dest->width, dest->height, [&](size_t firstRow, size_t rows) {
         for (size_t y = firstRow; y < firstRow + rows; ++y)
             kernel(reinterpret_cast<const T*>(from + y * src->rowBytes), reinterpret_cast<T*>(to + y * dest->rowBytes),
-                   count, static_cast<size_t>(channel));
+                   count, static_cast<size_t>(channel), stream);
     });
 }
 
