@@ -185,6 +185,21 @@ void PermuteBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, const ui
 #endif
 }
 
+// The library's own copy only to stream: a row copy that stays in the
+// caches is the C library's to do, and it does it better.
+void CopyBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
+#if HWY_TARGET != HWY_SCALAR
+    if (stream) {
+        const D8 d;
+        auto step = [&](size_t k, auto store) { store(hn::LoadU(d, src + k), dst + k); };
+        StoreRun(d, true, dst, bytes, 1, hn::Lanes(d), step,
+                 [&](size_t first, size_t n) { channels::CopyBytes(src + first, dst + first, n, false); });
+        return;
+    }
+#endif
+    channels::CopyBytes(src, dst, bytes, stream);
+}
+
 template <class T>
 void Extract(const T* src, T* dst, size_t count, size_t channel, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
@@ -262,6 +277,7 @@ HWY_EXPORT(FillBytesVector);
 HWY_EXPORT(SelectBytesVector);
 HWY_EXPORT(ClipFloatsVector);
 HWY_EXPORT(PermuteBytesVector);
+HWY_EXPORT(CopyBytesVector);
 HWY_EXPORT(ExtractBytesVector);
 HWY_EXPORT(ExtractWordsVector);
 HWY_EXPORT(ExtractFloatsVector);
@@ -274,6 +290,7 @@ const KernelPair<FillKernel> kFillKernels{&FillBytes, HWY_DISPATCH_TABLE(FillByt
 const KernelPair<SelectKernel> kSelectKernels{&SelectBytes, HWY_DISPATCH_TABLE(SelectBytesVector)};
 const KernelPair<ClipKernel> kClipKernels{&ClipFloats, HWY_DISPATCH_TABLE(ClipFloatsVector)};
 const KernelPair<PermuteKernel> kPermuteKernels{&PermuteBytes, HWY_DISPATCH_TABLE(PermuteBytesVector)};
+const KernelPair<CopyKernel> kCopyKernels{&CopyBytes, HWY_DISPATCH_TABLE(CopyBytesVector)};
 const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels{&ExtractElements<uint8_t>,
                                                           HWY_DISPATCH_TABLE(ExtractBytesVector)};
 const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels{&ExtractElements<uint16_t>,

@@ -80,6 +80,10 @@ void ExtractElements(const T* src, T* dst, size_t count, size_t channel, bool /*
     for (size_t k = 0; k < count; ++k) StoreElement(dst + k, LoadElement(src + 4 * k + channel));
 }
 
+inline void CopyBytes(const uint8_t* src, uint8_t* dst, size_t bytes, bool /*stream*/) {
+    std::memcpy(dst, src, bytes);
+}
+
 // Below the lower bound gives the lower bound, else above the upper bound
 // gives the upper bound: a NaN fails both tests and passes, and when the
 // bounds cross the lower one wins for values below it.

@@ -211,11 +211,15 @@ TEST(Channels, PlanarOverwriteWritesWholeElementsUpToRowBytes) {
 
 TEST(Channels, CopyMovesWidthBytesOfEachRowWhateverThePixelSize) {
     const Member& m = Named("QuorinCopyBuffer");
+    for (const bool streamed : {false, true})  // streaming stores start at a vector boundary
     for (const size_t size : {size_t{10}, size_t{300}}) {
+        std::optional<StreamingForced> forced;
+        if (streamed) forced.emplace();
         GuardedImage src(size, size, 4, 3), dest(size, size, 4, 2, 1);
         src.fillRandom(5);
         dest.fillBytes(0x3C);
         for (const Quorin_Flags flags : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_SingleThreaded}}) {
+            SCOPED_TRACE(testing::Message() << "size " << size << " flags " << flags << (streamed ? " streamed" : ""));
             ASSERT_EQ(m.run({src.record(), dest.record(), nullptr, 0, 4, flags}), kQuorinSuccess);
             EXPECT_EQ(dest.damagedGuard(), "");
             for (size_t y = 0; y < size; ++y) {
