@@ -129,9 +129,11 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
     alignas(64) uint16_t down[kStretch + 2 * 127 * 4];
     const uint8_t* newest = rows[kh - 1];
     const size_t rowBytes = s.width * P;
-    // Weights of 1 (common in smoothing kernels) skip the product.
+    // Weights of 1 and 2 (common in smoothing kernels) skip the product.
     auto Times = [&](hn::Vec<DA> v, int16_t weight) {
-        return weight == 1 ? v : hn::Mul(v, hn::Set(da, static_cast<uint16_t>(weight)));
+        if (weight == 1) return v;
+        if (weight == 2) return hn::Add(v, v);
+        return hn::Mul(v, hn::Set(da, static_cast<uint16_t>(weight)));
     };
     size_t b = begin;
     while (b + N <= end) {
