@@ -12,6 +12,7 @@
 
 #include <array>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "Conversion/PackedKernels.h"
@@ -234,6 +235,68 @@ void AddAlphaBytes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
     scalar(steps, pixels - steps);
 }
 
+// Whether every colour field of a packed format has 2 to 8 bits.
+constexpr bool ColoursOfAtMost8Bits(PixelFormat format) {
+    for (const char letter : {'R', 'G', 'B'}) {
+        const int bits = format.fields[format.positionOf(letter)].bits;
+        if (bits < 2 || bits > 8) return false;
+    }
+    return true;
+}
+
+// Packed words into bytes, colours unchanged by any premultiplication: one
+// pixel a 16-bit lane rather than a 32-bit one, since every step of the
+// depth rule between depths of at most 8 bits fits 16 bits (as in
+// RescaleLanes); each pair of byte channels becomes one 16-bit half of the
+// four-byte pixel, and the halves are widened into words.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaFromWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                       bool stream) {
+    using C = Cell<kFrom, kTo>;
+    const D32 d;
+    const hn::Repartition<uint16_t, D32> d16;
+    const hn::Rebind<uint16_t, D32> dh;
+    const hn::Rebind<uint8_t, decltype(d16)> d8;
+    const size_t lanes = hn::Lanes(d16), half = hn::Lanes(d);
+    const auto* const words = reinterpret_cast<const uint16_t*>(src);
+    auto* const out = reinterpret_cast<uint32_t*>(dst);
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + 2 * first, plane ? plane + first : nullptr, dst + 4 * first, count, constant,
+                                   false);
+    };
+    uint8_t* const destinations[1] = {dst};
+    const size_t head =
+        StreamingHeadOf(stream, destinations, 1, pixels, 4, hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * 4);
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       const auto w = hn::LoadU(d16, words + i);
+                       const auto a = plane ? hn::PromoteTo(d16, hn::LoadU(d8, plane + i))
+                                            : hn::Set(d16, static_cast<uint16_t>(constant.integer));
+                       std::remove_const_t<decltype(a)> byte[4] = {a, a, a, a};
+                       for (int n = 0; n < 3; ++n) {
+                           const PackedField field = kFrom.fields[C::from[n]];
+                           const auto c = hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d16, MaxOf(field.bits)));
+                           const ShortDivision by = ShortDivisionBy(field.bits);
+                           const auto x = hn::Add(hn::Mul(c, hn::Set(d16, uint16_t{255})),
+                                                  hn::Set(d16, static_cast<uint16_t>((MaxOf(field.bits) - 1) / 2)));
+                           byte[C::to[n]] = hn::ShiftRightSame(
+                               hn::MulHigh(x, hn::Set(d16, static_cast<uint16_t>(by.multiplier))), by.shift);
+                       }
+                       const auto low = hn::Or(byte[0], hn::ShiftLeft<8>(byte[1]));
+                       const auto high = hn::Or(byte[2], hn::ShiftLeft<8>(byte[3]));
+                       const auto join = [&](auto lowHalf, auto highHalf) {
+                           return hn::Or(hn::PromoteTo(d, lowHalf), hn::ShiftLeft<16>(hn::PromoteTo(d, highHalf)));
+                       };
+                       stores(join(hn::LowerHalf(dh, low), hn::LowerHalf(dh, high)), d, out + i);
+                       stores(join(hn::UpperHalf(dh, low), hn::UpperHalf(dh, high)), d, out + i + half);
+                   });
+        },
+        scalar);
+}
+
 // Adding alpha to integer pixels: colours and alpha in 32-bit lanes at the
 // destination's depth, premultiplied by the exact rules, then packed into
 // four-byte words or narrowed and interleaved.
@@ -242,6 +305,9 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
                    bool premultiply, bool stream) {
     if constexpr (kFrom.sample == SampleKind::U8 && !kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed()) {
         if (!premultiply) return AddAlphaBytes<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
+    }
+    if constexpr (kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed() && ColoursOfAtMost8Bits(kFrom)) {
+        if (!premultiply) return AddAlphaFromWords<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
     }
     using C = Cell<kFrom, kTo>;
     constexpr unsigned kDepth = static_cast<unsigned>(8 * kTo.sampleBytes());
@@ -253,9 +319,12 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
         AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
                                    dst + first * kTo.pixelBytes(), count, constant, premultiply);
     };
+    uint8_t* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
+                                        hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * kTo.pixelBytes());
     RunSteps(
-        kNoStreaming, pixels,
-        [&](size_t start, auto) {
+        head, pixels,
+        [&](size_t start, auto stores) {
             return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
                        const size_t i = start + k;
                        V32 c[3];
@@ -276,14 +345,14 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
                        if constexpr (kDepth == 8) {
                            const V32 word = hn::Or(hn::Or(out[0], hn::ShiftLeft<8>(out[1])),
                                                    hn::Or(hn::ShiftLeft<16>(out[2]), hn::ShiftLeft<24>(out[3])));
-                           hn::StoreU(word, d, reinterpret_cast<uint32_t*>(dst) + i);
+                           stores(word, d, reinterpret_cast<uint32_t*>(dst) + i);
                        } else {
                            const hn::Rebind<uint16_t, D32> d16;
-                           hn::StoreInterleaved4(hn::DemoteTo(d16, hn::BitCast(di, out[0])),
-                                                 hn::DemoteTo(d16, hn::BitCast(di, out[1])),
-                                                 hn::DemoteTo(d16, hn::BitCast(di, out[2])),
-                                                 hn::DemoteTo(d16, hn::BitCast(di, out[3])), d16,
-                                                 reinterpret_cast<uint16_t*>(dst) + 4 * i);
+                           stores.Interleaved(d16, reinterpret_cast<uint16_t*>(dst) + 4 * i,
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[0])),
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[1])),
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[2])),
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[3])));
                        }
                    });
         },
