@@ -2,7 +2,9 @@
 // 2, 4 or 16 bytes is repeated through every 128-bit block, so a vector that
 // starts on a pixel boundary holds whole pixels in the pattern's phase; the
 // core row loop starts every step on one and runs the ends on padded copies.
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Conversion/ChannelKernels.cpp"
@@ -186,18 +188,28 @@ void PermuteBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, const ui
 }
 
 // The library's own copy only to stream: a row copy that stays in the
-// caches is the C library's to do, and it does it better.
-void CopyBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
+// caches is the C library's to do, and it does it better. The rows'
+// streaming stores are fenced once, after the last row.
+void CopyRowsVector(const uint8_t* src, size_t srcRowBytes, uint8_t* dst, size_t dstRowBytes, size_t bytes,
+                    size_t rows, bool stream) {
 #if HWY_TARGET != HWY_SCALAR
     if (stream) {
         const D8 d;
-        auto step = [&](size_t k, auto store) { store(hn::LoadU(d, src + k), dst + k); };
-        StoreRun(d, true, dst, bytes, 1, hn::Lanes(d), step,
-                 [&](size_t first, size_t n) { channels::CopyBytes(src + first, dst + first, n, false); });
+        const size_t lanes = hn::Lanes(d);
+        for (size_t r = 0; r < rows; ++r) {
+            const uint8_t* from = src + r * srcRowBytes;
+            uint8_t* to = dst + r * dstRowBytes;
+            const size_t head = std::min(bytes, (lanes - reinterpret_cast<uintptr_t>(to) % lanes) % lanes);
+            std::memcpy(to, from, head);
+            size_t k = head;
+            for (; k + lanes <= bytes; k += lanes) hn::Stream(hn::LoadU(d, from + k), d, to + k);
+            std::memcpy(to + k, from + k, bytes - k);
+        }
+        hwy::FlushStream();
         return;
     }
 #endif
-    channels::CopyBytes(src, dst, bytes, stream);
+    channels::CopyRows(src, srcRowBytes, dst, dstRowBytes, bytes, rows, stream);
 }
 
 template <class T>
@@ -277,7 +289,7 @@ HWY_EXPORT(FillBytesVector);
 HWY_EXPORT(SelectBytesVector);
 HWY_EXPORT(ClipFloatsVector);
 HWY_EXPORT(PermuteBytesVector);
-HWY_EXPORT(CopyBytesVector);
+HWY_EXPORT(CopyRowsVector);
 HWY_EXPORT(ExtractBytesVector);
 HWY_EXPORT(ExtractWordsVector);
 HWY_EXPORT(ExtractFloatsVector);
@@ -290,7 +302,7 @@ const KernelPair<FillKernel> kFillKernels{&FillBytes, HWY_DISPATCH_TABLE(FillByt
 const KernelPair<SelectKernel> kSelectKernels{&SelectBytes, HWY_DISPATCH_TABLE(SelectBytesVector)};
 const KernelPair<ClipKernel> kClipKernels{&ClipFloats, HWY_DISPATCH_TABLE(ClipFloatsVector)};
 const KernelPair<PermuteKernel> kPermuteKernels{&PermuteBytes, HWY_DISPATCH_TABLE(PermuteBytesVector)};
-const KernelPair<CopyKernel> kCopyKernels{&CopyBytes, HWY_DISPATCH_TABLE(CopyBytesVector)};
+const KernelPair<CopyKernel> kCopyKernels{&CopyRows, HWY_DISPATCH_TABLE(CopyRowsVector)};
 const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels{&ExtractElements<uint8_t>,
                                                           HWY_DISPATCH_TABLE(ExtractBytesVector)};
 const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels{&ExtractElements<uint16_t>,

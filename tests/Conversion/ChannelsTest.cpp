@@ -230,6 +230,33 @@ TEST(Channels, CopyMovesWidthBytesOfEachRowWhateverThePixelSize) {
     }
 }
 
+// Rows without padding in both buffers are copied as one run, whole or in
+// the split's bands, streamed or not; the bytes are the row copy's.
+TEST(Channels, CopyOfRowsWithoutPaddingIsTheRowCopy) {
+    const Member& m = Named("QuorinCopyBuffer");
+    for (const bool streamed : {false, true}) {
+        std::optional<StreamingForced> forced;
+        if (streamed) forced.emplace();
+        for (const size_t size : {size_t{7}, size_t{301}}) {
+            std::vector<uint8_t> from(size * size + 64), to(size * size + 64, 0xEE);
+            Random random(3);
+            for (uint8_t& b : from) b = static_cast<uint8_t>(random.next());
+            for (const size_t shift : {size_t{0}, size_t{5}}) {  // dest on and off a vector boundary
+                const Quorin_Buffer src{from.data() + 1, size, size, size}, dest{to.data() + shift, size, size, size};
+                for (const Quorin_Flags flags : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_SingleThreaded}}) {
+                    std::fill(to.begin(), to.end(), 0xEE);
+                    ASSERT_EQ(m.run({&src, &dest, nullptr, 0, 1, flags}), kQuorinSuccess);
+                    for (size_t k = 0; k < to.size(); ++k) {
+                        const bool inside = k >= shift && k < shift + size * size;
+                        ASSERT_EQ(to[k], inside ? from[1 + k - shift] : 0xEE)
+                            << "byte " << k << " size " << size << " shift " << shift << (streamed ? " streamed" : "");
+                    }
+                }
+            }
+        }
+    }
+}
+
 // The copy reads width bytes a row, so a source is held only to those.
 TEST(Channels, CopyRefusesOnlySourcesTooShortForTheBytesItReads) {
     const Member& m = Named("QuorinCopyBuffer");
