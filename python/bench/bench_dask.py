@@ -37,7 +37,7 @@ def timed(fn) -> float:
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("--size", type=int, default=20000)
-    parser.add_argument("--chunk", type=int, default=2500)
+    parser.add_argument("--chunk", type=int, default=5000)
     parser.add_argument("--kernel", type=int, default=9)
     parser.add_argument("--single", type=int, default=4096, help="side of the image of the single call")
     parser.add_argument("--workers", type=int, default=2, help="worker processes")

@@ -342,7 +342,10 @@ def run_plane_walk(p: Plan, source: Any, out: Optional[np.ndarray], flags: int, 
     apart, rows of dest n plane rows apart, so that a dest rowBytes of n x
     width samples gives exactly width samples a row and the n calls tile a
     plane with rows of exactly width samples (each record's last row ends
-    inside the plane). out must have such rows; it is allocated when None."""
+    inside the plane). A source whose rows follow each other is one row of
+    height x width pixels to the walk: one call, along the memory as it lies
+    (every n-th row at a time leaves the processor's prefetching behind).
+    out must have rows of exactly width samples; it is allocated when None."""
     src_format, plane = p.source_format, p.dest_format
     height, width, row_bytes = check_image(source, src_format, "src")
     if out is None:
@@ -356,6 +359,8 @@ def run_plane_walk(p: Plan, source: Any, out: Optional[np.ndarray], flags: int, 
     if height == 0 or width == 0:
         return out
     step = src_format.pixel_bytes // plane.pixel_bytes
+    if row_bytes == width * src_format.pixel_bytes:
+        height, width, row_bytes = 1, height * width, height * row_bytes
     (src_index,), (dest_index,) = p.sources, p.dests
     args: List[Any] = [None] * len(p.member.params)
     keep: List[Any] = []

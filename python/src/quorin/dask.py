@@ -163,8 +163,12 @@ def _neighbourhood(name: str, run: Callable[..., np.ndarray], image: da.Array, r
     depth = {0: rows, 1: columns}
     if image.ndim == 3:
         depth[2] = 0
-    # A strip comes from one neighbour only: chunks at least as deep as it.
-    chunks = ensure_minimum_chunksize(rows, image.chunks[0]), ensure_minimum_chunksize(columns, image.chunks[1])
+    # A strip comes from one neighbour only, so chunks at least as deep as
+    # it; and an expanded block at the image's edge, with halo on one side
+    # only, is still longer than the kernel (whose members refuse, or read
+    # past the line, otherwise): chunks of twice the halo and one more.
+    chunks = tuple(ensure_minimum_chunksize(min(2 * d + 1, sum(c)), c)
+                   for d, c in ((rows, image.chunks[0]), (columns, image.chunks[1])))
     if chunks != image.chunks[:2]:
         image = image.rechunk(chunks + image.chunks[2:])
     token = tokenize(name, run, image, rows, columns)
