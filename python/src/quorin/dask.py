@@ -59,8 +59,8 @@ def _workspace(name: str, nbytes: int) -> np.ndarray:
     it needed (two blocks' worth) until it ends."""
     held = getattr(_WORKSPACE, name, None)
     if held is None or held.nbytes < nbytes:
-        held = None  # the old one goes before the new one is made
-        setattr(_WORKSPACE, name, None)
+        del held
+        setattr(_WORKSPACE, name, None)  # the old one goes before the new one is made
         held = np.empty(nbytes, np.uint8)
         setattr(_WORKSPACE, name, held)
     return held[:nbytes]
@@ -160,9 +160,6 @@ def _expanded_run(run: Callable[[np.ndarray], np.ndarray], centre: np.ndarray,
 
 
 def _neighbourhood(name: str, run: Callable[..., np.ndarray], image: da.Array, rows: int, columns: int) -> da.Array:
-    depth = {0: rows, 1: columns}
-    if image.ndim == 3:
-        depth[2] = 0
     # A strip comes from one neighbour only, so chunks at least as deep as
     # it; and an expanded block at the image's edge, with halo on one side
     # only, is still longer than the kernel (whose members refuse, or read
