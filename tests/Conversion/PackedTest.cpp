@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 #include "Conversion/PackedMembers.h"
@@ -277,7 +278,10 @@ TEST(PackedAlpha, EveryMemberGivesTheRulesUnderEveryKernelAndSplit) {
         GuardedImage plane(kWidth, kHeight, 1, 2, 3);
         for (size_t i = 0; i < kWidth * kHeight; ++i) plane.row(i / kWidth)[i % kWidth] = static_cast<uint8_t>(i >> 8);
         const bool floats = m.to.sample == SampleKind::F32;
+        for (const bool streamed : {false, true})  // streaming stores start at a vector boundary
         for (const bool withPlane : {true, false}) {
+            std::optional<StreamingForced> forced;
+            if (streamed) forced.emplace();
             for (const int premultiply : {0, 1, 2}) {
                 if (!m.takesPlane() && (withPlane || premultiply != 0)) continue;
                 // Padded rows for one switch, one run for the others.
