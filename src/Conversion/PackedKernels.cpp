@@ -146,14 +146,20 @@ HWY_INLINE void LoadColours(const uint8_t* src, size_t i, const int (&position)[
 // Cells that change a depth: each channel in 32-bit lanes through the depth
 // rule, then packed into words or narrowed and interleaved.
 template <PixelFormat kFrom, PixelFormat kTo>
-void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
+void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     using C = Cell<kFrom, kTo>;
     const D32 d;
     const hn::RebindToSigned<D32> di;
     const size_t lanes = hn::Lanes(d);
+    // Packed words leave as half vectors; interleaved steps stream only
+    // when they fill whole vectors (floats: three vectors of 32-bit lanes).
+    uint8_t* const destinations[1] = {dst};
+    const size_t storeBytes = kTo.packed() ? lanes * 2 : hn::Lanes(hn::ScalableTag<uint8_t>());
+    const size_t head =
+        StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), storeBytes, lanes * kTo.pixelBytes());
     RunSteps(
-        kNoStreaming, pixels,
-        [&](size_t start, auto) {
+        head, pixels,
+        [&](size_t start, auto stores) {
             return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
                        const size_t i = start + k;
                        V32 c[3];
@@ -165,7 +171,7 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
                            for (int n = 0; n < 3; ++n)
                                out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
                                                        hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
-                           hn::StoreInterleaved3(out[0], out[1], out[2], df, reinterpret_cast<float*>(dst) + 3 * i);
+                           stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
                        } else if constexpr (kTo.packed()) {
                            const hn::Rebind<uint16_t, D32> d16;
                            V32 word = hn::Zero(d);
@@ -174,8 +180,7 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
                                const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), field.bits);
                                word = hn::Or(word, hn::ShiftLeftSame(v, field.shift));
                            }
-                           hn::StoreU(hn::DemoteTo(d16, hn::BitCast(di, word)), d16,
-                                      reinterpret_cast<uint16_t*>(dst) + i);
+                           stores(hn::DemoteTo(d16, hn::BitCast(di, word)), d16, reinterpret_cast<uint16_t*>(dst) + i);
                        } else {
                            using T = Sample<kTo>;
                            const hn::Rebind<T, D32> dt;
@@ -185,7 +190,7 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
                                const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), DepthOf(kTo, C::to[n]));
                                out[C::to[n]] = hn::DemoteTo(dt, hn::BitCast(di, v));
                            }
-                           hn::StoreInterleaved3(out[0], out[1], out[2], dt, reinterpret_cast<T*>(dst) + 3 * i);
+                           stores.Interleaved(dt, reinterpret_cast<T*>(dst) + 3 * i, out[0], out[1], out[2]);
                        }
                    });
         },
@@ -433,7 +438,7 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     ConvertPixels<kFrom, kTo>(src, dst, pixels);
 #else
     if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
-    else Rescale<kFrom, kTo>(src, dst, pixels);
+    else Rescale<kFrom, kTo>(src, dst, pixels, stream);
 #endif
 }
 

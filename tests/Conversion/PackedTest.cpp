@@ -127,8 +127,12 @@ void ExpectConverted(const MatrixMember& m, const GuardedImage& src, const uint8
 TEST(PackedMatrix, EveryCellGivesTheTableUnderEveryKernelAndSplit) {
     for (const MatrixMember& m : packed::kMatrixMembers) {
         SCOPED_TRACE(m.name);
-        // Rows of each its own length: row by row (one run is proved below).
+        // Rows of each its own length: row by row (one run is proved below);
+        // the second round with streaming stores, which start at a vector boundary.
+        for (const bool streamed : {false, true})
         for (const size_t padding : {size_t{6}}) {
+            std::optional<StreamingForced> forced;
+            if (streamed) forced.emplace();
             const GuardedImage src = Source(m.from, padding, 2);
             ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
                 GuardedImage dest(kWidth, kHeight, m.to.pixelBytes(), padding + 1, 1);
