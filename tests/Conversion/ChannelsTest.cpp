@@ -439,6 +439,39 @@ TEST(Channels, ExtractWritesItsCountOfSamplesPerRowUnderEveryKernel) {
     }
 }
 
+// A walk whose last sample ends its source: the source stops at that
+// sample, against a protected page, with a count that whole vector steps
+// divide, so a step that loaded the last pixel whole would fault.
+TEST(Channels, ExtractReadsNoFurtherThanItsLastSample) {
+    for (const char* name : {"QuorinExtractChannel_ARGB8888", "QuorinExtractChannel_ARGB16U",
+                             "QuorinExtractChannel_ARGBFFFF"}) {
+        const Member& m = Named(name);
+        const size_t e = m.format.sampleBytes(), pb = m.format.pixelBytes();
+        const size_t count = 128, rows = 3, srcRowBytes = count * pb + 8;
+        for (int channel = 0; channel < 3; ++channel) {
+            SCOPED_TRACE(testing::Message() << name << " channel " << channel);
+            const size_t rowRead = (count - 1) * pb + (channel + 1) * e;
+            const size_t extent = (rows - 1) * srcRowBytes + rowRead;
+            GuardedImage source(rowRead, rows, 1, srcRowBytes - rowRead, (64 - extent % 64) % 64);
+            source.fillRandom(11);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                // Rows of count pixels' bytes take count samples each.
+                const size_t destRowBytes = count * pb;
+                std::vector<uint8_t> out(rows * destRowBytes, 0xEE);
+                const Quorin_Buffer src{source.row(0), rows, count, srcRowBytes};
+                const Quorin_Buffer dest{out.data(), rows, count, destRowBytes};
+                EXPECT_EQ(m.run({&src, &dest, nullptr, 0, 0, flags, channel}), kQuorinSuccess);
+                for (size_t y = 0; y < rows; ++y)
+                    for (size_t k = 0; k < destRowBytes; ++k) {
+                        const uint8_t want = k < count * e ? source.row(y)[k / e * pb + channel * e + k % e] : 0xEE;
+                        if (out[y * destRowBytes + k] != want) ADD_FAILURE() << "row " << y << " byte " << k;
+                    }
+                return out;
+            }, KernelVariants());
+        }
+    }
+}
+
 // ---- Table lookups ------------------------------------------------------------
 
 // The walk as described, byte by byte over the whole storage: each row from
