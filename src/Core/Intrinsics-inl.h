@@ -37,7 +37,11 @@ HWY_INLINE V AddOneWhere(M mask, V v) {
 
 // Float lanes truncated to int32 lanes, for callers whose values are known
 // to lie strictly within the int32 range: the processor's conversion alone,
-// without Highway's correction of out-of-range lanes.
+// without Highway's correction of out-of-range lanes. Measured on the 8-bit
+// colour matrix's single-precision division, 1024 x 1024 single-threaded on
+// an AVX-512 processor (a loaded machine, processor time, best of fifteen
+// runs in three interleaved rounds): 386 us with the bare conversion
+// against 589 us with Highway's.
 template <class DI, class VF>
 HWY_INLINE hn::VFromD<DI> TruncateInRange(DI di, VF v) {
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
@@ -133,6 +137,10 @@ HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytesPortabl
 // an AVX-512 processor (a loaded machine, processor time, best of nine
 // interleaved calls, four runs): 1024 x 1024 in 0.62-0.63 ms with these
 // instructions against 0.70 ms portable (1680 against 1500 megapixels/s).
+// With AVX2 the same on 32-byte vectors: the colour matrix's AVX2 kernel,
+// 4096 x 4096 single-threaded (same conditions, best of fifteen), 6.70 ms
+// with these instructions and the bare conversion above against 8.63 ms
+// with the portable forms of both.
 template <class DI, class VI = hn::VFromD<DI>>
 HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytes(DI di, VI q0, VI q1, VI q2, VI q3) {
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL

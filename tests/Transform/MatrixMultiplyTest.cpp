@@ -132,6 +132,29 @@ TEST(MatrixMultiply, EightBitQuotientsAtEveryBoundaryForEveryFormOfDivisionUnder
         }
 }
 
+// Every divisor from 1 to 8200 (past the largest that the single-precision
+// division takes), each at every quotient 0..255: source byte x times the
+// divisor, then one less, the divisor less one more, and one more, so the
+// sums are each multiple of the divisor and its neighbours on both sides.
+TEST(MatrixMultiply, EightBitEveryMultipleOfEverySmallDivisorUnderEveryKernel) {
+    GuardedImage src(256, 1, 4);
+    for (size_t x = 0; x < 256; ++x) std::memset(src.row(0) + 4 * x, static_cast<int>(x), 4);
+    for (const Variant& v : KernelVariants()) {
+        VariantScope scope(v);
+        for (int32_t divisor = 1; divisor <= 8200; ++divisor) {
+            int16_t m[16] = {};
+            for (int j = 0; j < 4; ++j) m[j] = static_cast<int16_t>(divisor);
+            const int32_t post[4] = {0, -1, divisor - 1, 1};
+            GuardedImage dest(256, 1, 4);
+            ASSERT_EQ(QuorinMatrixMultiply_ARGB8888(src.record(), dest.record(), m, divisor, nullptr, post, 0), 0);
+            for (size_t x = 0; x < 256; ++x)
+                for (int j = 0; j < 4; ++j)
+                    ASSERT_EQ(dest.row(0)[4 * x + j], Expected8(src.row(0) + 4 * x, m, divisor, nullptr, post, j))
+                        << v.name << " divisor " << divisor << " x " << x << " channel " << j;
+        }
+    }
+}
+
 // Matrices whose sums come as close to +-2^24 as the single-precision
 // division allows (coefficients of +-16384 on every channel), and just
 // beyond it, with divisors about the largest it takes.
