@@ -52,6 +52,27 @@ void StreamCopy16(const uint8_t* from, uint8_t* to, size_t bytes) {
         _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), _mm_load_si128(reinterpret_cast<const __m128i*>(from + i)));
     _mm_sfence();
 }
+__attribute__((target("avx512f"))) void StreamFill64(uint8_t* to, size_t bytes) {
+    const __m512i value = _mm512_set1_epi8(3);
+    for (size_t i = 0; i < bytes; i += 64) _mm512_stream_si512(reinterpret_cast<__m512i*>(to + i), value);
+    _mm_sfence();
+}
+__attribute__((target("avx2"))) void StreamFill32(uint8_t* to, size_t bytes) {
+    const __m256i value = _mm256_set1_epi8(3);
+    for (size_t i = 0; i < bytes; i += 32) _mm256_stream_si256(reinterpret_cast<__m256i*>(to + i), value);
+    _mm_sfence();
+}
+void StreamFill16(uint8_t* to, size_t bytes) {
+    const __m128i value = _mm_set1_epi8(3);
+    for (size_t i = 0; i < bytes; i += 16) _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), value);
+    _mm_sfence();
+}
+void StreamFill(uint8_t* to, size_t bytes) {
+    static const auto fill = __builtin_cpu_supports("avx512f") ? StreamFill64
+                             : __builtin_cpu_supports("avx2") ? StreamFill32
+                                                              : StreamFill16;
+    fill(to, bytes);
+}
 void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes) {
     static const auto copy = __builtin_cpu_supports("avx512f") ? StreamCopy64
                              : __builtin_cpu_supports("avx2") ? StreamCopy32
@@ -60,6 +81,7 @@ void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes) {
 }
 #else
 void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes) { std::memcpy(to, from, bytes); }
+void StreamFill(uint8_t* to, size_t bytes) { std::memset(to, 3, bytes); }
 #endif
 
 struct AlignedFree {
@@ -91,6 +113,28 @@ void RegisterCeiling(size_t size, Split split) {
         });
 }
 
+// Write-only members (fills) have only the stores' half of a copy's work: eight
+// bytes written per pixel with streaming stores is their reference.
+void RegisterFillCeiling(size_t size, Split split) {
+    const size_t bytes = size * size * 8;
+    const auto to = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+    RegisterRow(
+        {"ceiling.stream-fill", size, size, split, bytes},
+        [to, bytes, split] {
+            const size_t pieces = split == Split::Single ? 1 : ActiveProcessorCount();
+            const size_t piece = bytes / pieces / 64 * 64;
+            ParallelApply(pieces, [&](size_t i) {
+                StreamFill(to->get() + i * piece, i + 1 == pieces ? bytes - i * piece : piece);
+            });
+        },
+        {},
+        [to, bytes] {
+            if (*to) return;
+            to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
+            std::memset(to->get(), 2, bytes);
+        });
+}
+
 const RegisterFamily kDispatch([] {
     benchmark::RegisterBenchmark("dispatch/rows-empty-pieces", [](benchmark::State& state) {
         const Quorin_PieceClosure closure{&EmptyPiece, nullptr};
@@ -117,7 +161,10 @@ const RegisterFamily kDispatch([] {
         })->UseRealTime()->Unit(benchmark::kMillisecond);
     }
     for (size_t size : StandardSizes())
-        for (Split split : {Split::Single, Split::Default}) RegisterCeiling(size, split);
+        for (Split split : {Split::Single, Split::Default}) {
+            RegisterCeiling(size, split);
+            RegisterFillCeiling(size, split);
+        }
 });
 
 }  // namespace

@@ -40,18 +40,46 @@ struct PermuteBody {
     Bytes operator()(const uint8_t* src) const { return hn::TableLookupBytes(hn::LoadU(D8(), src), order); }
 };
 
+// 8- and 16-bit channels: each pixel is one lane of the unsigned type four
+// times as wide. Shifting the channel to the low bits of its lane and
+// keeping the even halves twice packs four vectors of pixels into one vector
+// of the channel, two shuffles where deinterleaving takes a dozen.
+template <class T>
+void ExtractPackedSteps(const T* src, T* dst, size_t count, size_t channel, bool stream) {
+    using Pixel = hwy::MakeUnsigned<hwy::MakeWide<hwy::MakeWide<T>>>;
+    const hn::ScalableTag<T> d;
+    const hn::Repartition<Pixel, decltype(d)> dp;
+    const hn::Repartition<hwy::MakeWide<T>, decltype(d)> dh;
+    const size_t pixels = hn::Lanes(dp);
+    const int shift = static_cast<int>(channel * 8 * sizeof(T));
+    auto step = [&](size_t k, auto store) {
+        const T* from = src + 4 * k;
+        auto low = [&](size_t i) {
+            return hn::BitCast(dh, hn::ShiftRightSame(hn::BitCast(dp, hn::LoadU(d, from + i * 4 * pixels)), shift));
+        };
+        const auto first = hn::ConcatEven(dh, low(1), low(0)), second = hn::ConcatEven(dh, low(3), low(2));
+        store(hn::ConcatEven(d, hn::BitCast(d, second), hn::BitCast(d, first)), dst + k);
+    };
+    StoreRun(d, stream, dst, count, sizeof(T), hn::Lanes(d), step, [&](size_t first, size_t n) {
+        channels::ExtractElements(src + 4 * first, dst + first, n, channel);
+    });
+}
+
 // Whole steps of interleaved loads over all but the last element, the rest
 // one by one.
 template <class T>
-void ExtractSteps(const T* src, T* dst, size_t count, size_t channel) {
+void ExtractSteps(const T* src, T* dst, size_t count, size_t channel, bool stream) {
+    if (count == 0) return;
     const hn::ScalableTag<T> d;
-    const size_t lanes = hn::Lanes(d);
-    const size_t done = count == 0 ? 0 : WholeSteps(count - 1, lanes, [&](size_t k) {
+    auto step = [&](size_t k, auto store) {
         hn::Vec<decltype(d)> v[4];
         hn::LoadInterleaved4(d, src + 4 * k, v[0], v[1], v[2], v[3]);
-        hn::StoreU(v[channel], d, dst + k);
+        store(v[channel], dst + k);
+    };
+    StoreRun(d, stream, dst, count - 1, sizeof(T), hn::Lanes(d), step, [&](size_t first, size_t n) {
+        channels::ExtractElements(src + 4 * first, dst + first, n, channel);
     });
-    channels::ExtractElements(src + 4 * done, dst + done, count - done, channel);
+    channels::ExtractElements(src + 4 * (count - 1), dst + count - 1, 1, channel);
 }
 
 struct SelectTwoBody {
@@ -157,22 +185,41 @@ void PermuteBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, const ui
 #endif
 }
 
+// The library's own copy only to stream: a row copy that stays in the
+// caches is the C library's to do, and it does it better.
+void CopyBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
+#if HWY_TARGET != HWY_SCALAR
+    if (stream) {
+        const D8 d;
+        auto step = [&](size_t k, auto store) { store(hn::LoadU(d, src + k), dst + k); };
+        StoreRun(d, true, dst, bytes, 1, hn::Lanes(d), step,
+                 [&](size_t first, size_t n) { channels::CopyBytes(src + first, dst + first, n, false); });
+        return;
+    }
+#endif
+    channels::CopyBytes(src, dst, bytes, stream);
+}
+
 template <class T>
-void Extract(const T* src, T* dst, size_t count, size_t channel) {
+void Extract(const T* src, T* dst, size_t count, size_t channel, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
-    channels::ExtractElements<T>(src, dst, count, channel);
+    channels::ExtractElements<T>(src, dst, count, channel, stream);
 #else
-    ExtractSteps<T>(src, dst, count, channel);
+    if constexpr (sizeof(T) < 4) {
+        ExtractPackedSteps<T>(src, dst, count, channel, stream);
+    } else {
+        ExtractSteps<T>(src, dst, count, channel, stream);
+    }
 #endif
 }
-void ExtractBytesVector(const uint8_t* src, uint8_t* dst, size_t count, size_t channel) {
-    Extract(src, dst, count, channel);
+void ExtractBytesVector(const uint8_t* src, uint8_t* dst, size_t count, size_t channel, bool stream) {
+    Extract(src, dst, count, channel, stream);
 }
-void ExtractWordsVector(const uint16_t* src, uint16_t* dst, size_t count, size_t channel) {
-    Extract(src, dst, count, channel);
+void ExtractWordsVector(const uint16_t* src, uint16_t* dst, size_t count, size_t channel, bool stream) {
+    Extract(src, dst, count, channel, stream);
 }
-void ExtractFloatsVector(const float* src, float* dst, size_t count, size_t channel) {
-    Extract(src, dst, count, channel);
+void ExtractFloatsVector(const float* src, float* dst, size_t count, size_t channel, bool stream) {
+    Extract(src, dst, count, channel, stream);
 }
 
 void ClipFloatsVector(const float* src, float* dst, size_t count, float upper, float lower, bool stream) {
@@ -230,6 +277,7 @@ HWY_EXPORT(FillBytesVector);
 HWY_EXPORT(SelectBytesVector);
 HWY_EXPORT(ClipFloatsVector);
 HWY_EXPORT(PermuteBytesVector);
+HWY_EXPORT(CopyBytesVector);
 HWY_EXPORT(ExtractBytesVector);
 HWY_EXPORT(ExtractWordsVector);
 HWY_EXPORT(ExtractFloatsVector);
@@ -242,6 +290,7 @@ const KernelPair<FillKernel> kFillKernels{&FillBytes, HWY_DISPATCH_TABLE(FillByt
 const KernelPair<SelectKernel> kSelectKernels{&SelectBytes, HWY_DISPATCH_TABLE(SelectBytesVector)};
 const KernelPair<ClipKernel> kClipKernels{&ClipFloats, HWY_DISPATCH_TABLE(ClipFloatsVector)};
 const KernelPair<PermuteKernel> kPermuteKernels{&PermuteBytes, HWY_DISPATCH_TABLE(PermuteBytesVector)};
+const KernelPair<CopyKernel> kCopyKernels{&CopyBytes, HWY_DISPATCH_TABLE(CopyBytesVector)};
 const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels{&ExtractElements<uint8_t>,
                                                           HWY_DISPATCH_TABLE(ExtractBytesVector)};
 const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels{&ExtractElements<uint16_t>,

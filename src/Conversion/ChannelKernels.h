@@ -17,8 +17,10 @@ using SelectKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, co
 using PermuteKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* order,
                                size_t pixelBytes, bool stream);
 template <class T>
-using ExtractKernel = void (*)(const T* src, T* dst, size_t count, size_t channel);
+using ExtractKernel = void (*)(const T* src, T* dst, size_t count, size_t channel, bool stream);
 using ClipKernel = void (*)(const float* src, float* dst, size_t count, float upper, float lower, bool stream);
+// Copies `bytes` bytes between rows that do not overlap.
+using CopyKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream);
 
 using SelectTwoKernel = void (*)(const uint8_t* a, const uint8_t* b, uint8_t* dst, size_t bytes, const uint8_t* mask,
                                  size_t pixelBytes, bool stream);
@@ -30,6 +32,7 @@ extern const KernelPair<FillKernel> kFillKernels;
 extern const KernelPair<SelectKernel> kSelectKernels;
 extern const KernelPair<ClipKernel> kClipKernels;
 extern const KernelPair<PermuteKernel> kPermuteKernels;
+extern const KernelPair<CopyKernel> kCopyKernels;
 // The vector twins read whole pixels for all but the last element, which
 // may lie in the last bytes of a buffer.
 extern const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels;

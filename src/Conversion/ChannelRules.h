@@ -76,8 +76,12 @@ void StoreElement(T* p, T v) {
 
 // Element `channel` of successive four-element pixels.
 template <class T>
-void ExtractElements(const T* src, T* dst, size_t count, size_t channel) {
+void ExtractElements(const T* src, T* dst, size_t count, size_t channel, bool /*stream*/ = false) {
     for (size_t k = 0; k < count; ++k) StoreElement(dst + k, LoadElement(src + 4 * k + channel));
+}
+
+inline void CopyBytes(const uint8_t* src, uint8_t* dst, size_t bytes, bool /*stream*/) {
+    std::memcpy(dst, src, bytes);
 }
 
 // Below the lower bound gives the lower bound, else above the upper bound

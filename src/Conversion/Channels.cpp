@@ -101,9 +101,15 @@ Quorin_Error RunCopy(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_t
     const auto* const from = static_cast<const uint8_t*>(src->data);
     auto* const to = static_cast<uint8_t*>(dest->data);
     const size_t srcRowBytes = src->rowBytes, destRowBytes = dest->rowBytes;
+    const CopyKernel chosen = kCopyKernels.choose();
+    const bool stream = WantsStreaming(dest->height * dest->width);
     const auto piece = [=](size_t x, size_t y, size_t w, size_t h) {
-        for (size_t r = y; r < y + h; ++r)
-            std::memmove(to + r * destRowBytes + x * pixelSize, from + r * srcRowBytes + x * pixelSize, w);
+        for (size_t r = y; r < y + h; ++r) {
+            const uint8_t* s = from + r * srcRowBytes + x * pixelSize;
+            uint8_t* d = to + r * destRowBytes + x * pixelSize;
+            if (Overlap(s, d, w)) std::memmove(d, s, w);
+            else chosen(s, d, w, stream);
+        }
     };
     RunRows(flags, dest->width, dest->height, piece);
     return kQuorinSuccess;
@@ -161,12 +167,13 @@ Quorin_Error RunExtract(const Quorin_Buffer* src, const Quorin_Buffer* dest, int
     const size_t rowRead = (count - 1) * kPixel + (channel + 1) * kElement;
     if (count * kElement > dest->rowBytes || !WalkFits(src, dest->height, rowRead)) return kQuorinError_BadArgument;
     const auto kernel = ExtractKernels<T>().choose();
+    const bool stream = WantsStreaming(dest->height * dest->rowBytes);
     const auto* const from = static_cast<const uint8_t*>(src->data);
     auto* const to = static_cast<uint8_t*>(dest->data);
     return RunSplit<kMember.split>(flags, dest->width, dest->height, [&](size_t firstRow, size_t rows) {
         for (size_t y = firstRow; y < firstRow + rows; ++y)
             kernel(reinterpret_cast<const T*>(from + y * src->rowBytes), reinterpret_cast<T*>(to + y * dest->rowBytes),
-                   count, static_cast<size_t>(channel));
+                   count, static_cast<size_t>(channel), stream);
     });
 }
 

@@ -63,13 +63,14 @@ Quorin_Error RunAlpha(const Quorin_Buffer* src, const Quorin_Buffer* plane, Alph
     auto* const to = static_cast<uint8_t*>(dest->data);
     const size_t srcRowBytes = src->rowBytes, destRowBytes = dest->rowBytes, planeRowBytes = plane ? plane->rowBytes : 0;
     const bool multiply = premultiply == 1;
+    const bool stream = WantsStreaming(height * width * kOut);
     const auto band = [&](size_t first, size_t rows) {
         if (whole)
             return kernel(kCell, from + first * srcRowBytes, alpha ? alpha + first * width : nullptr,
-                          to + first * destRowBytes, rows * width, constant, multiply);
+                          to + first * destRowBytes, rows * width, constant, multiply, stream);
         for (size_t y = first; y < first + rows; ++y)
             kernel(kCell, from + y * srcRowBytes, alpha ? alpha + y * planeRowBytes : nullptr, to + y * destRowBytes,
-                   width, constant, multiply);
+                   width, constant, multiply, stream);
     };
     if constexpr (kMember.split() == SplitRule::Chunks) RunProcessorChunks(flags, width, height, band);
     else band(0, height);

@@ -12,6 +12,7 @@
 
 #include <array>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "Conversion/PackedKernels.h"
@@ -24,6 +25,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using quorin::HWY_NAMESPACE::CanonicalNaNs;
 using quorin::HWY_NAMESPACE::kNoStreaming;
 using quorin::HWY_NAMESPACE::RunSteps;
+using quorin::HWY_NAMESPACE::StoreRun;
 using quorin::HWY_NAMESPACE::StreamingHeadOf;
 using quorin::HWY_NAMESPACE::WholeSteps;
 
@@ -144,14 +146,20 @@ HWY_INLINE void LoadColours(const uint8_t* src, size_t i, const int (&position)[
 // Cells that change a depth: each channel in 32-bit lanes through the depth
 // rule, then packed into words or narrowed and interleaved.
 template <PixelFormat kFrom, PixelFormat kTo>
-void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
+void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     using C = Cell<kFrom, kTo>;
     const D32 d;
     const hn::RebindToSigned<D32> di;
     const size_t lanes = hn::Lanes(d);
+    // Packed words leave as half vectors; interleaved steps stream only
+    // when they fill whole vectors (floats: three vectors of 32-bit lanes).
+    uint8_t* const destinations[1] = {dst};
+    const size_t storeBytes = kTo.packed() ? lanes * 2 : hn::Lanes(hn::ScalableTag<uint8_t>());
+    const size_t head =
+        StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), storeBytes, lanes * kTo.pixelBytes());
     RunSteps(
-        kNoStreaming, pixels,
-        [&](size_t start, auto) {
+        head, pixels,
+        [&](size_t start, auto stores) {
             return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
                        const size_t i = start + k;
                        V32 c[3];
@@ -163,7 +171,7 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
                            for (int n = 0; n < 3; ++n)
                                out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
                                                        hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
-                           hn::StoreInterleaved3(out[0], out[1], out[2], df, reinterpret_cast<float*>(dst) + 3 * i);
+                           stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
                        } else if constexpr (kTo.packed()) {
                            const hn::Rebind<uint16_t, D32> d16;
                            V32 word = hn::Zero(d);
@@ -172,8 +180,7 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
                                const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), field.bits);
                                word = hn::Or(word, hn::ShiftLeftSame(v, field.shift));
                            }
-                           hn::StoreU(hn::DemoteTo(d16, hn::BitCast(di, word)), d16,
-                                      reinterpret_cast<uint16_t*>(dst) + i);
+                           stores(hn::DemoteTo(d16, hn::BitCast(di, word)), d16, reinterpret_cast<uint16_t*>(dst) + i);
                        } else {
                            using T = Sample<kTo>;
                            const hn::Rebind<T, D32> dt;
@@ -183,11 +190,116 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
                                const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), DepthOf(kTo, C::to[n]));
                                out[C::to[n]] = hn::DemoteTo(dt, hn::BitCast(di, v));
                            }
-                           hn::StoreInterleaved3(out[0], out[1], out[2], dt, reinterpret_cast<T*>(dst) + 3 * i);
+                           stores.Interleaved(dt, reinterpret_cast<T*>(dst) + 3 * i, out[0], out[1], out[2]);
                        }
                    });
         },
         [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+}
+
+// Bytes into bytes, colours unchanged (nothing to premultiply): each
+// vector of four-byte pixels comes from one load of three-byte pixels, its
+// words spread so that every 128-bit block holds the twelve bytes of its
+// four pixels, then one byte shuffle per block places the colours and
+// leaves the alpha byte zero for the alpha to be or-ed in. The load takes a
+// whole vector, a third more than its pixels, so the steps stop where that
+// would pass the end of the run and the scalar rule takes the rest.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaBytes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                   bool stream) {
+    using C = Cell<kFrom, kTo>;
+    const D32 d;
+    const hn::Repartition<uint8_t, D32> d8;
+    const hn::Rebind<uint8_t, D32> dq;
+    const size_t lanes = hn::Lanes(d);
+    HWY_ALIGN uint32_t spread[hn::MaxLanes(d)];
+    for (size_t i = 0; i < lanes; ++i) spread[i] = static_cast<uint32_t>(i / 4 * 3 + (i % 4 < 3 ? i % 4 : 2));
+    const auto indices = hn::SetTableIndices(d, spread);
+    constexpr int kAlpha = kTo.positionOf('A');
+    HWY_ALIGN uint8_t order[16];
+    for (int p = 0; p < 4; ++p) {
+        order[4 * p + kAlpha] = 0x80;
+        for (int n = 0; n < 3; ++n) order[4 * p + C::to[n]] = static_cast<uint8_t>(3 * p + C::from[n]);
+    }
+    const auto shuffle = hn::LoadDup128(d8, order);
+    const V32 fixedAlpha = hn::Set(d, constant.integer << (8 * kAlpha));
+    const size_t overread = (lanes + 2) / 3;
+    const size_t steps = pixels > overread ? pixels - overread : 0;
+    auto* const out = reinterpret_cast<uint32_t*>(dst);
+    const auto step = [&](size_t i, auto store) {
+        const V32 words = hn::TableLookupLanes(hn::BitCast(d, hn::LoadU(d8, src + 3 * i)), indices);
+        const V32 colours = hn::BitCast(d, hn::TableLookupBytesOr0(hn::BitCast(d8, words), shuffle));
+        const V32 alpha = plane ? hn::ShiftLeft<8 * kAlpha>(hn::PromoteTo(d, hn::LoadU(dq, plane + i))) : fixedAlpha;
+        store(hn::Or(colours, alpha), out + i);
+    };
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + 3 * first, plane ? plane + first : nullptr, dst + 4 * first, count, constant,
+                                   false);
+    };
+    StoreRun(d, stream, dst, steps, 4, lanes, step, scalar);
+    scalar(steps, pixels - steps);
+}
+
+// Whether every colour field of a packed format has 2 to 8 bits.
+constexpr bool ColoursOfAtMost8Bits(PixelFormat format) {
+    for (const char letter : {'R', 'G', 'B'}) {
+        const int bits = format.fields[format.positionOf(letter)].bits;
+        if (bits < 2 || bits > 8) return false;
+    }
+    return true;
+}
+
+// Packed words into bytes, colours unchanged by any premultiplication: one
+// pixel a 16-bit lane rather than a 32-bit one, since every step of the
+// depth rule between depths of at most 8 bits fits 16 bits (as in
+// RescaleLanes); each pair of byte channels becomes one 16-bit half of the
+// four-byte pixel, and the halves are widened into words.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaFromWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                       bool stream) {
+    using C = Cell<kFrom, kTo>;
+    const D32 d;
+    const hn::Repartition<uint16_t, D32> d16;
+    const hn::Rebind<uint16_t, D32> dh;
+    const hn::Rebind<uint8_t, decltype(d16)> d8;
+    const size_t lanes = hn::Lanes(d16), half = hn::Lanes(d);
+    const auto* const words = reinterpret_cast<const uint16_t*>(src);
+    auto* const out = reinterpret_cast<uint32_t*>(dst);
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + 2 * first, plane ? plane + first : nullptr, dst + 4 * first, count, constant,
+                                   false);
+    };
+    uint8_t* const destinations[1] = {dst};
+    const size_t head =
+        StreamingHeadOf(stream, destinations, 1, pixels, 4, hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * 4);
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                       const size_t i = start + k;
+                       const auto w = hn::LoadU(d16, words + i);
+                       const auto a = plane ? hn::PromoteTo(d16, hn::LoadU(d8, plane + i))
+                                            : hn::Set(d16, static_cast<uint16_t>(constant.integer));
+                       std::remove_const_t<decltype(a)> byte[4] = {a, a, a, a};
+                       for (int n = 0; n < 3; ++n) {
+                           const PackedField field = kFrom.fields[C::from[n]];
+                           const auto c = hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d16, MaxOf(field.bits)));
+                           const ShortDivision by = ShortDivisionBy(field.bits);
+                           const auto x = hn::Add(hn::Mul(c, hn::Set(d16, uint16_t{255})),
+                                                  hn::Set(d16, static_cast<uint16_t>((MaxOf(field.bits) - 1) / 2)));
+                           byte[C::to[n]] = hn::ShiftRightSame(
+                               hn::MulHigh(x, hn::Set(d16, static_cast<uint16_t>(by.multiplier))), by.shift);
+                       }
+                       const auto low = hn::Or(byte[0], hn::ShiftLeft<8>(byte[1]));
+                       const auto high = hn::Or(byte[2], hn::ShiftLeft<8>(byte[3]));
+                       const auto join = [&](auto lowHalf, auto highHalf) {
+                           return hn::Or(hn::PromoteTo(d, lowHalf), hn::ShiftLeft<16>(hn::PromoteTo(d, highHalf)));
+                       };
+                       stores(join(hn::LowerHalf(dh, low), hn::LowerHalf(dh, high)), d, out + i);
+                       stores(join(hn::UpperHalf(dh, low), hn::UpperHalf(dh, high)), d, out + i + half);
+                   });
+        },
+        scalar);
 }
 
 // Adding alpha to integer pixels: colours and alpha in 32-bit lanes at the
@@ -195,7 +307,13 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels) {
 // four-byte words or narrowed and interleaved.
 template <PixelFormat kFrom, PixelFormat kTo>
 void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
-                   bool premultiply) {
+                   bool premultiply, bool stream) {
+    if constexpr (kFrom.sample == SampleKind::U8 && !kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed()) {
+        if (!premultiply) return AddAlphaBytes<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
+    }
+    if constexpr (kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed() && ColoursOfAtMost8Bits(kFrom)) {
+        if (!premultiply) return AddAlphaFromWords<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
+    }
     using C = Cell<kFrom, kTo>;
     constexpr unsigned kDepth = static_cast<unsigned>(8 * kTo.sampleBytes());
     const D32 d;
@@ -206,9 +324,12 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
         AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
                                    dst + first * kTo.pixelBytes(), count, constant, premultiply);
     };
+    uint8_t* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
+                                        hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * kTo.pixelBytes());
     RunSteps(
-        kNoStreaming, pixels,
-        [&](size_t start, auto) {
+        head, pixels,
+        [&](size_t start, auto stores) {
             return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
                        const size_t i = start + k;
                        V32 c[3];
@@ -229,14 +350,14 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
                        if constexpr (kDepth == 8) {
                            const V32 word = hn::Or(hn::Or(out[0], hn::ShiftLeft<8>(out[1])),
                                                    hn::Or(hn::ShiftLeft<16>(out[2]), hn::ShiftLeft<24>(out[3])));
-                           hn::StoreU(word, d, reinterpret_cast<uint32_t*>(dst) + i);
+                           stores(word, d, reinterpret_cast<uint32_t*>(dst) + i);
                        } else {
                            const hn::Rebind<uint16_t, D32> d16;
-                           hn::StoreInterleaved4(hn::DemoteTo(d16, hn::BitCast(di, out[0])),
-                                                 hn::DemoteTo(d16, hn::BitCast(di, out[1])),
-                                                 hn::DemoteTo(d16, hn::BitCast(di, out[2])),
-                                                 hn::DemoteTo(d16, hn::BitCast(di, out[3])), d16,
-                                                 reinterpret_cast<uint16_t*>(dst) + 4 * i);
+                           stores.Interleaved(d16, reinterpret_cast<uint16_t*>(dst) + 4 * i,
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[0])),
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[1])),
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[2])),
+                                              hn::DemoteTo(d16, hn::BitCast(di, out[3])));
                        }
                    });
         },
@@ -288,25 +409,26 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
 
 template <PixelFormat kFrom, PixelFormat kTo>
 void AddAlphaRun(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
-                 bool premultiply) {
+                 bool premultiply, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
+    (void)stream;
     AddAlphaPixels<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
 #else
     if constexpr (Cell<kFrom, kTo>::floats) AddAlphaFloats<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
-    else AddAlphaLanes<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+    else AddAlphaLanes<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply, stream);
 #endif
 }
 
-using AlphaRun = void (*)(const uint8_t*, const uint8_t*, uint8_t*, size_t, AlphaConstant, bool);
+using AlphaRun = void (*)(const uint8_t*, const uint8_t*, uint8_t*, size_t, AlphaConstant, bool, bool);
 template <size_t... kCell>
 constexpr std::array<AlphaRun, sizeof...(kCell)> AlphaRunsOf(std::index_sequence<kCell...>) {
     return {&AddAlphaRun<kAlphaFormats[kCell].from, kAlphaFormats[kCell].to>...};
 }
 
 void AddAlphaPixelsOf(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
-                      AlphaConstant constant, bool premultiply) {
+                      AlphaConstant constant, bool premultiply, bool stream) {
     static constexpr std::array<AlphaRun, kAlphaCount> kRuns = AlphaRunsOf(std::make_index_sequence<kAlphaCount>());
-    kRuns[cell](src, plane, dst, pixels, constant, premultiply);
+    kRuns[cell](src, plane, dst, pixels, constant, premultiply, stream);
 }
 
 template <PixelFormat kFrom, PixelFormat kTo>
@@ -316,7 +438,7 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     ConvertPixels<kFrom, kTo>(src, dst, pixels);
 #else
     if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
-    else Rescale<kFrom, kTo>(src, dst, pixels);
+    else Rescale<kFrom, kTo>(src, dst, pixels, stream);
 #endif
 }
 
@@ -360,7 +482,7 @@ constexpr std::array<AlphaRun, sizeof...(kCell)> ScalarAlphaRunsOf(std::index_se
 }
 
 void AddAlphaScalar(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
-                    AlphaConstant constant, bool premultiply) {
+                    AlphaConstant constant, bool premultiply, bool /*stream*/) {
     static constexpr std::array<AlphaRun, kAlphaCount> kRuns =
         ScalarAlphaRunsOf(std::make_index_sequence<kAlphaCount>());
     kRuns[cell](src, plane, dst, pixels, constant, premultiply);

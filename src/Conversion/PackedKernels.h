@@ -18,7 +18,7 @@ extern const KernelPair<MatrixKernel> kMatrixKernels;
 
 // The alpha-adding group: `plane` is null or one alpha byte a pixel.
 using AlphaKernel = void (*)(size_t cell, const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels,
-                             AlphaConstant constant, bool premultiply);
+                             AlphaConstant constant, bool premultiply, bool stream);
 
 extern const KernelPair<AlphaKernel> kAlphaKernels;
 

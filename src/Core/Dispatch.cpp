@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <memory>
 
 #if !QUORIN_WITHOUT_LIBDISPATCH
@@ -25,8 +26,13 @@ dispatch_queue_t GlobalQueue() { return dispatch_get_global_queue(DISPATCH_QUEUE
 
 constexpr std::chrono::microseconds kWatchBeforeSleeping{100};
 
-// What the caller of one parallel call shares with its workers. Indices are
-// taken in order by whichever thread asks first. The caller keeps taking them
+// What the caller of one parallel call shares with its workers. The caller
+// takes indices from the front, its workers from the back, so that a call
+// repeated on the same image gives each thread the same part each time and
+// finds it still in that processor's cache (taking them in turns from one
+// counter let a quick worker take index 0 as often as the caller did, and
+// moving half an image of L2-sized data between processors cost more than a
+// call just above the parallel threshold). The caller keeps taking them
 // rather than sleeping once it has woken the workers: a caller that sleeps
 // lets Linux queue the workers on its own processor while another idles (for
 // up to a scheduler tick), and a worker that wakes late (20-40 µs is usual,
@@ -40,15 +46,34 @@ constexpr std::chrono::microseconds kWatchBeforeSleeping{100};
 // other threads do not slow each other's counters.
 struct alignas(64) SharedRun {
     std::atomic<uint32_t> holders{0};  // 0: free; else the caller and the workers not yet done with it
-    std::atomic<size_t> next{0};
+    // The indices not yet taken: [front, back), front in the low half.
+    std::atomic<uint64_t> untaken{0};
     std::atomic<size_t> finished{0};
     size_t count = 0;
     void* context = nullptr;
     detail::ApplyFunction function = nullptr;
 
-    void runUntilNoneLeft() {
-        for (size_t i = next.fetch_add(1, std::memory_order_relaxed); i < count;
-             i = next.fetch_add(1, std::memory_order_relaxed)) {
+    // Calls that can use a record: their indices fit the halves of `untaken`.
+    static bool Fits(size_t tasks) { return static_cast<uint64_t>(tasks) <= UINT32_MAX; }
+    void start(size_t tasks) {
+        untaken.store(static_cast<uint64_t>(tasks) << 32, std::memory_order_relaxed);
+        finished.store(0, std::memory_order_relaxed);
+        count = tasks;
+    }
+    // The next index from the front (the caller) or the back (a worker), or
+    // `count` when none is left.
+    size_t take(bool fromFront) {
+        uint64_t ends = untaken.load(std::memory_order_relaxed);
+        for (;;) {
+            const uint64_t front = ends & UINT32_MAX, back = ends >> 32;
+            if (front >= back) return count;
+            const uint64_t after = fromFront ? ends + 1 : ends - (uint64_t{1} << 32);
+            if (untaken.compare_exchange_weak(ends, after, std::memory_order_relaxed))
+                return static_cast<size_t>(fromFront ? front : back - 1);
+        }
+    }
+    void runUntilNoneLeft(bool fromFront) {
+        for (size_t i = take(fromFront); i < count; i = take(fromFront)) {
             function(context, i);
             if (finished.fetch_add(1, std::memory_order_acq_rel) + 1 == count) finished.notify_all();
         }
@@ -84,11 +109,76 @@ SharedRun* ClaimSharedRun(uint32_t holders) {
     return nullptr;
 }
 
-void WorkerEntry(void* shared) {
+void RunAsWorker(SharedRun* run) {
     if (void (*hook)() = gWorkerStartHook.load(std::memory_order_acquire)) hook();
-    auto* run = static_cast<SharedRun*>(shared);
-    run->runUntilNoneLeft();
+    run->runUntilNoneLeft(/*fromFront=*/false);
     run->release();
+}
+
+// A worker that has run its share stays on for a moment, watching a mailbox
+// for the next call's share, before it goes back to libdispatch. Calls made
+// in quick succession (a loop over images or rows, a pipeline of steps) then
+// hand their share to a worker that is already awake with one atomic
+// exchange, instead of waking a sleeping thread: that costs the caller 1-2 µs
+// of system call and the worker 20-40 µs of scheduling, more than a whole
+// call just above the parallel threshold takes on one thread. The watch is
+// short, so a worker never keeps a processor long from anything else.
+constexpr std::chrono::microseconds kLingerAfterRun{100};
+
+// Mailbox states: nobody watching, a worker watching, or (any other value)
+// the SharedRun handed to the watching worker, which owns the box until it
+// marks itself watching again.
+constexpr uintptr_t kNobodyWatching = 0, kWatching = 1;
+struct alignas(64) Mailbox {
+    std::atomic<uintptr_t> state{kNobodyWatching};
+};
+// Workers that can watch at once; one more goes straight back to libdispatch.
+Mailbox gMailboxes[8];
+
+void RelaxWhileSpinning() {
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__) || defined(__arm__)
+    asm volatile("yield");
+#endif
+}
+
+void Linger(Mailbox& box) {
+    auto giveUp = std::chrono::steady_clock::now() + kLingerAfterRun;
+    for (unsigned n = 1;; ++n) {
+        uintptr_t state = box.state.load(std::memory_order_acquire);
+        if (state == kWatching) {
+            RelaxWhileSpinning();
+            if (n % 64 != 0 || std::chrono::steady_clock::now() < giveUp) continue;
+            // Leave, unless a caller handed over a share in the meantime.
+            if (box.state.compare_exchange_strong(state, kNobodyWatching, std::memory_order_acq_rel)) return;
+        }
+        RunAsWorker(reinterpret_cast<SharedRun*>(state));
+        box.state.store(kWatching, std::memory_order_release);
+        giveUp = std::chrono::steady_clock::now() + kLingerAfterRun;
+    }
+}
+
+void WorkerEntry(void* shared) {
+    RunAsWorker(static_cast<SharedRun*>(shared));
+    for (Mailbox& box : gMailboxes) {
+        uintptr_t nobody = kNobodyWatching;
+        if (box.state.compare_exchange_strong(nobody, kWatching, std::memory_order_acq_rel)) {
+            Linger(box);
+            return;
+        }
+    }
+}
+
+// Hands `run` to a worker watching its mailbox: false when none is.
+bool HandToWatchingWorker(SharedRun* run) {
+    for (Mailbox& box : gMailboxes) {
+        uintptr_t watching = kWatching;
+        if (box.state.load(std::memory_order_relaxed) == kWatching &&
+            box.state.compare_exchange_strong(watching, reinterpret_cast<uintptr_t>(run), std::memory_order_acq_rel))
+            return true;
+    }
+    return false;
 }
 #endif  // !QUORIN_WITHOUT_LIBDISPATCH
 
@@ -138,20 +228,19 @@ bool RunShared(size_t tasks, void* context, ApplyFunction function, Submission s
     // safe, since each submission keeps it alive until it has run.
     dispatch_group_t group = nullptr;
     if (submission == Submission::Group && workers != 0 && (group = dispatch_group_create()) == nullptr) return false;
-    SharedRun* run = workers != 0 ? ClaimSharedRun(static_cast<uint32_t>(workers + 1)) : nullptr;
+    SharedRun* run = workers != 0 && SharedRun::Fits(tasks) ? ClaimSharedRun(static_cast<uint32_t>(workers + 1)) : nullptr;
     if (run == nullptr) {
         for (size_t i = 0; i < tasks; ++i) function(context, i);
     } else {
-        run->next.store(0, std::memory_order_relaxed);
-        run->finished.store(0, std::memory_order_relaxed);
-        run->count = tasks;
+        run->start(tasks);
         run->context = context;
         run->function = function;
         for (size_t w = 0; w < workers; ++w) {
+            if (HandToWatchingWorker(run)) continue;
             if (group != nullptr) dispatch_group_async_f(group, GlobalQueue(), run, WorkerEntry);
             else dispatch_async_f(GlobalQueue(), run, WorkerEntry);
         }
-        run->runUntilNoneLeft();
+        run->runUntilNoneLeft(/*fromFront=*/true);
         run->waitForAll();
         run->release();
     }

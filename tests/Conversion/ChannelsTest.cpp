@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include "Conversion/ChannelMembers.h"
@@ -210,11 +211,15 @@ TEST(Channels, PlanarOverwriteWritesWholeElementsUpToRowBytes) {
 
 TEST(Channels, CopyMovesWidthBytesOfEachRowWhateverThePixelSize) {
     const Member& m = Named("QuorinCopyBuffer");
+    for (const bool streamed : {false, true})  // streaming stores start at a vector boundary
     for (const size_t size : {size_t{10}, size_t{300}}) {
+        std::optional<StreamingForced> forced;
+        if (streamed) forced.emplace();
         GuardedImage src(size, size, 4, 3), dest(size, size, 4, 2, 1);
         src.fillRandom(5);
         dest.fillBytes(0x3C);
         for (const Quorin_Flags flags : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_SingleThreaded}}) {
+            SCOPED_TRACE(testing::Message() << "size " << size << " flags " << flags << (streamed ? " streamed" : ""));
             ASSERT_EQ(m.run({src.record(), dest.record(), nullptr, 0, 4, flags}), kQuorinSuccess);
             EXPECT_EQ(dest.damagedGuard(), "");
             for (size_t y = 0; y < size; ++y) {
@@ -356,9 +361,15 @@ TEST(Channels, ExtractWritesItsCountOfSamplesPerRowUnderEveryKernel) {
         std::vector<uint8_t> source(rows * srcRowBytes);
         Random random(8);
         for (uint8_t& b : source) b = static_cast<uint8_t>(random.next());
+        // Large destinations are written with streaming stores, which start
+        // at a vector boundary: the second round forces them at every size.
+        for (const bool streamed : {false, true})
         for (const size_t destRowBytes : {width * e, width * e + 1, width * e + e, width * e + 77, srcRowBytes}) {
+            std::optional<StreamingForced> forced;
+            if (streamed) forced.emplace();
             for (int channel = 0; channel < 4; ++channel) {
-                SCOPED_TRACE(testing::Message() << "rowBytes " << destRowBytes << " channel " << channel);
+                SCOPED_TRACE(testing::Message() << "rowBytes " << destRowBytes << " channel " << channel
+                                                << (streamed ? " streamed" : ""));
                 const size_t count = (destRowBytes + pb - 1) / pb;
                 // The last row's last sample read must lie inside the source.
                 const bool fits = (rows - 1) * srcRowBytes + (count - 1) * pb + (channel + 1) * e <= source.size();

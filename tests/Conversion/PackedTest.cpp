@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 #include "Conversion/PackedMembers.h"
@@ -126,8 +127,12 @@ void ExpectConverted(const MatrixMember& m, const GuardedImage& src, const uint8
 TEST(PackedMatrix, EveryCellGivesTheTableUnderEveryKernelAndSplit) {
     for (const MatrixMember& m : packed::kMatrixMembers) {
         SCOPED_TRACE(m.name);
-        // Rows of each its own length: row by row (one run is proved below).
+        // Rows of each its own length: row by row (one run is proved below);
+        // the second round with streaming stores, which start at a vector boundary.
+        for (const bool streamed : {false, true})
         for (const size_t padding : {size_t{6}}) {
+            std::optional<StreamingForced> forced;
+            if (streamed) forced.emplace();
             const GuardedImage src = Source(m.from, padding, 2);
             ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
                 GuardedImage dest(kWidth, kHeight, m.to.pixelBytes(), padding + 1, 1);
@@ -277,7 +282,10 @@ TEST(PackedAlpha, EveryMemberGivesTheRulesUnderEveryKernelAndSplit) {
         GuardedImage plane(kWidth, kHeight, 1, 2, 3);
         for (size_t i = 0; i < kWidth * kHeight; ++i) plane.row(i / kWidth)[i % kWidth] = static_cast<uint8_t>(i >> 8);
         const bool floats = m.to.sample == SampleKind::F32;
+        for (const bool streamed : {false, true})  // streaming stores start at a vector boundary
         for (const bool withPlane : {true, false}) {
+            std::optional<StreamingForced> forced;
+            if (streamed) forced.emplace();
             for (const int premultiply : {0, 1, 2}) {
                 if (!m.takesPlane() && (withPlane || premultiply != 0)) continue;
                 // Padded rows for one switch, one run for the others.

@@ -279,6 +279,26 @@ TEST(Dispatch, ParallelApplyRunsEachIndexOnceAndReturnsAfterTheLast) {
     }
 }
 
+// Calls in quick succession hand their shares to the workers still awake
+// from the call before, from several calling threads at once: every index
+// still runs exactly once, and before its own call returns.
+TEST(Dispatch, BackToBackCallsFromSeveralThreadsRunEachIndexOnce) {
+    constexpr size_t kCalls = 3000;
+    std::atomic<size_t> faults{0};
+    auto caller = [&faults](size_t seed) {
+        for (size_t c = 0; c < kCalls; ++c) {
+            std::vector<std::atomic<int>> runs(2 + (c + seed) % 3);
+            ParallelApply(runs.size(), [&runs](size_t i) { runs[i].fetch_add(1); });
+            for (auto& r : runs)
+                if (r.load() != 1) faults.fetch_add(1);
+        }
+    };
+    std::vector<std::thread> callers;
+    for (size_t t = 0; t < 3; ++t) callers.emplace_back(caller, t);
+    for (auto& t : callers) t.join();
+    EXPECT_EQ(faults.load(), 0u);
+}
+
 // Keeps every worker of the global queue from taking an index until released.
 class HeldWorkers {
 public:
