@@ -4,8 +4,8 @@ the same arrays, and the binding's own cost against a call from C.
 Usage: python bench.py [--size N] [--repeats R] [--ccall PATH]
 
 Each row's figures are medians of R runs (each the best of three calls),
-the libraries interleaved run by run so that a slow spell of a shared
-machine does not fall on one alone.
+the libraries interleaved run by run, each run starting with a different
+one, so that a slow spell of a shared machine does not fall on one alone.
 "ratio" is the peer's time over the package's (above 1: the package is
 faster): single-threaded against Pillow, which has one thread, and with the
 library's default split against cv2 and pyvips, which use every core."""
@@ -106,8 +106,11 @@ def run_rows(rows, repeats: int) -> List[str]:
         for fn in ways.values():
             fn()  # warm up: first-touch allocations, lazy imports
         times: Dict[str, List[float]] = {w: [] for w in ways}
-        for _ in range(repeats):
-            for way, fn in ways.items():
+        order = list(ways.items())
+        for run in range(repeats):
+            # Each way in turn first: whoever follows another's allocations
+            # and threads is not always the same one.
+            for way, fn in order[run % len(order):] + order[:run % len(order)]:
                 times[way].append(min(seconds(fn) for _ in range(3)))
         median = {w: statistics.median(t) for w, t in times.items()}
         megapixels = SIZE * SIZE / 1e6

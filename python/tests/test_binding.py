@@ -98,7 +98,7 @@ def test_channel_operations_against_numpy():
     np.testing.assert_array_equal(quorin.permute_channels(img, order=[3, 0, 2, 1]), img[..., [3, 0, 2, 1]])
     for c in range(4):
         np.testing.assert_array_equal(quorin.extract_channel(img, channel=c), img[..., c])
-    plane = np.zeros((9, 13), np.uint8)  # rows shorter than the walk's: filled whole all the same
+    plane = np.zeros((9, 13), np.uint8)
     assert quorin.extract_channel(img, channel=3, out=plane) is plane
     np.testing.assert_array_equal(plane, img[..., 3])
     filled = quorin.fill(color=[1, 2, 3, 4], size=(3, 5), format="ARGB8888")
@@ -112,6 +112,49 @@ def test_channel_operations_against_numpy():
     np.testing.assert_array_equal(clipped, np.where(np.isnan(f), f, np.clip(f, -1, 1)))
     pixel = quorin.overwrite_channels_with_pixel(img.astype(np.uint16), pixel=[7, 8, 9, 10], mask=0x1)
     assert (pixel[..., 3] == 10).all() and (pixel[..., :3] == img[..., :3]).all()
+
+
+@pytest.mark.parametrize("fmt,dtype", [("ARGB8888", np.uint8), ("ARGB16U", np.uint16), ("ARGBFFFF", np.float32)])
+def test_extract_tiles_a_tight_plane_and_writes_nothing_else(fmt, dtype):
+    # Every height up to twice the rows a call skips, so that each of the
+    # interleaved calls has from zero to two rows and a last row at each seam.
+    for height in range(1, 10):
+        for width in (1, 2, 5):
+            padded = rng.integers(0, 65536, (height, width + 3, 4)).astype(dtype)
+            # Rows longer than the image (every n-th row a call), and rows
+            # that follow each other (one call over all of them).
+            for img, c in [(padded[:, 1:width + 1], c) for c in range(4)] + \
+                          [(np.ascontiguousarray(padded[:, :width]), c) for c in range(4)]:
+                plane = quorin.extract_channel(img, channel=c, format=fmt)
+                assert plane.flags.c_contiguous and plane.shape == (height, width)
+                np.testing.assert_array_equal(plane, img[..., c])
+                guarded = np.full(height * width + 8, 99, dtype)
+                out = guarded[4:-4].reshape(height, width)
+                quorin.extract_channel(img, channel=c, format=fmt, out=out)
+                np.testing.assert_array_equal(out, img[..., c])
+                assert (guarded[:4] == 99).all() and (guarded[-4:] == 99).all()
+                wide = np.full((height, width + 2), 99, dtype)  # padded out rows: the padding is kept
+                quorin.extract_channel(img, channel=c, format=fmt, out=wide[:, :width])
+                np.testing.assert_array_equal(wide[:, :width], img[..., c])
+                assert (wide[:, width:] == 99).all()
+
+
+@pytest.mark.skipif(not hasattr(quorin, "box_blur"), reason="no box blur member in this build")
+def test_scratch_memory_is_checked_against_the_members_query():
+    img = rng.integers(0, 256, (20, 30, 4), dtype=np.uint8)
+    expect = quorin.box_blur(img, size=5)
+    asked = []
+    scratch = np.full(20 * 30 * 4 + 1, 7, np.uint8)
+    got = quorin.box_blur(img, size=5, temp_buffer=lambda n: asked.append(n) or scratch[:n])
+    assert asked == [20 * 30 * 4] and got.tobytes() == expect.tobytes() and scratch[-1] == 7
+    out = np.zeros_like(img)
+    with pytest.raises(quorin.UsageError, match="temp_buffer holds 2399 bytes, the call needs 2400"):
+        quorin.box_blur(img, size=5, out=out, temp_buffer=scratch[:2399])
+    with pytest.raises(quorin.UsageError, match="writable C-contiguous"):
+        quorin.box_blur(img, size=5, out=out, temp_buffer=scratch[::2])
+    assert not out.any()  # refused before the call
+    with pytest.raises(quorin.BadArgumentError):  # the query's own refusal: a kernel larger than the image
+        quorin.box_blur(img, size=(21, 3), temp_buffer=scratch)
 
 
 def test_bad_input_is_refused_before_the_call():

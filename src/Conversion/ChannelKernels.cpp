@@ -2,7 +2,9 @@
 // 2, 4 or 16 bytes is repeated through every 128-bit block, so a vector that
 // starts on a pixel boundary holds whole pixels in the pattern's phase; the
 // core row loop starts every step on one and runs the ends on padded copies.
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Conversion/ChannelKernels.cpp"
@@ -40,6 +42,18 @@ struct PermuteBody {
     Bytes operator()(const uint8_t* src) const { return hn::TableLookupBytes(hn::LoadU(D8(), src), order); }
 };
 
+// Vector steps load whole pixels, so they stop before the last element,
+// whose pixel may end past the buffer (the walk reads only up to the
+// channel); the rule takes it and any other rest.
+template <class D, class T, class Step>
+void ExtractAllButLast(D d, const T* src, T* dst, size_t count, size_t channel, bool stream, const Step& step) {
+    if (count == 0) return;
+    StoreRun(d, stream, dst, count - 1, sizeof(T), hn::Lanes(d), step, [&](size_t first, size_t n) {
+        channels::ExtractElements(src + 4 * first, dst + first, n, channel);
+    });
+    channels::ExtractElements(src + 4 * (count - 1), dst + count - 1, 1, channel);
+}
+
 // 8- and 16-bit channels: each pixel is one lane of the unsigned type four
 // times as wide. Shifting the channel to the low bits of its lane and
 // keeping the even halves twice packs four vectors of pixels into one vector
@@ -60,26 +74,26 @@ void ExtractPackedSteps(const T* src, T* dst, size_t count, size_t channel, bool
         const auto first = hn::ConcatEven(dh, low(1), low(0)), second = hn::ConcatEven(dh, low(3), low(2));
         store(hn::ConcatEven(d, hn::BitCast(d, second), hn::BitCast(d, first)), dst + k);
     };
-    StoreRun(d, stream, dst, count, sizeof(T), hn::Lanes(d), step, [&](size_t first, size_t n) {
-        channels::ExtractElements(src + 4 * first, dst + first, n, channel);
-    });
+    ExtractAllButLast(d, src, dst, count, channel, stream, step);
 }
 
-// Whole steps of interleaved loads over all but the last element, the rest
-// one by one.
+// 32-bit channels: keeping the even or odd lanes of two vectors of pixels
+// halves them to the channel pairs (0, 2) or (1, 3), and once more to the
+// channel, three shuffles for four vectors. The samples move as bits.
 template <class T>
-void ExtractSteps(const T* src, T* dst, size_t count, size_t channel, bool stream) {
-    if (count == 0) return;
+void ExtractWideSteps(const T* src, T* dst, size_t count, size_t channel, bool stream) {
     const hn::ScalableTag<T> d;
+    const hn::RebindToUnsigned<decltype(d)> du;
+    const size_t lanes = hn::Lanes(d);
+    const auto keep = [du](bool odd, auto hi, auto lo) { return odd ? hn::ConcatOdd(du, hi, lo) : hn::ConcatEven(du, hi, lo); };
+    const bool oddChannel = channel & 1, upperPair = channel >> 1;
     auto step = [&](size_t k, auto store) {
-        hn::Vec<decltype(d)> v[4];
-        hn::LoadInterleaved4(d, src + 4 * k, v[0], v[1], v[2], v[3]);
-        store(v[channel], dst + k);
+        const T* from = src + 4 * k;
+        auto load = [&](size_t i) { return hn::BitCast(du, hn::LoadU(d, from + i * lanes)); };
+        const auto first = keep(oddChannel, load(1), load(0)), second = keep(oddChannel, load(3), load(2));
+        store(hn::BitCast(d, keep(upperPair, second, first)), dst + k);
     };
-    StoreRun(d, stream, dst, count - 1, sizeof(T), hn::Lanes(d), step, [&](size_t first, size_t n) {
-        channels::ExtractElements(src + 4 * first, dst + first, n, channel);
-    });
-    channels::ExtractElements(src + 4 * (count - 1), dst + count - 1, 1, channel);
+    ExtractAllButLast(d, src, dst, count, channel, stream, step);
 }
 
 struct SelectTwoBody {
@@ -186,18 +200,28 @@ void PermuteBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, const ui
 }
 
 // The library's own copy only to stream: a row copy that stays in the
-// caches is the C library's to do, and it does it better.
-void CopyBytesVector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
+// caches is the C library's to do, and it does it better. The rows'
+// streaming stores are fenced once, after the last row.
+void CopyRowsVector(const uint8_t* src, size_t srcRowBytes, uint8_t* dst, size_t dstRowBytes, size_t bytes,
+                    size_t rows, bool stream) {
 #if HWY_TARGET != HWY_SCALAR
     if (stream) {
         const D8 d;
-        auto step = [&](size_t k, auto store) { store(hn::LoadU(d, src + k), dst + k); };
-        StoreRun(d, true, dst, bytes, 1, hn::Lanes(d), step,
-                 [&](size_t first, size_t n) { channels::CopyBytes(src + first, dst + first, n, false); });
+        const size_t lanes = hn::Lanes(d);
+        for (size_t r = 0; r < rows; ++r) {
+            const uint8_t* from = src + r * srcRowBytes;
+            uint8_t* to = dst + r * dstRowBytes;
+            const size_t head = std::min(bytes, (lanes - reinterpret_cast<uintptr_t>(to) % lanes) % lanes);
+            std::memcpy(to, from, head);
+            size_t k = head;
+            for (; k + lanes <= bytes; k += lanes) hn::Stream(hn::LoadU(d, from + k), d, to + k);
+            std::memcpy(to + k, from + k, bytes - k);
+        }
+        hwy::FlushStream();
         return;
     }
 #endif
-    channels::CopyBytes(src, dst, bytes, stream);
+    channels::CopyRows(src, srcRowBytes, dst, dstRowBytes, bytes, rows, stream);
 }
 
 template <class T>
@@ -208,7 +232,7 @@ void Extract(const T* src, T* dst, size_t count, size_t channel, bool stream) {
     if constexpr (sizeof(T) < 4) {
         ExtractPackedSteps<T>(src, dst, count, channel, stream);
     } else {
-        ExtractSteps<T>(src, dst, count, channel, stream);
+        ExtractWideSteps<T>(src, dst, count, channel, stream);
     }
 #endif
 }
@@ -277,7 +301,7 @@ HWY_EXPORT(FillBytesVector);
 HWY_EXPORT(SelectBytesVector);
 HWY_EXPORT(ClipFloatsVector);
 HWY_EXPORT(PermuteBytesVector);
-HWY_EXPORT(CopyBytesVector);
+HWY_EXPORT(CopyRowsVector);
 HWY_EXPORT(ExtractBytesVector);
 HWY_EXPORT(ExtractWordsVector);
 HWY_EXPORT(ExtractFloatsVector);
@@ -290,7 +314,7 @@ const KernelPair<FillKernel> kFillKernels{&FillBytes, HWY_DISPATCH_TABLE(FillByt
 const KernelPair<SelectKernel> kSelectKernels{&SelectBytes, HWY_DISPATCH_TABLE(SelectBytesVector)};
 const KernelPair<ClipKernel> kClipKernels{&ClipFloats, HWY_DISPATCH_TABLE(ClipFloatsVector)};
 const KernelPair<PermuteKernel> kPermuteKernels{&PermuteBytes, HWY_DISPATCH_TABLE(PermuteBytesVector)};
-const KernelPair<CopyKernel> kCopyKernels{&CopyBytes, HWY_DISPATCH_TABLE(CopyBytesVector)};
+const KernelPair<CopyKernel> kCopyKernels{&CopyRows, HWY_DISPATCH_TABLE(CopyRowsVector)};
 const KernelPair<ExtractKernel<uint8_t>> kExtract8Kernels{&ExtractElements<uint8_t>,
                                                           HWY_DISPATCH_TABLE(ExtractBytesVector)};
 const KernelPair<ExtractKernel<uint16_t>> kExtract16Kernels{&ExtractElements<uint16_t>,

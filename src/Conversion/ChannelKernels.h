@@ -19,8 +19,9 @@ using PermuteKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, c
 template <class T>
 using ExtractKernel = void (*)(const T* src, T* dst, size_t count, size_t channel, bool stream);
 using ClipKernel = void (*)(const float* src, float* dst, size_t count, float upper, float lower, bool stream);
-// Copies `bytes` bytes between rows that do not overlap.
-using CopyKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream);
+// Copies `bytes` bytes of each of `rows` rows between buffers that do not overlap.
+using CopyKernel = void (*)(const uint8_t* src, size_t srcRowBytes, uint8_t* dst, size_t dstRowBytes, size_t bytes,
+                            size_t rows, bool stream);
 
 using SelectTwoKernel = void (*)(const uint8_t* a, const uint8_t* b, uint8_t* dst, size_t bytes, const uint8_t* mask,
                                  size_t pixelBytes, bool stream);

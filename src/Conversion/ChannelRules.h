@@ -80,8 +80,9 @@ void ExtractElements(const T* src, T* dst, size_t count, size_t channel, bool /*
     for (size_t k = 0; k < count; ++k) StoreElement(dst + k, LoadElement(src + 4 * k + channel));
 }
 
-inline void CopyBytes(const uint8_t* src, uint8_t* dst, size_t bytes, bool /*stream*/) {
-    std::memcpy(dst, src, bytes);
+inline void CopyRows(const uint8_t* src, size_t srcRowBytes, uint8_t* dst, size_t dstRowBytes, size_t bytes,
+                     size_t rows, bool /*stream*/) {
+    for (size_t r = 0; r < rows; ++r) std::memcpy(dst + r * dstRowBytes, src + r * srcRowBytes, bytes);
 }
 
 // Below the lower bound gives the lower bound, else above the upper bound

@@ -103,13 +103,18 @@ Quorin_Error RunCopy(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_t
     const size_t srcRowBytes = src->rowBytes, destRowBytes = dest->rowBytes;
     const CopyKernel chosen = kCopyKernels.choose();
     const bool stream = WantsStreaming(dest->height * dest->width);
+    // A piece whose rows overlap nowhere is one kernel call (its streaming
+    // stores fenced once); rows that overlap keep the row order of memmove.
     const auto piece = [=](size_t x, size_t y, size_t w, size_t h) {
-        for (size_t r = y; r < y + h; ++r) {
-            const uint8_t* s = from + r * srcRowBytes + x * pixelSize;
-            uint8_t* d = to + r * destRowBytes + x * pixelSize;
-            if (Overlap(s, d, w)) std::memmove(d, s, w);
-            else chosen(s, d, w, stream);
+        const uint8_t* s = from + y * srcRowBytes + x * pixelSize;
+        uint8_t* d = to + y * destRowBytes + x * pixelSize;
+        if (h == 0 || w == 0) return;
+        const size_t spanned = (h - 1) * std::max(srcRowBytes, destRowBytes) + w;
+        if (!Overlap(s, d, spanned)) {
+            chosen(s, srcRowBytes, d, destRowBytes, w, h, stream);
+            return;
         }
+        for (size_t r = 0; r < h; ++r) std::memmove(d + r * destRowBytes, s + r * srcRowBytes, w);
     };
     RunRows(flags, dest->width, dest->height, piece);
     return kQuorinSuccess;

@@ -230,6 +230,33 @@ TEST(Channels, CopyMovesWidthBytesOfEachRowWhateverThePixelSize) {
     }
 }
 
+// Rows without padding in both buffers are copied as one run, whole or in
+// the split's bands, streamed or not; the bytes are the row copy's.
+TEST(Channels, CopyOfRowsWithoutPaddingIsTheRowCopy) {
+    const Member& m = Named("QuorinCopyBuffer");
+    for (const bool streamed : {false, true}) {
+        std::optional<StreamingForced> forced;
+        if (streamed) forced.emplace();
+        for (const size_t size : {size_t{7}, size_t{301}}) {
+            std::vector<uint8_t> from(size * size + 64), to(size * size + 64, 0xEE);
+            Random random(3);
+            for (uint8_t& b : from) b = static_cast<uint8_t>(random.next());
+            for (const size_t shift : {size_t{0}, size_t{5}}) {  // dest on and off a vector boundary
+                const Quorin_Buffer src{from.data() + 1, size, size, size}, dest{to.data() + shift, size, size, size};
+                for (const Quorin_Flags flags : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_SingleThreaded}}) {
+                    std::fill(to.begin(), to.end(), 0xEE);
+                    ASSERT_EQ(m.run({&src, &dest, nullptr, 0, 1, flags}), kQuorinSuccess);
+                    for (size_t k = 0; k < to.size(); ++k) {
+                        const bool inside = k >= shift && k < shift + size * size;
+                        ASSERT_EQ(to[k], inside ? from[1 + k - shift] : 0xEE)
+                            << "byte " << k << " size " << size << " shift " << shift << (streamed ? " streamed" : "");
+                    }
+                }
+            }
+        }
+    }
+}
+
 // The copy reads width bytes a row, so a source is held only to those.
 TEST(Channels, CopyRefusesOnlySourcesTooShortForTheBytesItReads) {
     const Member& m = Named("QuorinCopyBuffer");
@@ -409,6 +436,39 @@ TEST(Channels, ExtractWritesItsCountOfSamplesPerRowUnderEveryKernel) {
         const Quorin_Buffer noRows{out.data(), 0, width, width * e};
         EXPECT_EQ(m.run({&src, &noRows, nullptr, 0, 0, 0, 0}), kQuorinSuccess);
         EXPECT_EQ(out, std::vector<uint8_t>(out.size(), 0xEE));
+    }
+}
+
+// A walk whose last sample ends its source: the source stops at that
+// sample, against a protected page, with a count that whole vector steps
+// divide, so a step that loaded the last pixel whole would fault.
+TEST(Channels, ExtractReadsNoFurtherThanItsLastSample) {
+    for (const char* name : {"QuorinExtractChannel_ARGB8888", "QuorinExtractChannel_ARGB16U",
+                             "QuorinExtractChannel_ARGBFFFF"}) {
+        const Member& m = Named(name);
+        const size_t e = m.format.sampleBytes(), pb = m.format.pixelBytes();
+        const size_t count = 128, rows = 3, srcRowBytes = count * pb + 8;
+        for (int channel = 0; channel < 3; ++channel) {
+            SCOPED_TRACE(testing::Message() << name << " channel " << channel);
+            const size_t rowRead = (count - 1) * pb + (channel + 1) * e;
+            const size_t extent = (rows - 1) * srcRowBytes + rowRead;
+            GuardedImage source(rowRead, rows, 1, srcRowBytes - rowRead, (64 - extent % 64) % 64);
+            source.fillRandom(11);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                // Rows of count pixels' bytes take count samples each.
+                const size_t destRowBytes = count * pb;
+                std::vector<uint8_t> out(rows * destRowBytes, 0xEE);
+                const Quorin_Buffer src{source.row(0), rows, count, srcRowBytes};
+                const Quorin_Buffer dest{out.data(), rows, count, destRowBytes};
+                EXPECT_EQ(m.run({&src, &dest, nullptr, 0, 0, flags, channel}), kQuorinSuccess);
+                for (size_t y = 0; y < rows; ++y)
+                    for (size_t k = 0; k < destRowBytes; ++k) {
+                        const uint8_t want = k < count * e ? source.row(y)[k / e * pb + channel * e + k % e] : 0xEE;
+                        if (out[y * destRowBytes + k] != want) ADD_FAILURE() << "row " << y << " byte " << k;
+                    }
+                return out;
+            }, KernelVariants());
+        }
     }
 }
 

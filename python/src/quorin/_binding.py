@@ -17,6 +17,7 @@ from ._lowlevel import ffi, lib
 from .errors import FormatError, UsageError, error_for
 
 SINGLE_THREADED = _lowlevel.constant("kQuorinFlag_SingleThreaded")
+QUERY_TEMP_SIZE = _lowlevel.constant("kQuorinFlag_QueryTempSize")
 
 
 @dataclass(frozen=True)
@@ -239,7 +240,7 @@ def _as_list(arrays: ArrayOrPlanes, count: int, what: str) -> List[Optional[np.n
 
 def run(p: Plan, sources: ArrayOrPlanes, out: Optional[ArrayOrPlanes] = None,
         size: Optional[Tuple[int, int]] = None, in_place: bool = True, flags: int = 0,
-        dest_row_bytes: Optional[int] = None, **params: Any) -> Any:
+        **params: Any) -> Any:
     """Calls p's member: sources in its parameter order (None for a plane it
     may go without), out allocated when None (one array; several planes as
     one (planes, height, width) array), size the destination size when it
@@ -271,11 +272,7 @@ def run(p: Plan, sources: ArrayOrPlanes, out: Optional[ArrayOrPlanes] = None,
     count = len(p.dests)
     if out is None:
         if count == 1:
-            if dest_row_bytes is None:
-                outs = [np.empty(fmt.shape(out_height, out_width), fmt.dtype)]
-            else:
-                storage = np.empty((out_height, dest_row_bytes // fmt.dtype.itemsize), fmt.dtype)
-                outs = [storage[:, :out_width * fmt.channels].reshape(fmt.shape(out_height, out_width))]
+            outs = [np.empty(fmt.shape(out_height, out_width), fmt.dtype)]
             result = outs[0]
         else:
             result = np.empty((count, out_height, out_width) + fmt.shape(1, 1)[2:], fmt.dtype)
@@ -290,8 +287,9 @@ def run(p: Plan, sources: ArrayOrPlanes, out: Optional[ArrayOrPlanes] = None,
             raise UsageError(f"out ({name}): size {h}x{w}, expected {out_height}x{out_width}")
         if not in_place and any(s is not None and np.may_share_memory(a, s) for s in srcs):
             raise UsageError(f"out ({name}): {p.name} cannot write over its source")
-        args[index] = buffer(a, h, w, dest_row_bytes if dest_row_bytes is not None and out is None else rb)
+        args[index] = buffer(a, h, w, rb)
     keep: List[Any] = []
+    scratch = None
     for index, param, key in p.scalars:
         if key == "flags":
             args[index] = flags
@@ -302,13 +300,90 @@ def run(p: Plan, sources: ArrayOrPlanes, out: Optional[ArrayOrPlanes] = None,
             value = _DEFAULTS.get(param.name)
         else:
             raise UsageError(f"{p.name} needs the parameter {key!r}")
+        if param.name == "tempBuffer" and value is not None:
+            scratch = (index, value)
+            value = None
         args[index] = _c_value(param, value, keep)
     if params:
         raise UsageError(f"{p.name} takes no parameter {', '.join(map(repr, params))}")
+    if scratch is not None:
+        args[scratch[0]] = _scratch(p, args, scratch[1])
     code = p.function(*args)
     if code < 0:
         raise error_for(p.name, code)
     return result
+
+
+def _scratch(p: Plan, args: List[Any], scratch: Any):
+    """The caller's scratch memory for a member that takes a tempBuffer (an
+    array, or a function giving one for a byte count), once the member's
+    own size query says it is large enough."""
+    flags_index = next(i for i, _, key in p.scalars if key == "flags")
+    query = list(args)
+    query[flags_index] |= QUERY_TEMP_SIZE
+    needed = p.function(*query)
+    if needed < 0:
+        raise error_for(p.name, needed)
+    if callable(scratch):
+        scratch = scratch(needed)
+    if not (isinstance(scratch, np.ndarray) and scratch.flags.c_contiguous and scratch.flags.writeable):
+        raise UsageError(f"{p.name}: temp_buffer must be a writable C-contiguous numpy array")
+    if scratch.nbytes < needed:
+        raise UsageError(f"{p.name}: temp_buffer holds {scratch.nbytes} bytes, the call needs {needed}")
+    return _from_buffer(_BYTES, scratch, False)
+
+
+def run_plane_walk(p: Plan, source: Any, out: Optional[np.ndarray], flags: int, **params: Any) -> np.ndarray:
+    """A plane of source's samples through a member whose dest row gets
+    ceil(rowBytes / pixel bytes) samples from the start of its src row (the
+    extract walk). Rows of dest as long as the source's would give each row
+    its width, but spread the plane over the source's size. With n samples
+    a pixel, n calls each take every n-th row instead: rows of src n rows
+    apart, rows of dest n plane rows apart, so that a dest rowBytes of n x
+    width samples gives exactly width samples a row and the n calls tile a
+    plane with rows of exactly width samples (each record's last row ends
+    inside the plane). A source whose rows follow each other is one row of
+    height x width pixels to the walk: one call, along the memory as it lies
+    (every n-th row at a time leaves the processor's prefetching behind).
+    out must have rows of exactly width samples; it is allocated when None."""
+    src_format, plane = p.source_format, p.dest_format
+    height, width, row_bytes = check_image(source, src_format, "src")
+    if out is None:
+        out = np.empty(plane.shape(height, width), plane.dtype)
+    else:
+        h, w, out_row_bytes = check_image(out, plane, "out", writable=True)
+        if (h, w) != (height, width):
+            raise UsageError(f"out: size {h}x{w}, expected {height}x{width}")
+        if h > 1 and out_row_bytes != width * plane.pixel_bytes:
+            raise UsageError("out: rows must hold exactly the image's width (a C-contiguous plane)")
+    if height == 0 or width == 0:
+        return out
+    step = src_format.pixel_bytes // plane.pixel_bytes
+    if row_bytes == width * src_format.pixel_bytes:
+        height, width, row_bytes = 1, height * width, height * row_bytes
+    (src_index,), (dest_index,) = p.sources, p.dests
+    args: List[Any] = [None] * len(p.member.params)
+    keep: List[Any] = []
+    for index, param, key in p.scalars:
+        if key == "flags":
+            args[index] = flags
+        elif key in params:
+            args[index] = _c_value(param, params.pop(key), keep)
+        else:
+            raise UsageError(f"{p.name} needs the parameter {key!r}")
+    if params:
+        raise UsageError(f"{p.name} takes no parameter {', '.join(map(repr, params))}")
+    src_data = ffi.cast("char *", source.__array_interface__["data"][0])
+    dest_data = ffi.cast("char *", out.__array_interface__["data"][0])
+    plane_row = width * plane.pixel_bytes
+    for first in range(min(step, height)):
+        rows = (height - first + step - 1) // step
+        args[src_index] = _new(_BUFFER_POINTER, (src_data + first * row_bytes, rows, width, step * row_bytes))
+        args[dest_index] = _new(_BUFFER_POINTER, (dest_data + first * plane_row, rows, width, step * plane_row))
+        code = p.function(*args)
+        if code < 0:
+            raise error_for(p.name, code)
+    return out
 
 
 def run_simple(p: Plan, source: Any, out: Optional[np.ndarray], flags: int) -> np.ndarray:

@@ -145,26 +145,25 @@ class Operation:
         if self.tight_dest and out is not None and not _tight(out):
             raise UsageError(f"out: {self.name} writes whole rows up to their end, so out must have "
                              "rows of exactly its width (a C-contiguous array)")
-        row_bytes = None
-        if self.dest_plane and first is not None:
-            # The extract walk fills a row of dest while the source offset is
-            # below dest's rowBytes: rows as long as the source's give width
-            # samples. A caller's plane has shorter rows, so it gets a copy.
-            row_bytes = first.shape[1] * source_format.pixel_bytes
-            if out is not None:
-                result = self(*sources, format=fmt, flags=flags, **params)
-                _binding.check_image(out, plane_of(source_format), "out", writable=True)
+        if self.dest_plane:
+            if len(sources) != 1:
+                raise UsageError(f"{self.name} takes one image, got {len(sources)}")
+            if out is not None and not _tight(out):
+                # The walk fills whole rows of its own length: a plane with
+                # padded rows gets the result through a copy.
+                result = _binding.run_plane_walk(plan, first, None, flags, **params)
+                _binding.check_image(out, plan.dest_format, "out", writable=True)
                 if out.shape[:2] != result.shape:
                     raise UsageError(f"out: size {out.shape[0]}x{out.shape[1]}, expected "
                                      f"{result.shape[0]}x{result.shape[1]}")
                 out.reshape(result.shape)[...] = result
                 return out
+            return _binding.run_plane_walk(plan, first, out, flags, **params)
         if self.result_param:
             result = params[self.result_param]
             _binding.run(plan, list(sources), None, in_place=True, flags=flags, **params)
             return result
-        return _binding.run(plan, list(sources), out, size=size, in_place=self.in_place, flags=flags, dest_row_bytes=row_bytes,
-                            **params)
+        return _binding.run(plan, list(sources), out, size=size, in_place=self.in_place, flags=flags, **params)
 
 
 _RESOLVED: Dict[Any, Tuple[str, Format, "_binding.Plan", bool]] = {}
@@ -293,7 +292,7 @@ OPERATIONS: Tuple[Operation, ...] = (
     Operation("permute_channels", "PermuteChannels", "Reorders the channels: out channel i is image channel order[i].",
               params=(Param("order", _ints, "four channel positions, such as 3,2,1,0", c_name="permute_map"),),
               by_position=True),
-    Operation("extract_channel", "ExtractChannel", "One channel as a plane (a view of rows as long as the image's).",
+    Operation("extract_channel", "ExtractChannel", "One channel as a plane.",
               params=(Param("channel", int, "the channel position, 0-3", c_name="channel_index"),),
               dest_plane=True, cli=False),
     Operation("overwrite_channels", "OverwriteChannelsWithScalar", "Sets the channels a mask selects (0x8 the first) "
