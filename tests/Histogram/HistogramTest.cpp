@@ -132,7 +132,7 @@ TEST(Histogram, FloatCountsRowsOfEveryWidthWithAndWithoutAlphaUnderEveryKernel) 
     const histogram::Member& m = histogram::kHistogramARGBFFFF;
     for (size_t width = 1; width <= 40; ++width)
         for (const Quorin_Flags skip : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_SkipAlpha}}) {
-            GuardedImage src(width, 3, 16, 16, 2);
+            GuardedImage src(width, 3, 16, 16, 4);
             src.fillRandomFloats(width, -0.5f, 1.5f);
             std::array<std::vector<uint32_t>, 4> expected;
             for (auto& e : expected) e.assign(37, 0);
