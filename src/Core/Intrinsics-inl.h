@@ -35,6 +35,23 @@ HWY_INLINE V AddOneWhere(M mask, V v) {
 #endif
 }
 
+// Float lanes truncated to int32 lanes, for callers whose values are known
+// to lie strictly within the int32 range: the processor's conversion alone,
+// without Highway's correction of out-of-range lanes. Measured on the 8-bit
+// colour matrix's single-precision division, 1024 x 1024 single-threaded on
+// an AVX-512 processor (a loaded machine, processor time, best of fifteen
+// runs in three interleaved rounds): 386 us with the bare conversion
+// against 589 us with Highway's.
+template <class DI, class VF>
+HWY_INLINE hn::VFromD<DI> TruncateInRange(DI di, VF v) {
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    if constexpr (hn::MaxLanes(DI()) == 16) return hn::VFromD<DI>{_mm512_cvttps_epi32(v.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    if constexpr (hn::MaxLanes(DI()) == 8) return hn::VFromD<DI>{_mm256_cvttps_epi32(v.raw)};
+#endif
+    return hn::ConvertTo(di, v);
+}
+
 #if HWY_TARGET != HWY_SCALAR  // needs lane tables; one lane never packs four vectors
 
 // The float-to-8-bit rule's last step for four vectors of its t at once:
@@ -120,6 +137,10 @@ HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytesPortabl
 // an AVX-512 processor (a loaded machine, processor time, best of nine
 // interleaved calls, four runs): 1024 x 1024 in 0.62-0.63 ms with these
 // instructions against 0.70 ms portable (1680 against 1500 megapixels/s).
+// With AVX2 the same on 32-byte vectors: the colour matrix's AVX2 kernel,
+// 4096 x 4096 single-threaded (same conditions, best of fifteen), 6.70 ms
+// with these instructions and the bare conversion above against 8.63 ms
+// with the portable forms of both.
 template <class DI, class VI = hn::VFromD<DI>>
 HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytes(DI di, VI q0, VI q1, VI q2, VI q3) {
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
@@ -128,6 +149,13 @@ HWY_INLINE hn::VFromD<hn::Repartition<uint8_t, DI>> PackClampedPixelBytes(DI di,
         const __m512i transpose =
             _mm512_broadcast_i32x4(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15));
         return hn::VFromD<hn::Repartition<uint8_t, DI>>{_mm512_shuffle_epi8(planar, transpose)};
+    }
+#elif HWY_TARGET == HWY_AVX2
+    if constexpr (hn::MaxLanes(DI()) == 8) {
+        const __m256i planar = _mm256_packus_epi16(_mm256_packs_epi32(q0.raw, q1.raw), _mm256_packs_epi32(q2.raw, q3.raw));
+        const __m256i transpose =
+            _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15));
+        return hn::VFromD<hn::Repartition<uint8_t, DI>>{_mm256_shuffle_epi8(planar, transpose)};
     }
 #endif
     return PackClampedPixelBytesPortable(di, q0, q1, q2, q3);

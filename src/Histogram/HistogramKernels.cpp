@@ -13,7 +13,7 @@
 //
 // Float: the bins of a whole vector of samples (four channels of several
 // pixels) are computed at once with the rule's single-precision steps and
-// saturating conversion, then counted one by one.
+// saturating conversion, then counted one by one a few vectors later.
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -118,22 +118,47 @@ struct BinBody {
 }  // namespace
 #endif
 
-void CountPixelsFVector(const float* pixels, size_t count, const histogram::Binning& b, uint32_t* const counters[4],
-                        unsigned first) {
+// The bins go through a small ring of stored vectors and are counted
+// kDelay vectors after they were stored: read back at once, each narrow
+// load would wait on the wide store still in flight (the processor cannot
+// forward part of it), which cost more than the binning and the counting
+// together.
+template <unsigned kFirst>
+void CountBinnedF(const float* pixels, size_t count, const histogram::Binning& b, uint32_t* const counters[4]) {
     size_t i = 0;
 #if HWY_TARGET != HWY_SCALAR
     const DF df;
     const DU du;
     const size_t lanes = hn::Lanes(df), perVector = lanes / 4;
     const BinBody body{hn::Set(df, b.minVal), hn::Set(df, b.scale), hn::Set(du, b.last)};
-    alignas(HWY_MAX_BYTES) uint32_t bins[HWY_MAX_BYTES / sizeof(uint32_t)];
-    for (; perVector != 0 && i + perVector <= count; i += perVector) {
-        hn::Store(body(hn::LoadU(df, pixels + 4 * i)), du, bins);
-        for (size_t p = 0; p < lanes; p += 4)
-            for (unsigned c = first; c < 4; ++c) ++counters[c][bins[p + c]];
+    constexpr size_t kDelay = 4;
+    alignas(HWY_MAX_BYTES) uint32_t bins[kDelay][HWY_MAX_BYTES / sizeof(uint32_t)];
+    uint32_t* const c0 = counters[0];
+    uint32_t* const c1 = counters[1];
+    uint32_t* const c2 = counters[2];
+    uint32_t* const c3 = counters[3];
+    const auto countVector = [&](const uint32_t* q) {
+        for (size_t p = 0; p < lanes; p += 4) {
+            if constexpr (kFirst == 0) ++c0[q[p]];
+            ++c1[q[p + 1]];
+            ++c2[q[p + 2]];
+            ++c3[q[p + 3]];
+        }
+    };
+    size_t stored = 0;
+    for (; perVector != 0 && i + perVector <= count; i += perVector, ++stored) {
+        if (stored >= kDelay) countVector(bins[stored % kDelay]);
+        hn::Store(body(hn::LoadU(df, pixels + 4 * i)), du, bins[stored % kDelay]);
     }
+    for (size_t k = stored > kDelay ? stored - kDelay : 0; k < stored; ++k) countVector(bins[k % kDelay]);
 #endif
-    histogram::CountPixelsF(pixels + 4 * i, count - i, b, counters, first);
+    histogram::CountPixelsF(pixels + 4 * i, count - i, b, counters, kFirst);
+}
+
+void CountPixelsFVector(const float* pixels, size_t count, const histogram::Binning& b, uint32_t* const counters[4],
+                        unsigned first) {
+    if (first == 0) return CountBinnedF<0>(pixels, count, b, counters);
+    CountBinnedF<1>(pixels, count, b, counters);
 }
 
 }  // namespace quorin::HWY_NAMESPACE

@@ -5,12 +5,20 @@
 // bytes are multiplied alone) and wraps in 32-bit lanes as the rule's does;
 // the division is the call's magic multiply (the high words of even and odd
 // lanes from two widening multiplies), exact for every sum, and the clamp is
-// the saturating narrowing to bytes.
+// the saturating narrowing to bytes. The division is most of the work, so
+// the loop is compiled once per form of it: an arithmetic shift for a
+// positive power of two (1 included); a single-precision multiply by a
+// reciprocal where the divisor and the matrix keep that exact
+// (FloatDivider); else the magic multiply with its correction by n added,
+// subtracted or absent, instead of a multiply by the correction's -1, 0 or 1.
 //
 // Float: one pixel per 128-bit block, each source channel broadcast through
 // its block and multiplied by that channel's row of coefficients, summed in
 // the rule's order with separate multiplies and adds (never fused).
+#include <bit>
+#include <cmath>
 #include <cstdint>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Transform/MatrixKernels.cpp"
@@ -53,28 +61,72 @@ HWY_INLINE VI PairOf(int32_t a, int32_t b) {
     return hn::Set(DI(), static_cast<int32_t>(pair));
 }
 
+// floor(n / divisor) for a positive power-of-two divisor 2^shift.
+struct ShiftDivider {
+    int shift;
+    HWY_INLINE VI operator()(VI n) const { return hn::ShiftRightSame(n, shift); }
+};
+
+// floor(n / divisor) by the call's magic multiply; kAddend is the magic's
+// correction (SignedMagic::addend), so its multiply by n disappears.
+template <int kAddend>
+struct MagicDivider {
+    VI magic;
+    int shift;
+
+    explicit MagicDivider(const matrix::SignedMagic& m)
+        : magic(hn::Set(DI(), m.magic)), shift(static_cast<int>(m.shift)) {}
+
+    HWY_INLINE VI operator()(VI n) const {
+        VI high = MulHighSigned(n, magic);
+        if constexpr (kAddend > 0) high = hn::Add(high, n);
+        if constexpr (kAddend < 0) high = hn::Sub(high, n);
+        return hn::ShiftRightSame(high, shift);
+    }
+};
+
+// floor(n / divisor) in single precision, for divisors 1..kFloatDivisors
+// and sums that cannot leave +-2^24 (so they neither wrap nor lose bits
+// converted). The reciprocal r is 1 / divisor raised by a relative 2^-23
+// to 2^-22, so the product n x r rounded to nearest (relative error under
+// 2^-24) lies in [n / divisor, (n / divisor)(1 + 3e-7)] for n >= 0. A
+// quotient k + f below 256 has f at most 1 - 1 / divisor, and
+// 256 x 3e-7 < 1 / divisor keeps the product below k + 1: truncation gives
+// k. Quotients of 256 or more come out at 256 or more and negative sums at
+// 0 or below, which the clamp makes right.
+constexpr int32_t kFloatDivisors = 8192;
+constexpr int64_t kFloatSums = int64_t{1} << 24;
+
+struct FloatDivider {
+    hn::Vec<DF> reciprocal;
+
+    explicit FloatDivider(int32_t divisor) {
+        const double wanted = (1.0 / divisor) * (1.0 + 0x1p-23);
+        float r = static_cast<float>(wanted);
+        if (static_cast<double>(r) < wanted) r = std::nextafter(r, 1.0f);
+        reciprocal = hn::Set(DF(), r);
+    }
+
+    HWY_INLINE VI operator()(VI n) const {
+        return TruncateInRange(DI(), hn::Mul(hn::ConvertTo(DF(), n), reciprocal));
+    }
+};
+
+// The quotients are rounded down: they differ from the truncated ones only
+// when negative, and the clamp makes both 0.
+template <class Divider>
 struct Multiply8Body {
     // Per destination channel j: (m[j], m[8 + j]) against the even bytes of
     // a pixel, (m[4 + j], m[12 + j]) against the odd ones.
     VI evenPairs[4], oddPairs[4], bias[4];
-    VI magic, addend;
-    int shift;
+    Divider divide;
 
-    explicit Multiply8Body(const matrix::Matrix8& p)
-        : magic(hn::Set(DI(), p.division.magic)),
-          addend(hn::Set(DI(), p.division.addend)),
-          shift(static_cast<int>(p.division.shift)) {
+    Multiply8Body(const matrix::Matrix8& p, const Divider& divider) : divide(divider) {
         for (int j = 0; j < 4; ++j) {
             evenPairs[j] = PairOf(p.m[j], p.m[8 + j]);
             oddPairs[j] = PairOf(p.m[4 + j], p.m[12 + j]);
             bias[j] = hn::Set(DI(), p.bias[j]);
         }
-    }
-
-    // The quotient rounded down: it differs from the truncated one only when
-    // negative, and the clamp makes both 0.
-    HWY_INLINE VI DivideFloor(VI n) const {
-        return hn::ShiftRightSame(hn::Add(MulHighSigned(n, magic), hn::Mul(n, addend)), shift);
     }
 
     Bytes operator()(const uint8_t* src) const {
@@ -96,7 +148,7 @@ struct Multiply8Body {
             VI odds = hn::Zero(di);
             VI sum = hn::ReorderWidenMulAccumulate(di, even, hn::BitCast(d16, evenPairs[j]), hn::Zero(di), odds);
             sum = hn::ReorderWidenMulAccumulate(di, odd, hn::BitCast(d16, oddPairs[j]), sum, odds);
-            q[j] = DivideFloor(hn::Add(hn::RearrangeToOddPlusEven(sum, odds), bias[j]));
+            q[j] = divide(hn::Add(hn::RearrangeToOddPlusEven(sum, odds), bias[j]));
         }
         return PackClampedPixelBytes(di, q[0], q[1], q[2], q[3]);
     }
@@ -129,7 +181,17 @@ void MultiplyPixels8Vector(const uint8_t* src, uint8_t* dst, size_t pixels, cons
 #if HWY_TARGET == HWY_SCALAR
     matrix::MultiplyPixels8(src, dst, pixels, p, stream);
 #else
-    ForEachVector(dst, pixels * 4, 4, stream, Multiply8Body(p), src);
+    const auto run = [&](const auto& divide) {
+        ForEachVector(dst, pixels * 4, 4, stream, Multiply8Body<std::decay_t<decltype(divide)>>(p, divide), src);
+    };
+    const uint32_t d = static_cast<uint32_t>(p.divisor);
+    if (p.divisor > 0 && std::has_single_bit(d)) return run(ShiftDivider{std::countr_zero(d)});
+    if (p.divisor > 0 && p.divisor <= kFloatDivisors && p.SumBound() <= kFloatSums) return run(FloatDivider(p.divisor));
+    switch (p.division.addend) {
+        case 1: return run(MagicDivider<1>(p.division));
+        case -1: return run(MagicDivider<-1>(p.division));
+        default: return run(MagicDivider<0>(p.division));
+    }
 #endif
 }
 

@@ -4,6 +4,7 @@
 // destination channel j.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -77,6 +78,21 @@ struct Matrix8 {
         p.divisor = divisor;
         p.division = SignedMagic::For(divisor);
         return p;
+    }
+
+    // The largest magnitude a channel's sum could reach over all pixels, in
+    // exact arithmetic (no wrapping); a bound, not always reached.
+    int64_t SumBound() const {
+        int64_t bound = 0;
+        for (int j = 0; j < 4; ++j) {
+            int64_t b = post[j] < 0 ? -int64_t{post[j]} : int64_t{post[j]};
+            for (int i = 0; i < 4; ++i) {
+                const int64_t low = int64_t{m[4 * i + j]} * pre[i], high = int64_t{m[4 * i + j]} * (pre[i] + 255);
+                b += std::max(low < 0 ? -low : low, high < 0 ? -high : high);
+            }
+            bound = std::max(bound, b);
+        }
+        return bound;
     }
 };
 

@@ -103,6 +103,85 @@ TEST(MatrixMultiply, EightBitSumsThatWrapAndTheMostNegativeSumUnderEveryKernel) 
         }
 }
 
+// Every quotient boundary from -2 to 257 for each form the division takes
+// (shifts for powers of two, the magic multiply with its correction added,
+// subtracted or absent): a source byte x on channel i with coefficient 1 and
+// a post-bias of divisor x k - 128 puts the sums divisor x k - 128 ..
+// divisor x k + 127 (wrapped) across one row.
+TEST(MatrixMultiply, EightBitQuotientsAtEveryBoundaryForEveryFormOfDivisionUnderEveryKernel) {
+    constexpr int32_t kMin = std::numeric_limits<int32_t>::min();
+    GuardedImage src(256, 1, 4);
+    for (size_t x = 0; x < 256; ++x) std::memset(src.row(0) + 4 * x, static_cast<int>(x), 4);
+    int16_t m[16] = {};
+    for (int i = 0; i < 4; ++i) m[5 * i] = 1;
+    for (const int32_t divisor : {1, 2, 64, 1 << 30, 3, 1000, 8388617, 7, 255, 4093, 5461, 8191, 8193, -1, -3, -7, -1000, kMin})
+        for (const Variant& v : KernelVariants()) {
+            VariantScope scope(v);
+            for (int64_t k = -2; k <= 257; ++k) {
+                const auto wrapped = [&](int64_t offset) {
+                    return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(divisor * k - 128 + offset)));
+                };
+                const int32_t post[4] = {wrapped(0), wrapped(1), wrapped(-1), wrapped(0)};
+                GuardedImage dest(256, 1, 4);
+                ASSERT_EQ(QuorinMatrixMultiply_ARGB8888(src.record(), dest.record(), m, divisor, nullptr, post, 0), 0);
+                for (size_t x = 0; x < 256; ++x)
+                    for (int j = 0; j < 4; ++j)
+                        ASSERT_EQ(dest.row(0)[4 * x + j], Expected8(src.row(0) + 4 * x, m, divisor, nullptr, post, j))
+                            << v.name << " divisor " << divisor << " k " << k << " x " << x;
+            }
+        }
+}
+
+// Every divisor from 1 to 8200 (past the largest that the single-precision
+// division takes), each at every quotient 0..255: source byte x times the
+// divisor, then one less, the divisor less one more, and one more, so the
+// sums are each multiple of the divisor and its neighbours on both sides.
+TEST(MatrixMultiply, EightBitEveryMultipleOfEverySmallDivisorUnderEveryKernel) {
+    GuardedImage src(256, 1, 4);
+    for (size_t x = 0; x < 256; ++x) std::memset(src.row(0) + 4 * x, static_cast<int>(x), 4);
+    for (const Variant& v : KernelVariants()) {
+        VariantScope scope(v);
+        for (int32_t divisor = 1; divisor <= 8200; ++divisor) {
+            int16_t m[16] = {};
+            for (int j = 0; j < 4; ++j) m[j] = static_cast<int16_t>(divisor);
+            const int32_t post[4] = {0, -1, divisor - 1, 1};
+            GuardedImage dest(256, 1, 4);
+            ASSERT_EQ(QuorinMatrixMultiply_ARGB8888(src.record(), dest.record(), m, divisor, nullptr, post, 0), 0);
+            for (size_t x = 0; x < 256; ++x)
+                for (int j = 0; j < 4; ++j)
+                    ASSERT_EQ(dest.row(0)[4 * x + j], Expected8(src.row(0) + 4 * x, m, divisor, nullptr, post, j))
+                        << v.name << " divisor " << divisor << " x " << x << " channel " << j;
+        }
+    }
+}
+
+// Matrices whose sums come as close to +-2^24 as the single-precision
+// division allows (coefficients of +-16384 on every channel), and just
+// beyond it, with divisors about the largest it takes.
+TEST(MatrixMultiply, EightBitLargestSumsUnderEveryKernel) {
+    GuardedImage src(67, 5, 4);
+    src.fillRandom(3);
+    std::memset(src.row(0), 255, 4 * 67);
+    std::memset(src.row(1), 0, 4 * 67);
+    for (const int16_t magnitude : {int16_t{16384}, int16_t{16448}})
+        for (const int32_t divisor : {3, 4093, 8191, 8192, 8193}) {
+            int16_t m[16];
+            for (int k = 0; k < 16; ++k) m[k] = static_cast<int16_t>((k * 7 % 5 < 2 ? -1 : 1) * magnitude);
+            m[0] = m[4] = m[8] = m[12] = magnitude;  // channel 0's sums reach +2^24 - 2^16
+            m[1] = m[5] = m[9] = m[13] = static_cast<int16_t>(-magnitude);  // channel 1's the negative end
+            for (const Variant& v : KernelVariants()) {
+                VariantScope scope(v);
+                GuardedImage dest(67, 5, 4);
+                ASSERT_EQ(QuorinMatrixMultiply_ARGB8888(src.record(), dest.record(), m, divisor, nullptr, nullptr, 0), 0);
+                for (size_t y = 0; y < 5; ++y)
+                    for (size_t x = 0; x < 67; ++x)
+                        for (int j = 0; j < 4; ++j)
+                            ASSERT_EQ(dest.row(y)[4 * x + j], Expected8(src.row(y) + 4 * x, m, divisor, nullptr, nullptr, j))
+                                << v.name << " divisor " << divisor << " magnitude " << magnitude;
+            }
+        }
+}
+
 TEST(MatrixMultiply, EightBitFixedCases) {
     GuardedImage src(70, 9, 4, 4);
     src.fillRandom(5);
