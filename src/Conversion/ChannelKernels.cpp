@@ -103,20 +103,49 @@ struct SelectTwoBody {
     }
 };
 
-// Whole steps of interleaved pixels, the selected channels replaced by the
-// plane's elements; the rest by the rule.
+// Whole vectors of pixels: each plane element repeated over its pixel's
+// four lanes, then the selected lanes taken from it by a bit mask (floats
+// move as bits). Bytes are repeated by widening each to a 32-bit lane and
+// multiplying by 0x01010101; 32-bit elements by a lane table, from a whole
+// vector of the plane, so those steps stop where that load would pass the
+// row. The rule takes the rest.
 template <class T>
-void OverwriteFromPlaneSteps(const T* plane, const T* src, T* dst, size_t count, const channels::Selected& selected) {
-    const hn::ScalableTag<T> d;
-    const size_t done = WholeSteps(count, hn::Lanes(d), [&](size_t x) {
-        hn::Vec<decltype(d)> v[4];
-        hn::LoadInterleaved4(d, src + 4 * x, v[0], v[1], v[2], v[3]);
-        const auto p = hn::LoadU(d, plane + x);
-        for (size_t c = 0; c < 4; ++c)
-            if (selected.channel[c]) v[c] = p;
-        hn::StoreInterleaved4(v[0], v[1], v[2], v[3], d, dst + 4 * x);
-    });
-    channels::OverwriteFromPlane(plane + done, src + 4 * done, dst + 4 * done, count - done, selected);
+void OverwriteFromPlaneSteps(const T* plane, const T* src, T* dst, size_t count, const channels::Selected& selected,
+                             bool stream) {
+    using U = hwy::MakeUnsigned<T>;
+    const hn::ScalableTag<U> du;
+    const size_t lanes = hn::Lanes(du), pixels = lanes / 4;
+    HWY_ALIGN U maskBits[hn::MaxLanes(du)];
+    for (size_t i = 0; i < lanes; ++i) maskBits[i] = selected.channel[i % 4] ? static_cast<U>(~U{0}) : U{0};
+    const auto mask = hn::Load(du, maskBits);
+    const auto* const from = reinterpret_cast<const U*>(src);
+    const auto* const elements = reinterpret_cast<const U*>(plane);
+    auto* const to = reinterpret_cast<U*>(dst);
+    const auto scalar = [&](size_t first, size_t n) {
+        channels::OverwriteFromPlane(plane + first, src + 4 * first, dst + 4 * first, n, selected);
+    };
+    if constexpr (sizeof(T) == 1) {
+        const hn::Repartition<uint32_t, decltype(du)> d32;
+        const hn::Rebind<uint8_t, decltype(d32)> dq;
+        StoreRun(du, stream, dst, count, 4 * sizeof(T), pixels, [&](size_t x, auto store) {
+            const auto repeated = hn::BitCast(du, hn::Mul(hn::PromoteTo(d32, hn::LoadU(dq, elements + x)),
+                                                          hn::Set(d32, 0x01010101u)));
+            const auto v = hn::LoadU(du, from + 4 * x);
+            store(hn::Or(hn::And(mask, repeated), hn::AndNot(mask, v)), to + 4 * x);
+        }, scalar);
+    } else {
+        HWY_ALIGN hwy::MakeSigned<U> spread[hn::MaxLanes(du)];
+        for (size_t i = 0; i < lanes; ++i) spread[i] = static_cast<hwy::MakeSigned<U>>(i / 4);
+        const auto indices = hn::SetTableIndices(du, spread);
+        const size_t reach = lanes - pixels;  // plane elements a whole load takes beyond its step's
+        const size_t steps = count > reach ? count - reach : 0;
+        StoreRun(du, stream, dst, steps, 4 * sizeof(T), pixels, [&](size_t x, auto store) {
+            const auto repeated = hn::TableLookupLanes(hn::LoadU(du, elements + x), indices);
+            const auto v = hn::LoadU(du, from + 4 * x);
+            store(hn::Or(hn::And(mask, repeated), hn::AndNot(mask, v)), to + 4 * x);
+        }, scalar);
+        scalar(steps, count - steps);
+    }
 }
 
 // A 256-entry table as sixteen 16-entry blocks, each repeated through every
@@ -265,20 +294,20 @@ void SelectTwoBytesVector(const uint8_t* a, const uint8_t* b, uint8_t* dst, size
 }
 
 template <class T>
-void FromPlane(const T* plane, const T* src, T* dst, size_t count, const channels::Selected& selected) {
+void FromPlane(const T* plane, const T* src, T* dst, size_t count, const channels::Selected& selected, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
-    channels::OverwriteFromPlane(plane, src, dst, count, selected);
+    channels::OverwriteFromPlane(plane, src, dst, count, selected, stream);
 #else
-    OverwriteFromPlaneSteps(plane, src, dst, count, selected);
+    OverwriteFromPlaneSteps(plane, src, dst, count, selected, stream);
 #endif
 }
 void OverwriteFromPlaneBytesVector(const uint8_t* plane, const uint8_t* src, uint8_t* dst, size_t count,
-                                   const channels::Selected& selected) {
-    FromPlane(plane, src, dst, count, selected);
+                                   const channels::Selected& selected, bool stream) {
+    FromPlane(plane, src, dst, count, selected, stream);
 }
 void OverwriteFromPlaneFloatsVector(const float* plane, const float* src, float* dst, size_t count,
-                                    const channels::Selected& selected) {
-    FromPlane(plane, src, dst, count, selected);
+                                    const channels::Selected& selected, bool stream) {
+    FromPlane(plane, src, dst, count, selected, stream);
 }
 
 // One table runs on whole vectors of bytes, whatever their positions.

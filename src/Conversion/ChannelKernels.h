@@ -26,7 +26,8 @@ using CopyKernel = void (*)(const uint8_t* src, size_t srcRowBytes, uint8_t* dst
 using SelectTwoKernel = void (*)(const uint8_t* a, const uint8_t* b, uint8_t* dst, size_t bytes, const uint8_t* mask,
                                  size_t pixelBytes, bool stream);
 template <class T>
-using FromPlaneKernel = void (*)(const T* plane, const T* src, T* dst, size_t count, const Selected& selected);
+using FromPlaneKernel = void (*)(const T* plane, const T* src, T* dst, size_t count, const Selected& selected,
+                                 bool stream);
 using LookUpKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, const Tables& tables);
 
 extern const KernelPair<FillKernel> kFillKernels;

@@ -111,7 +111,8 @@ struct Selected {
 // Each of `count` four-element pixels: the selected channels take the
 // plane's element at the pixel's column, the others the source pixel's.
 template <class T>
-void OverwriteFromPlane(const T* plane, const T* src, T* dst, size_t count, const Selected& selected) {
+void OverwriteFromPlane(const T* plane, const T* src, T* dst, size_t count, const Selected& selected,
+                        bool /*stream*/ = false) {
     for (size_t x = 0; x < count; ++x) {
         const T p = LoadElement(plane + x);
         for (size_t c = 0; c < 4; ++c)

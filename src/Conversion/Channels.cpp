@@ -295,7 +295,8 @@ Quorin_Error RunOverwritePlanes(const Quorin_Buffer* newSrc, const Quorin_Buffer
     const Plane<T> plane(newSrc);
     const Plane<T, 4> from(origSrc), to(dest);
     if (count == 0) return kQuorinSuccess;
-    for (size_t y = 0; y < rows; ++y) kernel(plane.at(0, y), from.at(0, y), to.at(0, y), count, selected);
+    const bool stream = WantsStreaming(rows * count * kBytes);
+    for (size_t y = 0; y < rows; ++y) kernel(plane.at(0, y), from.at(0, y), to.at(0, y), count, selected, stream);
     return kQuorinSuccess;
 }
 

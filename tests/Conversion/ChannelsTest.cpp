@@ -573,7 +573,10 @@ TEST(Channels, OverwriteFromAPlaneWalksDestRowBytesUnderEveryKernel) {
         const Member& m = Named(name);
         SCOPED_TRACE(name);
         const size_t pb = m.format.pixelBytes(), e = m.format.sampleBytes(), rows = 9, width = 70;
+        for (const bool streamed : {false, true})  // streaming stores start at a vector boundary
         for (const size_t rowBytes : {width * pb, width * pb + 3, width * pb + pb, width * pb + 2 * pb + 1}) {
+            std::optional<StreamingForced> forced;
+            if (streamed) forced.emplace();
             const size_t count = rowBytes / pb, planeRowBytes = count * e + 2, origRowBytes = rowBytes + pb;
             std::vector<uint8_t> plane(rows * planeRowBytes), orig(rows * origRowBytes);
             Random random(rowBytes);
