@@ -102,22 +102,22 @@ constexpr ShortDivision ShortDivisionBy(unsigned depth) {
 }
 
 // The depth rule between the depths the packed formats meet (5, 6 and 8
-// bits) as one 16-bit multiply, an addition and a shift,
-// (v x multiplier + addend) >> shift: one multiply fewer than the division
-// above. The constants come from a search over every value of each source
-// depth, and each is checked against the rule for every value when this
-// file compiles.
+// bits) as a 16-bit high multiply, MulHigh((v << shift) + addend,
+// multiplier): two or three instructions, where a low multiply by a
+// constant becomes a string of shifts and subtractions. The constants come
+// from a search over every value of each source depth, and each is checked
+// against the rule for every value when this file compiles.
 struct WordRescale {
     unsigned from, to;
-    uint16_t multiplier, addend;
     int shift;
+    uint16_t addend, multiplier;
 };
-inline constexpr WordRescale kWordRescales[] = {{5, 8, 527, 23, 6},   {6, 8, 259, 33, 6}, {8, 5, 249, 1014, 11},
-                                                {8, 6, 253, 505, 10}, {5, 6, 33, 0, 4},  {6, 5, 1, 0, 1}};
+inline constexpr WordRescale kWordRescales[] = {{5, 8, 4, 1, 33687}, {6, 8, 3, 1, 33154}, {8, 5, 0, 4, 7971},
+                                                {8, 6, 0, 2, 16192}, {5, 6, 2, 0, 33792}, {6, 5, 0, 0, 32768}};
 constexpr bool FollowsTheRule(const WordRescale& r) {
     for (uint32_t v = 0; v <= MaxOf(r.from); ++v) {
-        const uint32_t x = v * r.multiplier + r.addend;
-        if (x > 0xFFFF || (x >> r.shift) != packed::Rescale(v, r.from, r.to)) return false;
+        const uint32_t x = (v << r.shift) + r.addend;
+        if (x > 0xFFFF || (x * r.multiplier) >> 16 != packed::Rescale(v, r.from, r.to)) return false;
     }
     return true;
 }
@@ -148,7 +148,7 @@ template <PixelFormat kFrom, PixelFormat kTo>
 struct WordRescales {
     static constexpr WordRescale Of(int n) {
         const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
-        return from == to ? WordRescale{from, to, 1, 0, 0} : *WordRescaleOf(from, to);
+        return from == to ? WordRescale{from, to, 0, 0, 0} : *WordRescaleOf(from, to);
     }
     static constexpr WordRescale rules[3] = {Of(0), Of(1), Of(2)};
 };
@@ -156,7 +156,9 @@ template <class V>
 HWY_INLINE V RescaleWordLanes(V v, const WordRescale& r) {
     if (r.from == r.to) return v;
     const hn::DFromV<V> d;
-    return hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r.multiplier)), hn::Set(d, r.addend)), r.shift);
+    if (r.shift != 0) v = hn::ShiftLeftSame(v, r.shift);
+    if (r.addend != 0) v = hn::Add(v, hn::Set(d, r.addend));
+    return hn::MulHigh(v, hn::Set(d, r.multiplier));
 }
 
 // The scalar kernel's Rescale, lane by lane (every product is below 2^24).
