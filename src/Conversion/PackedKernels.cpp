@@ -161,6 +161,29 @@ HWY_INLINE V RescaleWordLanes(V v, const WordRescale& r) {
     return hn::MulHigh(v, hn::Set(d, r.multiplier));
 }
 
+// Into 16 bits from 5, 6 and 8: (v x multiplier + addend) >> shift in
+// 32-bit lanes, the constants searched for over every source value and
+// checked against the rule for each when this file compiles.
+struct LaneRescale {
+    unsigned from;
+    uint32_t multiplier, addend;
+    int shift;
+};
+inline constexpr LaneRescale kLaneRescalesTo16[] = {{5, 33825, 0, 4}, {6, 266301, 121, 8}, {8, 257, 0, 0}};
+static_assert([] {
+    for (const LaneRescale& r : kLaneRescalesTo16)
+        for (uint64_t v = 0; v <= MaxOf(r.from); ++v)
+            if ((v * r.multiplier + r.addend) >> r.shift != packed::Rescale(static_cast<uint32_t>(v), r.from, 16) ||
+                v * r.multiplier + r.addend > 0xFFFFFFFFu)
+                return false;
+    return true;
+}());
+constexpr const LaneRescale* LaneRescaleTo16(unsigned from) {
+    for (const LaneRescale& r : kLaneRescalesTo16)
+        if (r.from == from) return &r;
+    return nullptr;
+}
+
 // The scalar kernel's Rescale, lane by lane (every product is below 2^24).
 // Between depths of at most 8 bits every value fits the low half of its
 // lane, so 16-bit multiplies do the work: the constants have zero high
@@ -169,6 +192,16 @@ HWY_INLINE V32 RescaleLanes(V32 v, unsigned from, unsigned to) {
     const D32 d;
     if (from == to) return v;
     const uint32_t divisor = MaxOf(from);
+    // From 16 bits: floor(x / 65535) is (x + (x >> 16) + 1) >> 16 for every
+    // x below 2^24, and x = v x (2^to - 1) + 32767 stays below it.
+    if (from == 16 && to <= 8) {
+        const V32 x = hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, 32767u));
+        return hn::ShiftRight<16>(hn::Add(hn::Add(x, hn::ShiftRight<16>(x)), hn::Set(d, 1u)));
+    }
+    if (to == 16) {
+        if (const LaneRescale* r = LaneRescaleTo16(from))
+            return hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r->multiplier)), hn::Set(d, r->addend)), r->shift);
+    }
     if (from < 2 || from > 8 || to > 8)
         return DivideExactly(hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, (divisor - 1) / 2)), divisor);
     const hn::Repartition<uint16_t, D32> d16;
