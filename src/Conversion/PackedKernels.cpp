@@ -1,9 +1,9 @@
 // Vector twins of the matrix cells (PackedRules.h), one template for all of
 // them. A cell that only reorders samples of one depth moves whole vectors
 // of its sample type through de-interleaving loads and interleaving stores;
-// a cell between bytes and 565/1555/5551 words carries each channel in
-// 16-bit lanes, every other cell in 32-bit lanes, one pixel a lane, through
-// the same depth rule as the scalar kernel. The pixels no whole step
+// an integer cell carries each channel in 16-bit lanes, a cell into floats
+// in 32-bit lanes, one pixel a lane, through the same depth rule as the
+// scalar kernel. The pixels no whole step
 // covers go to the scalar kernel (the core's RunSteps), so no byte outside
 // the run is read or written.
 #undef HWY_TARGET_INCLUDE
@@ -196,29 +196,6 @@ HWY_INLINE V RescaleWordLanes(V v, const WordRescale& r) {
     return v;
 }
 
-// Into 16 bits from 5, 6 and 8: (v x multiplier + addend) >> shift in
-// 32-bit lanes, the constants searched for over every source value and
-// checked against the rule for each when this file compiles.
-struct LaneRescale {
-    unsigned from;
-    uint32_t multiplier, addend;
-    int shift;
-};
-inline constexpr LaneRescale kLaneRescalesTo16[] = {{5, 33825, 0, 4}, {6, 266301, 121, 8}, {8, 257, 0, 0}};
-static_assert([] {
-    for (const LaneRescale& r : kLaneRescalesTo16)
-        for (uint64_t v = 0; v <= MaxOf(r.from); ++v)
-            if ((v * r.multiplier + r.addend) >> r.shift != packed::Rescale(static_cast<uint32_t>(v), r.from, 16) ||
-                v * r.multiplier + r.addend > 0xFFFFFFFFu)
-                return false;
-    return true;
-}());
-constexpr const LaneRescale* LaneRescaleTo16(unsigned from) {
-    for (const LaneRescale& r : kLaneRescalesTo16)
-        if (r.from == from) return &r;
-    return nullptr;
-}
-
 // The scalar kernel's Rescale, lane by lane (every product is below 2^24).
 // Between depths of at most 8 bits every value fits the low half of its
 // lane, so 16-bit multiplies do the work: the constants have zero high
@@ -227,16 +204,6 @@ HWY_INLINE V32 RescaleLanes(V32 v, unsigned from, unsigned to) {
     const D32 d;
     if (from == to) return v;
     const uint32_t divisor = MaxOf(from);
-    // From 16 bits: floor(x / 65535) is (x + (x >> 16) + 1) >> 16 for every
-    // x below 2^24, and x = v x (2^to - 1) + 32767 stays below it.
-    if (from == 16 && to <= 8) {
-        const V32 x = hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, 32767u));
-        return hn::ShiftRight<16>(hn::Add(hn::Add(x, hn::ShiftRight<16>(x)), hn::Set(d, 1u)));
-    }
-    if (to == 16) {
-        if (const LaneRescale* r = LaneRescaleTo16(from))
-            return hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r->multiplier)), hn::Set(d, r->addend)), r->shift);
-    }
     if (from < 2 || from > 8 || to > 8)
         return DivideExactly(hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, (divisor - 1) / 2)), divisor);
     const hn::Repartition<uint16_t, D32> d16;
@@ -272,20 +239,20 @@ HWY_INLINE void LoadColours(const uint8_t* src, size_t i, const int (&position)[
     }
 }
 
-// Cells that change a depth: each channel in 32-bit lanes through the depth
-// rule, then packed into words or narrowed and interleaved.
+// Integer cells into floats: each channel in 32-bit lanes, converted and
+// multiplied by its depth's reciprocal, then interleaved.
 template <PixelFormat kFrom, PixelFormat kTo>
-void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+void ToFloats(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    static_assert(kTo.sample == SampleKind::F32, "integer destinations take the 16-bit-lane path");
     using C = Cell<kFrom, kTo>;
     const D32 d;
     const hn::RebindToSigned<D32> di;
     const size_t lanes = hn::Lanes(d);
-    // Packed words leave as half vectors; interleaved steps stream only
-    // when they fill whole vectors (floats: three vectors of 32-bit lanes).
+    // Interleaved steps stream only when they fill whole vectors (three
+    // vectors of 32-bit lanes).
     uint8_t* const destinations[1] = {dst};
-    const size_t storeBytes = kTo.packed() ? lanes * 2 : hn::Lanes(hn::ScalableTag<uint8_t>());
-    const size_t head =
-        StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), storeBytes, lanes * kTo.pixelBytes());
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
+                                        hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * kTo.pixelBytes());
     RunSteps(
         head, pixels,
         [&](size_t start, auto stores) {
@@ -293,34 +260,13 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
                        const size_t i = start + k;
                        V32 c[3];
                        LoadColours<kFrom>(src, i, C::from, c);
-                       if constexpr (kTo.sample == SampleKind::F32) {
-                           const hn::Rebind<float, D32> df;
-                           auto f0 = hn::Zero(df);
-                           decltype(f0) out[3] = {f0, f0, f0};
-                           for (int n = 0; n < 3; ++n)
-                               out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
-                                                       hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
-                           stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
-                       } else if constexpr (kTo.packed()) {
-                           const hn::Rebind<uint16_t, D32> d16;
-                           V32 word = hn::Zero(d);
-                           for (int n = 0; n < 3; ++n) {
-                               const PackedField field = kTo.fields[C::to[n]];
-                               const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), field.bits);
-                               word = hn::Or(word, hn::ShiftLeftSame(v, field.shift));
-                           }
-                           stores(hn::DemoteTo(d16, hn::BitCast(di, word)), d16, reinterpret_cast<uint16_t*>(dst) + i);
-                       } else {
-                           using T = Sample<kTo>;
-                           const hn::Rebind<T, D32> dt;
-                           auto t0 = hn::Zero(dt);
-                           decltype(t0) out[3] = {t0, t0, t0};
-                           for (int n = 0; n < 3; ++n) {
-                               const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), DepthOf(kTo, C::to[n]));
-                               out[C::to[n]] = hn::DemoteTo(dt, hn::BitCast(di, v));
-                           }
-                           stores.Interleaved(dt, reinterpret_cast<T*>(dst) + 3 * i, out[0], out[1], out[2]);
-                       }
+                       const hn::Rebind<float, D32> df;
+                       auto f0 = hn::Zero(df);
+                       decltype(f0) out[3] = {f0, f0, f0};
+                       for (int n = 0; n < 3; ++n)
+                           out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
+                                                   hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
+                       stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
                    });
         },
         [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
@@ -642,7 +588,7 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
     else if constexpr (RescalesInWords<kFrom, kTo>())
         RescaleWords<kFrom, kTo>(src, dst, pixels, stream);
-    else Rescale<kFrom, kTo>(src, dst, pixels, stream);
+    else ToFloats<kFrom, kTo>(src, dst, pixels, stream);
 #endif
 }
 
