@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <type_traits>
 #include <utility>
 
@@ -154,10 +155,12 @@ static_assert([] {
                 if (ApplyWordRescale(r, v) != packed::Rescale(v, r.from, r.to)) return false;
     return true;
 }());
-constexpr const WordRescale* WordRescaleOf(unsigned from, unsigned to) {
-    for (const WordRescale& r : kWordRescales)
-        if (r.from == from && r.to == to) return &r;
-    return nullptr;
+// The rule's index in kWordRescales, or -1 (an index, not an address: the
+// sanitizer build rejects comparing addresses in constant expressions).
+constexpr int WordRescaleIndex(unsigned from, unsigned to) {
+    for (int k = 0; k < static_cast<int>(std::size(kWordRescales)); ++k)
+        if (kWordRescales[k].from == from && kWordRescales[k].to == to) return k;
+    return -1;
 }
 // Whether each colour of a cell keeps its depth or has a word rescale.
 template <PixelFormat kFrom, PixelFormat kTo>
@@ -165,7 +168,7 @@ constexpr bool RescalesInWords() {
     if (kFrom.sample == SampleKind::F32 || kTo.sample == SampleKind::F32) return false;
     for (int n = 0; n < 3; ++n) {
         const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
-        if (from != to && WordRescaleOf(from, to) == nullptr) return false;
+        if (from != to && WordRescaleIndex(from, to) < 0) return false;
     }
     return true;
 }
@@ -174,7 +177,7 @@ template <PixelFormat kFrom, PixelFormat kTo>
 struct WordRescales {
     static constexpr WordRescale Of(int n) {
         const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
-        return from == to ? WordRescale{from, to, WordForm::Same, 0, 0, 0, 0} : *WordRescaleOf(from, to);
+        return from == to ? WordRescale{from, to, WordForm::Same, 0, 0, 0, 0} : kWordRescales[WordRescaleIndex(from, to)];
     }
     static constexpr WordRescale rules[3] = {Of(0), Of(1), Of(2)};
 };
