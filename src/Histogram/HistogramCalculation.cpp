@@ -6,10 +6,10 @@
 //
 // Each task's band is cut into pieces that whichever task is free takes
 // next (BandPieces): a worker that wakes late leaves its share to the
-// others instead of holding the call back with a whole band, which cost a
-// flat image (counted at several gigapixels a second) a third of its gain
-// from a second processor. A piece is counted into the partial of the task
-// that took it; the sums do not depend on who counted what.
+// others instead of holding the call back with a whole band, which matters
+// most for a flat image, counted at several gigapixels a second. A piece
+// is counted into the partial of the task that took it; the sums do not
+// depend on who counted what.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
