@@ -133,10 +133,11 @@ struct Multiply8Body {
         const DI di;
         const hn::Repartition<int16_t, DI> d16;
         // Bytes 0 and 2 of each pixel, and bytes 1 and 3, widened to 16 bits.
+        // (A shift of the 16-bit halves clears their top bytes itself.)
+        const hn::Repartition<uint16_t, DI> du16;
         const VI v = hn::BitCast(di, hn::LoadU(D8(), src));
-        const VI mask = hn::Set(di, 0x00FF00FF);
-        const auto even = hn::BitCast(d16, hn::And(v, mask));
-        const auto odd = hn::BitCast(d16, hn::And(hn::ShiftRight<8>(v), mask));
+        const auto even = hn::BitCast(d16, hn::And(v, hn::Set(di, 0x00FF00FF)));
+        const auto odd = hn::BitCast(d16, hn::ShiftRight<8>(hn::BitCast(du16, v)));
         // Two products of a byte and a 16-bit coefficient add up to less
         // than 2^24 in magnitude: the pairwise multiply-adds are exact, and
         // the sum wraps modulo 2^32 as the rule's does.

@@ -1,8 +1,9 @@
 // Histograms: both members under every kernel and split against direct
 // counting (flat and random images, padded and packed rows, heights and bin
-// counts that do not divide by the processor count), the float binning at
-// its edges, skip-alpha on both paths, the allocation failure injected at
-// each allocation, no allocation below the split, and the check order.
+// counts that do not divide by the processor count, bands shared out in
+// pieces), the float binning at its edges, skip-alpha on both paths, the
+// allocation failure injected at each allocation, no allocation below the
+// split, and the check order.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,8 +11,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <mutex>
-#include <utility>
 #include <vector>
 
 #include "Core/Dispatch.h"
@@ -206,39 +205,50 @@ TEST(Histogram, AllocationFailureAtEachAllocationReturnsInternalFaultWithCounter
     SetProcessorCountForTest(0);
 }
 
-// The counting tasks: n = P bands when P divides the rows, else P - 1, each
-// of rows / n, and one task more only for a remainder; the merge cuts the
-// bins alike. Every row and every bin is met once.
-TEST(Histogram, TasksAreTheBandsAndARemainderTaskOnlyWhenRowsAreLeftOver) {
-    struct Recorder {
-        size_t tasks = 0;
-        std::vector<std::pair<size_t, size_t>> rows, bins;
-        std::mutex lock;
-        bool allocate(size_t n) { return tasks = n, true; }
-        void band(size_t, size_t first, size_t count) {
-            const std::lock_guard<std::mutex> hold(lock);
-            rows.emplace_back(first, count);
+// Images large enough that each task's band is cut into pieces that the
+// tasks share out, under processor counts that give one task (an odd height
+// on two processors), a remainder task of one row, and whole pieces; with
+// bin counts whose merge runs on the caller and, at 20000 bins, in
+// parallel. Every pixel must be counted once, into counters that sum
+// exactly to direct counting, with alpha skipped or not.
+TEST(Histogram, SharedPiecesOfLargeImagesCountEveryPixelOnce) {
+    constexpr size_t kWide = 1000;
+    for (const size_t height : {size_t{210}, size_t{211}}) {
+        GuardedImage bytes(kWide, height, 4, 4, 1);
+        bytes.fillRandom(height);
+        GuardedImage floats(kWide, height, 16, 0, 4);
+        floats.fillRandomFloats(height, -0.25f, 1.25f);
+        for (const uint32_t entries : {256u, 20000u}) {
+            std::array<std::vector<uint32_t>, 4> expected8, expectedF;
+            for (size_t c = 0; c < 4; ++c) expected8[c].assign(256, 0), expectedF[c].assign(entries, 0);
+            for (size_t y = 0; y < height; ++y)
+                for (size_t x = 0; x < kWide; ++x)
+                    for (size_t c = 0; c < 4; ++c) {
+                        ++expected8[c][bytes.row(y)[4 * x + c]];
+                        ++expectedF[c][ExpectedBin(floats.pixel<float>(x, y)[c], entries, 0.0f, 1.0f)];
+                    }
+            for (const unsigned processors : {2u, 3u, 4u, 5u})
+                for (const Quorin_Flags skip : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_SkipAlpha}}) {
+                    SCOPED_TRACE(testing::Message() << height << " rows, " << entries << " bins, " << processors
+                                                    << " processors, skip " << skip);
+                    SetProcessorCountForTest(processors);
+                    Counters counted8(256), countedF(entries);
+                    EXPECT_EQ(QuorinHistogramCalculation_ARGB8888(bytes.record(), counted8.pointers.data(), skip), 0);
+                    EXPECT_EQ(QuorinHistogramCalculation_ARGBFFFF(floats.record(), countedF.pointers.data(), entries,
+                                                                  0.0f, 1.0f, skip),
+                              0);
+                    SetProcessorCountForTest(0);
+                    for (size_t c = skip ? 1 : 0; c < 4; ++c) {
+                        EXPECT_EQ(counted8.arrays[c], expected8[c]) << "channel " << c;
+                        EXPECT_EQ(countedF.arrays[c], expectedF[c]) << "channel " << c;
+                    }
+                    if (skip) {
+                        EXPECT_EQ(counted8.arrays[0], std::vector<uint32_t>(256, kStale));
+                        EXPECT_EQ(countedF.arrays[0], std::vector<uint32_t>(entries, kStale));
+                    }
+                }
         }
-        void merge(size_t first, size_t count) {
-            const std::lock_guard<std::mutex> hold(lock);
-            bins.emplace_back(first, count);
-        }
-    };
-    const auto expectCut = [](std::vector<std::pair<size_t, size_t>> cut, size_t p, size_t total) {
-        const size_t n = total % p == 0 ? p : p - 1, chunk = total / n, rest = total - n * chunk;
-        std::sort(cut.begin(), cut.end());
-        ASSERT_EQ(cut.size(), n + (rest != 0 ? 1 : 0)) << p << " processors, " << total;
-        for (size_t k = 0; k < cut.size(); ++k)
-            ASSERT_EQ(cut[k], (std::pair<size_t, size_t>{k * chunk, k < n ? chunk : rest})) << p << ", " << total;
-    };
-    for (size_t p = 2; p <= 9; ++p)
-        for (size_t height = p; height <= 40; ++height) {
-            Recorder recorder;
-            ASSERT_EQ(ReduceRows(ReducePlan{p, kQuorinError_InternalFault}, height, height + 3, recorder), 0);
-            EXPECT_EQ(recorder.tasks, recorder.rows.size());
-            expectCut(recorder.rows, p, height);
-            expectCut(recorder.bins, p, height + 3);
-        }
+    }
 }
 
 TEST(Histogram, ChecksInOrderBeforeAnyCounterIsWritten) {
