@@ -109,38 +109,36 @@ public:
 
     size_t slots() const { return slots_; }
 
-    // Output rows [first, first + rows) with window `slot`.
+    // Output rows [first, first + rows) with window `slot`, a ring in which
+    // source row r is row r % capacity.
     void run(size_t slot, size_t first, size_t rows) const {
         uint8_t* const window = intermediate_ + slot * slotBytes_;
-        const size_t rowBytes = vertical_.srcRowBytes;
-        size_t low = 0, count = 0;  // the window holds source rows low .. low + count - 1
+        size_t low = 0, next = 0;  // the ring holds source rows low .. next - 1
         for (size_t y = first; y < first + rows; ++y) {
             const auto [a, b] = rowsOf(y);
-            if (count == 0 || a < low || a > low + count) {
-                low = a, count = 0;  // nothing kept is read (the 32-bit position sum may wrap)
-            } else if (b - low + 1 > capacity_) {
-                const size_t drop = a - low;
-                std::memmove(window, window + drop * rowBytes, (count - drop) * rowBytes);
-                low = a, count -= drop;
-            }
-            if (b >= low + count) {
+            if (next == low || a < low || a > next) low = next = a;  // nothing kept is read (the position sum may wrap)
+            if (b >= next) {
                 // The rows the next outputs read as well, while they follow
-                // on and fit: the horizontal kernel's set-up then serves
-                // several rows.
+                // on and leave this output's rows in the ring: the horizontal
+                // kernel's set-up then serves several rows.
                 size_t last = b;
-                for (size_t next = y + 1; next < first + rows && last + 1 - (low + count) < kBatchRows; ++next) {
-                    const auto [na, nb] = rowsOf(next);
-                    if (na < low || na > last + 1 || nb + 1 - low > capacity_) break;
+                for (size_t n = y + 1; n < first + rows && last + 1 - next < kBatchRows; ++n) {
+                    const auto [na, nb] = rowsOf(n);
+                    if (na < a || na > last + 1 || nb + 1 - a > capacity_) break;
                     last = std::max(last, nb);
                 }
-                PassJob job = horizontal_;
-                job.src += (low + count) * job.srcRowBytes;
-                job.dst = window + count * rowBytes;
-                horizontalKernel_(job, 0, 0, width_, last + 1 - low - count);
-                count = last + 1 - low;
+                while (next <= last) {
+                    const size_t at = next % capacity_, count = std::min(last + 1 - next, capacity_ - at);
+                    PassJob job = horizontal_;
+                    job.src += next * job.srcRowBytes;
+                    job.dst = window + at * job.dstRowBytes;
+                    horizontalKernel_(job, 0, 0, width_, count);
+                    next += count;
+                }
+                low = std::max(low, next - std::min(next, capacity_));
             }
             PassJob job = vertical_;
-            job.src = window, job.srcFirstRow = low;
+            job.src = window, job.windowRows = capacity_;
             verticalKernel_(job, 0, y, width_, 1);
         }
     }

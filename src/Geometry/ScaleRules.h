@@ -103,9 +103,9 @@ struct PassJob {
     // after the previous output's, with one more pixel in the row after the
     // last tap (FindHalvingRun). Empty when none is.
     uint32_t runFirst = 0, runEnd = 0;
-    // Vertical pass: the row of src that holds source row srcFirstRow (a
-    // window of the intermediate image's rows).
-    size_t srcFirstRow = 0;
+    // Vertical pass: when not 0, source row r is row r % windowRows of src,
+    // a ring of intermediate rows.
+    size_t windowRows = 0;
 };
 
 // The outputs of a horizontal table that take the same weights and the
@@ -227,10 +227,10 @@ void HorizontalPassScalar(const PassJob& job, size_t x0, size_t y0, size_t w, si
 // The rows of output row y's taps.
 template <size_t kTaps>
 inline void TapRows(const PassJob& job, size_t y, const uint8_t** rows) {
-    for (size_t j = 0; j < kTaps; ++j)
-        rows[j] = job.src +
-                  (static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + (y * kTaps + j) * 4)) - job.srcFirstRow) *
-                      job.srcRowBytes;
+    for (size_t j = 0; j < kTaps; ++j) {
+        const auto row = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + (y * kTaps + j) * 4));
+        rows[j] = job.src + (job.windowRows != 0 ? row % job.windowRows : row) * job.srcRowBytes;
+    }
 }
 
 template <PixelFormat F, Arithmetic A, size_t kTaps>
