@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Core/GridSplit.h"
+#include "Core/Streaming.h"
 #include "Core/TempBuffer.h"
 #include "Geometry/GeometryMembers.h"
 #include "Geometry/ScaleKernels.h"
@@ -212,6 +213,7 @@ Quorin_Error Scale(const Quorin_Buffer* src, const Quorin_Buffer* dest, void* te
                     out, dest->rowBytes, reinterpret_cast<const uint8_t*>(table.indices),
                     static_cast<const uint8_t*>(table.weights), format, arithmetic,
                     static_cast<uint8_t>(plan.verticalTaps)};
+        vertical.stream = WantsStreaming(dest->rowBytes * dest->height);
     }
     if (plan.widthChanges && plan.heightChanges) {
         const bool split = WantsGrid(dest->width, dest->height);

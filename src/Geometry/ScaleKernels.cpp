@@ -164,6 +164,13 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
         }
         uint8_t* out = job.dst + y * job.dstRowBytes;
         size_t s = first;
+        if (job.stream) {
+            // Streaming stores want whole aligned vectors: the samples before
+            // the first aligned one take the scalar rule.
+            const size_t before = std::min((N - reinterpret_cast<uintptr_t>(out + s) % N) % N, end - s);
+            ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, before, out);
+            s += before;
+        }
         for (; s + N <= end; s += N) {
             auto lower0 = hn::Zero(d32), lower1 = hn::Zero(d32), upper0 = hn::Zero(d32), upper1 = hn::Zero(d32);
             for (size_t p = 0; p < kPairs; ++p) {
@@ -175,10 +182,16 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
             const auto round = [&](hn::Vec<decltype(d32)> sum) { return hn::ShiftRight<14>(hn::Add(sum, hn::Set(d32, 16383))); };
             const auto lower = round(hn::RearrangeToOddPlusEven(lower0, lower1));
             const auto upper = round(hn::RearrangeToOddPlusEven(upper0, upper1));
-            hn::StoreU(hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper)), d8, out + s);
+            const auto bytes = hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper));
+            if (job.stream) {
+                hn::Stream(bytes, d8, out + s);
+            } else {
+                hn::StoreU(bytes, d8, out + s);
+            }
         }
         ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
     }
+    if (job.stream) hwy::FlushStream();
 }
 
 // Four channels: one pixel's channels in the lanes of 128-bit vectors.

@@ -106,6 +106,9 @@ struct PassJob {
     // Vertical pass: when not 0, source row r is row r % windowRows of src,
     // a ring of intermediate rows.
     size_t windowRows = 0;
+    // Whether the destination is written with streaming stores where a
+    // kernel can (it is too large to be read back from the cache).
+    bool stream = false;
 };
 
 // The outputs of a horizontal table that take the same weights and the
