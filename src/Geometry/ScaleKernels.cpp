@@ -142,6 +142,9 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
     const hn::Rebind<uint8_t, decltype(d16)> d8;
     const size_t N = hn::Lanes(d16);
     const size_t first = x0 * F.channels, end = (x0 + w) * F.channels;
+    // A streaming store writes a whole vector: not the half vector of bytes
+    // that 128-bit vectors narrow to.
+    const bool stream = job.stream && N >= 16;
     for (size_t y = y0; y < y0 + h; ++y) {
         const uint8_t* rows[kPairs * 2];
         TapRows<kTaps>(job, y, rows);
@@ -164,7 +167,7 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
         }
         uint8_t* out = job.dst + y * job.dstRowBytes;
         size_t s = first;
-        if (job.stream) {
+        if (stream) {
             // Streaming stores want whole aligned vectors: the samples before
             // the first aligned one take the scalar rule.
             const size_t before = std::min((N - reinterpret_cast<uintptr_t>(out + s) % N) % N, end - s);
@@ -183,7 +186,7 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
             const auto lower = round(hn::RearrangeToOddPlusEven(lower0, lower1));
             const auto upper = round(hn::RearrangeToOddPlusEven(upper0, upper1));
             const auto bytes = hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper));
-            if (job.stream) {
+            if (stream) {
                 hn::Stream(bytes, d8, out + s);
             } else {
                 hn::StoreU(bytes, d8, out + s);
@@ -191,7 +194,7 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
         }
         ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
     }
-    if (job.stream) hwy::FlushStream();
+    if (stream) hwy::FlushStream();
 }
 
 // Four channels: one pixel's channels in the lanes of 128-bit vectors.
