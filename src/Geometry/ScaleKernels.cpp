@@ -384,17 +384,17 @@ void HorizontalBytePixels(const PassJob& job, size_t x0, size_t y0, size_t w, si
 }
 
 // Four 8-bit channels in fixed point over an exact halving's run (PassJob::
-// runFirst..runEnd): every output takes the same five weights on the six
-// pixels from two after the previous output's first, the sixth with weight
-// 0. A block of 16 bytes holds four such pixels, two pairs; a shuffle puts
-// a pair's two samples of each channel in the 16-bit halves of that
-// channel's 32-bit lane, and a pairwise widening multiply-add by the pair's
-// weights adds both products. Block k of a load at output o's first pixel
-// holds pairs 0 and 1 of output o + 2k, whose pair 1 is pair 0 of output
-// o + 2k + 1; a load four pixels on holds the pairs after those. So two
-// loads make 2 outputs a block with no per-pixel gather, and the narrowing
-// of the even and odd outputs' sums puts them back in order block by block.
-// Exact for the reasons given for HorizontalBytePixels.
+// runFirst..runEnd): every output takes the same weights on the five pixels
+// from two after the previous output's first, and the fifth weight is 0 (the
+// B-spline at 2.5 pixels). A block of 16 bytes holds four pixels, two pairs;
+// a shuffle puts a pair's two samples of each channel in the 16-bit halves
+// of that channel's 32-bit lane, and a pairwise widening multiply-add by the
+// pair's weights adds both products. Block k of a load at output o's first
+// pixel holds pairs 0 and 1 of output o + 2k, whose pair 1 is pair 0 of
+// output o + 2k + 1; a load four pixels on holds the pairs after those. So
+// two loads make 2 outputs a block with no per-pixel gather, and narrowing
+// the even and odd outputs' sums together puts them back in order block by
+// block. Exact for the reasons given for HorizontalBytePixels.
 template <size_t kTaps>
 void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     const hn::ScalableTag<uint8_t> d8;
@@ -403,18 +403,18 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
     const hn::Rebind<uint8_t, decltype(d16)> dOut;
     const size_t group = hn::Lanes(d8) / 8;  // outputs per step: two per block
     const size_t begin = std::max<size_t>(x0, job.runFirst), end0 = std::min<size_t>(x0 + w, job.runEnd);
-    int32_t weights[6] = {};
-    bool narrow = kTaps == 5 && end0 >= begin + group;
-    for (size_t j = 0; narrow && j < kTaps; ++j) {
+    int32_t weights[kTaps] = {};
+    bool fits = kTaps == 5 && end0 >= begin + group;
+    for (size_t j = 0; fits && j < kTaps; ++j) {
         weights[j] = ReadUnaligned<int32_t>(job.weights + (begin * kTaps + j) * 4);
-        narrow = weights[j] >= INT16_MIN && weights[j] <= INT16_MAX;
+        fits = j == 4 ? weights[j] == 0 : weights[j] >= INT16_MIN && weights[j] <= INT16_MAX;
     }
-    if (!narrow) return HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, x0, y0, w, h);
+    if (!fits) return HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, x0, y0, w, h);
     const size_t end = begin + (end0 - begin) / group * group;
     if (begin > x0) HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, x0, y0, begin - x0, h);
     if (x0 + w > end) HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, end, y0, x0 + w - end, h);
-    hn::Vec<decltype(d16)> pairs[3];
-    for (size_t p = 0; p < 3; ++p) {
+    hn::Vec<decltype(d16)> pairs[2];
+    for (size_t p = 0; p < 2; ++p) {
         const uint32_t pair = (static_cast<uint32_t>(weights[2 * p + 1]) << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu);
         pairs[p] = hn::BitCast(d16, hn::Set(d32, static_cast<int32_t>(pair)));
     }
@@ -435,20 +435,17 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
         for (size_t x = begin; x < end; x += group) {
             const uint8_t* s = src + (x - begin) * 8;
             const auto a = hn::LoadU(d8, s), b = hn::LoadU(d8, s + 16);
-            const auto a0 = hn::BitCast(d16, hn::TableLookupBytesOr0(a, lowPair));
-            const auto a1 = hn::BitCast(d16, hn::TableLookupBytesOr0(a, highPair));
-            const auto b0 = hn::BitCast(d16, hn::TableLookupBytesOr0(b, lowPair));
-            const auto b1 = hn::BitCast(d16, hn::TableLookupBytesOr0(b, highPair));
-            auto even = hn::Zero(d32), odd = hn::Zero(d32), unused = hn::Zero(d32);
-            even = hn::ReorderWidenMulAccumulate(d32, a0, pairs[0], even, unused);
-            even = hn::ReorderWidenMulAccumulate(d32, a1, pairs[1], even, unused);
-            even = hn::ReorderWidenMulAccumulate(d32, b0, pairs[2], even, unused);
-            even = hn::RearrangeToOddPlusEven(even, unused);
-            unused = hn::Zero(d32);
-            odd = hn::ReorderWidenMulAccumulate(d32, a1, pairs[0], odd, unused);
-            odd = hn::ReorderWidenMulAccumulate(d32, b0, pairs[1], odd, unused);
-            odd = hn::ReorderWidenMulAccumulate(d32, b1, pairs[2], odd, unused);
-            odd = hn::RearrangeToOddPlusEven(odd, unused);
+            const auto shared = hn::BitCast(d16, hn::TableLookupBytesOr0(a, highPair));
+            // Each sum has a second accumulator, which x86 leaves at zero.
+            auto even = hn::Zero(d32), odd = hn::Zero(d32), evenMore = hn::Zero(d32), oddMore = hn::Zero(d32);
+            even = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(a, lowPair)), pairs[0],
+                                                 even, evenMore);
+            even = hn::ReorderWidenMulAccumulate(d32, shared, pairs[1], even, evenMore);
+            odd = hn::ReorderWidenMulAccumulate(d32, shared, pairs[0], odd, oddMore);
+            odd = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(b, lowPair)), pairs[1],
+                                                odd, oddMore);
+            even = hn::RearrangeToOddPlusEven(even, evenMore);
+            odd = hn::RearrangeToOddPlusEven(odd, oddMore);
             const auto evenOut = hn::ShiftRight<14>(hn::Add(even, round));
             const auto oddOut = hn::ShiftRight<14>(hn::Add(odd, round));
             hn::StoreU(hn::DemoteTo(dOut, hn::ReorderDemote2To(d16, evenOut, oddOut)), dOut, dst + x * 4);
