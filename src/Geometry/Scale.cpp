@@ -114,6 +114,7 @@ public:
     // source row r is row r % capacity.
     void run(size_t slot, size_t first, size_t rows) const {
         uint8_t* const window = intermediate_ + slot * slotBytes_;
+        const StreamFenceScope fence;  // one fence for the band's streamed rows
         size_t low = 0, next = 0;  // the ring holds source rows low .. next - 1
         for (size_t y = first; y < first + rows; ++y) {
             const auto [a, b] = rowsOf(y);

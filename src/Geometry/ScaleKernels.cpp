@@ -25,6 +25,7 @@
 #include <hwy/highway.h>
 
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Streaming.h"
 #include "Geometry/ScaleKernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -194,7 +195,7 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
         }
         ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
     }
-    if (stream) hwy::FlushStream();
+    if (stream && !StreamFenceDeferred()) hwy::FlushStream();
 }
 
 // Four channels: one pixel's channels in the lanes of 128-bit vectors.
