@@ -116,6 +116,12 @@ void RegisterScaleRows() {
                 };
                 RegisterRow({operation, c.to, c.to, Split::Single, moved}, body, peer,
                             [images, &m] { images->prepareScratch(m), OneProcessor(); }, AllProcessors);
+                // The same on each other vector target and with the scalar
+                // kernels, one processor for the call alone.
+                if (&m == &geometry::kScaleARGB8888)
+                    RegisterScalarRow({operation, c.to, c.to, Split::Single, moved},
+                                      [body] { OneProcessor(), body(), AllProcessors(); },
+                                      [images, &m] { images->prepareScratch(m); });
                 RegisterRow({operation, c.to, c.to, Split::Default, moved}, body, {},
                             [images, &m] { images->prepareScratch(m); });
             }
@@ -135,6 +141,12 @@ void RegisterRotateRows() {
                         Require(m.name, m.entry(&images->src->buffer, &images->dest->buffer, 1, nullptr, 0));
                     },
                     &m == &geometry::kRotate90ARGB8888 ? kCvRotate : "", [images] { images->prepare(); });
+        if (&m == &geometry::kRotate90ARGB8888)
+            RegisterScalarRow({operation, kSide, kSide, Split::Single, kSide * kSide * bytes * 2},
+                              [images, &m] {
+                                  Require(m.name, m.entry(&images->src->buffer, &images->dest->buffer, 1, nullptr, 0));
+                              },
+                              [images] { images->prepare(); });
     }
 }
 

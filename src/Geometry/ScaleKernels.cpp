@@ -25,6 +25,7 @@
 #include <hwy/highway.h>
 
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Streaming.h"
 #include "Geometry/ScaleKernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -142,6 +143,9 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
     const hn::Rebind<uint8_t, decltype(d16)> d8;
     const size_t N = hn::Lanes(d16);
     const size_t first = x0 * F.channels, end = (x0 + w) * F.channels;
+    // A streaming store writes a whole vector: not the half vector of bytes
+    // that 128-bit vectors narrow to.
+    const bool stream = job.stream && N >= 16;
     for (size_t y = y0; y < y0 + h; ++y) {
         const uint8_t* rows[kPairs * 2];
         TapRows<kTaps>(job, y, rows);
@@ -164,6 +168,13 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
         }
         uint8_t* out = job.dst + y * job.dstRowBytes;
         size_t s = first;
+        if (stream) {
+            // Streaming stores want whole aligned vectors: the samples before
+            // the first aligned one take the scalar rule.
+            const size_t before = std::min((N - reinterpret_cast<uintptr_t>(out + s) % N) % N, end - s);
+            ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, before, out);
+            s += before;
+        }
         for (; s + N <= end; s += N) {
             auto lower0 = hn::Zero(d32), lower1 = hn::Zero(d32), upper0 = hn::Zero(d32), upper1 = hn::Zero(d32);
             for (size_t p = 0; p < kPairs; ++p) {
@@ -175,10 +186,16 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
             const auto round = [&](hn::Vec<decltype(d32)> sum) { return hn::ShiftRight<14>(hn::Add(sum, hn::Set(d32, 16383))); };
             const auto lower = round(hn::RearrangeToOddPlusEven(lower0, lower1));
             const auto upper = round(hn::RearrangeToOddPlusEven(upper0, upper1));
-            hn::StoreU(hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper)), d8, out + s);
+            const auto bytes = hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper));
+            if (stream) {
+                hn::Stream(bytes, d8, out + s);
+            } else {
+                hn::StoreU(bytes, d8, out + s);
+            }
         }
         ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
     }
+    if (stream && !StreamFenceDeferred()) hwy::FlushStream();
 }
 
 // Four channels: one pixel's channels in the lanes of 128-bit vectors.
@@ -367,6 +384,76 @@ void HorizontalBytePixels(const PassJob& job, size_t x0, size_t y0, size_t w, si
     OverTapBlocks<A, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
 }
 
+// Four 8-bit channels in fixed point over an exact halving's run (PassJob::
+// runFirst..runEnd): every output takes the same weights on the five pixels
+// from two after the previous output's first, and the fifth weight is 0 (the
+// B-spline at 2.5 pixels). A block of 16 bytes holds four pixels, two pairs;
+// a shuffle puts a pair's two samples of each channel in the 16-bit halves
+// of that channel's 32-bit lane, and a pairwise widening multiply-add by the
+// pair's weights adds both products. Block k of a load at output o's first
+// pixel holds pairs 0 and 1 of output o + 2k, whose pair 1 is pair 0 of
+// output o + 2k + 1; a load four pixels on holds the pairs after those. So
+// two loads make 2 outputs a block with no per-pixel gather, and narrowing
+// the even and odd outputs' sums together puts them back in order block by
+// block. Exact for the reasons given for HorizontalBytePixels.
+template <size_t kTaps>
+void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<int16_t, decltype(d8)> d16;
+    const hn::Repartition<int32_t, decltype(d8)> d32;
+    const hn::Rebind<uint8_t, decltype(d16)> dOut;
+    const size_t group = hn::Lanes(d8) / 8;  // outputs per step: two per block
+    const size_t begin = std::max<size_t>(x0, job.runFirst), end0 = std::min<size_t>(x0 + w, job.runEnd);
+    int32_t weights[kTaps] = {};
+    bool fits = kTaps == 5 && end0 >= begin + group;
+    for (size_t j = 0; fits && j < kTaps; ++j) {
+        weights[j] = ReadUnaligned<int32_t>(job.weights + (begin * kTaps + j) * 4);
+        fits = j == 4 ? weights[j] == 0 : weights[j] >= INT16_MIN && weights[j] <= INT16_MAX;
+    }
+    if (!fits) return HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, x0, y0, w, h);
+    const size_t end = begin + (end0 - begin) / group * group;
+    if (begin > x0) HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, x0, y0, begin - x0, h);
+    if (x0 + w > end) HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, end, y0, x0 + w - end, h);
+    hn::Vec<decltype(d16)> pairs[2];
+    for (size_t p = 0; p < 2; ++p) {
+        const uint32_t pair = (static_cast<uint32_t>(weights[2 * p + 1]) << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu);
+        pairs[p] = hn::BitCast(d16, hn::Set(d32, static_cast<int32_t>(pair)));
+    }
+    // Byte k of a block's 32-bit lanes: channel k / 4 of the pair's first
+    // pixel (part 0) or second (part 2), each widened by a zero byte.
+    HWY_ALIGN uint8_t low[16], high[16];
+    for (size_t k = 0; k < 16; ++k) {
+        const size_t channel = k / 4, part = k % 4;
+        low[k] = part % 2 == 1 ? 0x80 : static_cast<uint8_t>(channel + 2 * part);
+        high[k] = part % 2 == 1 ? 0x80 : static_cast<uint8_t>(channel + 2 * part + 8);
+    }
+    const auto lowPair = hn::LoadDup128(d8, low), highPair = hn::LoadDup128(d8, high);
+    const auto round = hn::Set(d32, 16383);
+    const size_t firstPixel = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + begin * kTaps * 4));
+    for (size_t y = y0; y < y0 + h; ++y) {
+        const uint8_t* src = job.src + y * job.srcRowBytes + firstPixel * 4;
+        uint8_t* dst = job.dst + y * job.dstRowBytes;
+        for (size_t x = begin; x < end; x += group) {
+            const uint8_t* s = src + (x - begin) * 8;
+            const auto a = hn::LoadU(d8, s), b = hn::LoadU(d8, s + 16);
+            const auto shared = hn::BitCast(d16, hn::TableLookupBytesOr0(a, highPair));
+            // Each sum has a second accumulator, which x86 leaves at zero.
+            auto even = hn::Zero(d32), odd = hn::Zero(d32), evenMore = hn::Zero(d32), oddMore = hn::Zero(d32);
+            even = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(a, lowPair)), pairs[0],
+                                                 even, evenMore);
+            even = hn::ReorderWidenMulAccumulate(d32, shared, pairs[1], even, evenMore);
+            odd = hn::ReorderWidenMulAccumulate(d32, shared, pairs[0], odd, oddMore);
+            odd = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(b, lowPair)), pairs[1],
+                                                odd, oddMore);
+            even = hn::RearrangeToOddPlusEven(even, evenMore);
+            odd = hn::RearrangeToOddPlusEven(odd, oddMore);
+            const auto evenOut = hn::ShiftRight<14>(hn::Add(even, round));
+            const auto oddOut = hn::ShiftRight<14>(hn::Add(odd, round));
+            hn::StoreU(hn::DemoteTo(dOut, hn::ReorderDemote2To(d16, evenOut, oddOut)), dOut, dst + x * 4);
+        }
+    }
+}
+
 // One channel: consecutive output pixels in the lanes; each tap's samples
 // and weights are gathered into a lane array first.
 template <PixelFormat F, Arithmetic A, size_t kTaps>
@@ -408,7 +495,9 @@ void HorizontalPlaneVector(const PassJob& job, size_t x0, size_t y0, size_t w, s
 
 void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
-        if constexpr (F.sample == SampleKind::U8 && F.channels == 4) {
+        if constexpr (F.sample == SampleKind::U8 && F.channels == 4 && A == Arithmetic::Fixed) {
+            HalvingBytesFixed<kTaps>(job, x0, y0, w, h);
+        } else if constexpr (F.sample == SampleKind::U8 && F.channels == 4) {
             HorizontalBytePixels<A, kTaps>(job, x0, y0, w, h);
         } else if constexpr (F.channels == 4) {
             HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -97,7 +98,41 @@ struct PassJob {
     uint8_t format;          // index into kScaleFormats
     Arithmetic arithmetic;
     uint8_t taps;
+    // Horizontal pass: outputs [runFirst, runEnd) have the weights of output
+    // runFirst, and their taps are consecutive pixels that start two pixels
+    // after the previous output's, with one more pixel in the row after the
+    // last tap (FindHalvingRun). Empty when none is.
+    uint32_t runFirst = 0, runEnd = 0;
+    // Vertical pass: when not 0, source row r is row r % windowRows of src,
+    // a ring of intermediate rows.
+    size_t windowRows = 0;
+    // Whether the destination is written with streaming stores where a
+    // kernel can (it is too large to be read back from the cache).
+    bool stream = false;
 };
+
+// The outputs of a horizontal table that take the same weights and the
+// taps of the output before them moved two pixels on: in an exact halving,
+// every output but the edges' clamped ones. The vector kernels give these
+// one fixed-weight kernel instead of a per-pixel gather.
+inline void FindHalvingRun(PassJob& job, size_t sourceLength, size_t count) {
+    const size_t taps = job.taps, weightBytes = WeightBytes(job.arithmetic), entryWeights = taps * weightBytes;
+    const auto index = [&](size_t entry, size_t tap) {
+        return static_cast<int64_t>(ReadUnaligned<int32_t>(job.indices + (entry * taps + tap) * 4));
+    };
+    const auto fits = [&](size_t x, size_t first) {
+        const int64_t start = index(first, 0) + 2 * static_cast<int64_t>(x - first);
+        for (size_t j = 0; j < taps; ++j)
+            if (index(x, j) != start + static_cast<int64_t>(j)) return false;
+        return start + static_cast<int64_t>(taps) < static_cast<int64_t>(sourceLength) &&
+               std::memcmp(job.weights + x * entryWeights, job.weights + first * entryWeights, entryWeights) == 0;
+    };
+    size_t first = 0;
+    while (first < count && !fits(first, first)) ++first;
+    size_t end = first;
+    while (end < count && fits(end, first)) ++end;
+    job.runFirst = static_cast<uint32_t>(first), job.runEnd = static_cast<uint32_t>(end);
+}
 
 // A pass kernel produces the output block (x0, y0, w, h).
 using PassKernel = void (*)(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h);
@@ -195,9 +230,10 @@ void HorizontalPassScalar(const PassJob& job, size_t x0, size_t y0, size_t w, si
 // The rows of output row y's taps.
 template <size_t kTaps>
 inline void TapRows(const PassJob& job, size_t y, const uint8_t** rows) {
-    for (size_t j = 0; j < kTaps; ++j)
-        rows[j] = job.src + static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + (y * kTaps + j) * 4)) *
-                                job.srcRowBytes;
+    for (size_t j = 0; j < kTaps; ++j) {
+        const auto row = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + (y * kTaps + j) * 4));
+        rows[j] = job.src + (job.windowRows != 0 ? row % job.windowRows : row) * job.srcRowBytes;
+    }
 }
 
 template <PixelFormat F, Arithmetic A, size_t kTaps>

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include "Core/GridSplit.h"
@@ -94,6 +95,44 @@ TEST(Scale, EveryMemberMatchesTheReferenceUnderEveryKernelAndSplit) {
                     return dest.pixels();
                 });
                 if (testing::Test::HasFailure()) return;
+            }
+        }
+    }
+}
+
+// Exact halvings (their fixed-weight kernel, edges included), images whose
+// intermediate rows wrap the passes' window of rows several times, serial
+// and split into bands, and the vertical pass's streaming stores on
+// destinations at every alignment.
+TEST(Scale, HalvingsWindowedRowsAndStreamedRowsMatchTheReference) {
+    constexpr Shape kWindowed[] = {
+        {262, 9, 131, 9}, {130, 70, 65, 35}, {66, 4, 33, 9},  // halvings: width alone, both, height growing
+        {4100, 40, 2050, 20},                                  // 40 rows wider than the window holds: serial
+        {4100, 66, 2050, 33},                                  // the same, split into bands of a few rows
+        {1030, 33, 2060, 40},                                  // growing both ways, split
+    };
+    for (const ScaleMember* m : {&geometry::kScaleARGB8888, &geometry::kScalePlanar8, &geometry::kScaleARGBFFFF}) {
+        const size_t bytes = m->format.pixelBytes(), sample = m->format.sampleBytes();
+        for (const Shape& s : kWindowed) {
+            GuardedImage src(s.sw, s.sh, bytes, 5 * sample, sample);
+            Fill(src, m->format, s.sw + 7 * s.sh);
+            for (const Quorin_Flags quality : {Quorin_Flags{0}, Quorin_Flags{kQuorinFlag_HighQualityResampling}}) {
+                const std::vector<uint8_t> want = ReferenceOf(src, *m, s, quality != 0);
+                for (const size_t offset : {size_t{0}, 3 * sample}) {
+                    SCOPED_TRACE(testing::Message() << m->name << " " << s.sw << "x" << s.sh << " -> " << s.dw
+                                                    << "x" << s.dh << " flags " << quality << " offset " << offset);
+                    std::optional<StreamingForced> streamed;
+                    if (offset != 0) streamed.emplace();
+                    ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                        GuardedImage dest(s.dw, s.dh, bytes, 3 * sample, offset);
+                        dest.fillBytes(0x5A);
+                        EXPECT_EQ(m->entry(src.record(), dest.record(), nullptr, flags | quality), kQuorinSuccess);
+                        EXPECT_EQ(dest.damagedGuard(), "");
+                        EXPECT_EQ(dest.pixels(), want);
+                        return dest.pixels();
+                    });
+                    if (testing::Test::HasFailure()) return;
+                }
             }
         }
     }
