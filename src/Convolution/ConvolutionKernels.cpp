@@ -125,11 +125,11 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
 // array, and the two quotients are put back together as bytes.
 // kKH, kKW: the kernel's size when known when compiled (3 x 3 and 5 x 5,
 // whose loops then unroll), else 0.
-template <class DA, size_t kKH, size_t kKW, class Divide>
-size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
-                         const Divide& divide, bool stream) {
-    static_assert(sizeof(hn::TFromD<DA>) == 2);
+template <size_t kKH, size_t kKW>
+size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s) {
+    using DA = hn::CappedTag<uint16_t, 16>;
     const DA da;
+    const LaneDivide<DA, 16> divide(s.divide16);
     const hn::Repartition<uint8_t, DA> d8;
     const size_t kh = kKH ? kKH : s.kernelHeight, kw = kKW ? kKW : s.kernelWidth;
     const size_t N = hn::Lanes(da), V = 2 * N, P = s.pixelBytes, back = (kw / 2) * P;
@@ -170,42 +170,62 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
         hn::StoreU(sumEven, da, even + k / 2);
         hn::StoreU(sumOdd, da, odd + k / 2);
     };
-    // Across, with the quotient and the store fixed for the call's loops.
-    auto Stretches = [&](auto quotient, auto put) {
-        size_t b = begin;
-        while (b + V <= end) {
-            const size_t count = std::min(kStretch, end - b) / V * V, span = count + 2 * back, at = b - begin;
-            size_t k = 0;
-            for (; k + V <= span; k += V) {
-                if (newest != nullptr && from[kh - 1] + at + k < newest + last)
-                    hwy::Prefetch(from[kh - 1] + at + k + kAhead);
-                Down(at, k);
-            }
-            // The last sums as one more vector ending at the span's end (an
-            // even place, as count and back are), over sums already made.
-            if (k < span) Down(at, span - V);
-            for (k = 0; k < count; k += V) {
-                auto sumEven = hn::Zero(da), sumOdd = hn::Zero(da);
-                for (size_t j = 0; j < kw; ++j) {
-                    const auto weight = hn::Set(da, across[j]);
-                    sumEven = hn::Add(sumEven, hn::Mul(hn::LoadU(da, forEven[j] + k / 2), weight));
-                    sumOdd = hn::Add(sumOdd, hn::Mul(hn::LoadU(da, forOdd[j] + k / 2), weight));
-                }
-                const auto bytes = hn::Or(hn::And(quotient(sumEven), low), hn::ShiftLeft<8>(quotient(sumOdd)));
-                put(hn::BitCast(d8, bytes), out + b + k);
-            }
-            b += count;
+    // Output bytes [b, b + count) (count a multiple of V, at most a
+    // stretch): the sums down over them and their halo, then across, with
+    // the quotient and the store fixed for the call's loops.
+    auto Stretch = [&](size_t b, size_t count, auto quotient, auto put) {
+        const size_t span = count + 2 * back, at = b - begin;
+        size_t k = 0;
+        for (; k + V <= span; k += V) {
+            if (newest != nullptr && from[kh - 1] + at + k < newest + last)
+                hwy::Prefetch(from[kh - 1] + at + k + kAhead);
+            Down(at, k);
         }
-        return b;
-    };
-    auto WithQuotient = [&](auto put) {
-        if (!divide.powerOfTwo) return Stretches([&](hn::Vec<DA> v) { return divide(v); }, put);
-        const int shift = divide.shift1 + divide.shift2;
-        return Stretches([shift](hn::Vec<DA> v) { return hn::ShiftRightSame(v, shift); }, put);
+        // The last sums as one more vector ending at the span's end (an
+        // even place, as count and back are), over sums already made.
+        if (k < span) Down(at, span - V);
+        for (k = 0; k < count; k += V) {
+            auto sumEven = hn::Zero(da), sumOdd = hn::Zero(da);
+            for (size_t j = 0; j < kw; ++j) {
+                const auto weight = hn::Set(da, across[j]);
+                sumEven = hn::Add(sumEven, hn::Mul(hn::LoadU(da, forEven[j] + k / 2), weight));
+                sumOdd = hn::Add(sumOdd, hn::Mul(hn::LoadU(da, forOdd[j] + k / 2), weight));
+            }
+            const auto bytes = hn::Or(hn::And(quotient(sumEven), low), hn::ShiftLeft<8>(quotient(sumOdd)));
+            put(hn::BitCast(d8, bytes), out + b + k);
+        }
     };
     using Bytes = hn::Vec<hn::Repartition<uint8_t, DA>>;
-    if (stream) return WithQuotient([d8](Bytes v, uint8_t* to) { hn::Stream(v, d8, to); });
-    return WithQuotient([d8](Bytes v, uint8_t* to) { hn::StoreU(v, d8, to); });
+    const auto plain = [d8](Bytes v, uint8_t* to) { hn::StoreU(v, d8, to); };
+    const auto streamed = [d8](Bytes v, uint8_t* to) { hn::Stream(v, d8, to); };
+    // Bytes [b0, b1), at least a vector: whole stretches, then the rest as
+    // one more vector ending at b1 over bytes already written with the same
+    // values, stored plainly.
+    auto Stretches = [&](size_t b0, size_t b1, auto quotient, auto put) {
+        size_t b = b0;
+        for (size_t count; (count = std::min(kStretch, b1 - b) / V * V) != 0; b += count) Stretch(b, count, quotient, put);
+        if (b < b1) Stretch(b1 - V, V, quotient, plain);
+    };
+    // Streamed stores start at the first cache-line boundary (a whole
+    // number of vectors from it on); the bytes before it go out plainly.
+    auto Everything = [&](auto quotient) {
+        constexpr size_t kLine = 64;
+        const size_t line = begin + (kLine - reinterpret_cast<uintptr_t>(out + begin) % kLine) % kLine;
+        if (s.stream && line + V <= end) {
+            if (line > begin) Stretches(begin, std::max(line, begin + V), quotient, plain);
+            Stretches(line, end, quotient, streamed);
+        } else {
+            Stretches(begin, end, quotient, plain);
+        }
+    };
+    if (end - begin < V) return begin;
+    if (divide.powerOfTwo) {
+        const int shift = divide.shift1 + divide.shift2;
+        Everything([shift](hn::Vec<DA> v) { return hn::ShiftRightSame(v, shift); });
+    } else {
+        Everything([&](hn::Vec<DA> v) { return divide(v); });
+    }
+    return end;
 }
 
 // In place, sums[k] = sums[k] + .. + sums[k + (taps - 1) * step] for k <
@@ -280,6 +300,13 @@ template <class DA, class Divide>
 size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
                         const Divide& divide) {
     const size_t lanes = hn::Lanes(DA());
+    if (s.separable) {
+        size_t done = begin;
+        if (s.kernelHeight == 3 && s.kernelWidth == 3) done = ConvolveSeparable<3, 3>(rows, out, begin, end, s);
+        else if (s.kernelHeight == 5 && s.kernelWidth == 5) done = ConvolveSeparable<5, 5>(rows, out, begin, end, s);
+        else done = ConvolveSeparable<0, 0>(rows, out, begin, end, s);
+        if (done == end) return end;
+    }
     size_t b = begin;
     // Streamed stores start at the first cache-line boundary; the bytes
     // before it go out as plain vectors, the last one ending on the boundary
@@ -300,14 +327,7 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
         }
     }
     if constexpr (sizeof(hn::TFromD<DA>) == 2) {
-        if (s.tentRow)
-            b = TentAcross<DA>(rows[0], out, b, end, s, divide, stream);
-        else if (s.separable && s.kernelHeight == 3 && s.kernelWidth == 3)
-            b = ConvolveSeparable<DA, 3, 3>(rows, out, b, end, s, divide, stream);
-        else if (s.separable && s.kernelHeight == 5 && s.kernelWidth == 5)
-            b = ConvolveSeparable<DA, 5, 5>(rows, out, b, end, s, divide, stream);
-        else if (s.separable)
-            b = ConvolveSeparable<DA, 0, 0>(rows, out, b, end, s, divide, stream);
+        if (s.tentRow) b = TentAcross<DA>(rows[0], out, b, end, s, divide, stream);
     }
     b = ConvolveVectors<DA, 4>(rows, out, b, end, s, divide, stream);
     const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide, stream);
