@@ -327,7 +327,10 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
         }
     }
     if constexpr (sizeof(hn::TFromD<DA>) == 2) {
-        if (s.tentRow) b = TentAcross<DA>(rows[0], out, b, end, s, divide, stream);
+        // The triangular passes, as the column-times-row kernels, in 256-bit
+        // vectors at most.
+        using DT = hn::CappedTag<uint16_t, 16>;
+        if (s.tentRow) b = TentAcross<DT>(rows[0], out, b, end, s, LaneDivide<DT, 16>(s.divide16), stream);
     }
     b = ConvolveVectors<DA, 4>(rows, out, b, end, s, divide, stream);
     const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide, stream);
@@ -812,7 +815,7 @@ void ConvolveBandVector(const Quorin_Buffer& src, const Quorin_Buffer& dest, siz
                         const ConvolveShape& s) {
 #if HWY_TARGET != HWY_SCALAR
     if (s.tentColumn) {
-        TentDown<hn::ScalableTag<uint16_t>>(src, dest, first, last, width, s);
+        TentDown<hn::CappedTag<uint16_t, 16>>(src, dest, first, last, width, s);
         if (s.stream) hwy::FlushStream();
         return;
     }
