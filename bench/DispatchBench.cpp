@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <thread>
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -92,6 +93,19 @@ struct AlignedFree {
     void operator()(uint8_t* p) const { std::free(p); }
 };
 
+using Aligned = std::shared_ptr<std::unique_ptr<uint8_t, AlignedFree>>;
+
+// A row's preparation: a source and a destination of `bytes` bytes each, made once.
+std::function<void()> CopyBuffersOf(Aligned from, Aligned to, size_t bytes) {
+    return [from, to, bytes] {
+        if (*from) return;
+        from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
+        to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
+        std::memset(from->get(), 1, bytes);
+        std::memset(to->get(), 2, bytes);
+    };
+}
+
 // Eight bytes read and eight written per pixel, in one piece per processor.
 void RegisterCeiling(size_t size, Split split) {
     const size_t half = size * size * 8;
@@ -108,13 +122,7 @@ void RegisterCeiling(size_t size, Split split) {
             });
         },
         {},
-        [from, to, half] {
-            if (*from) return;
-            from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, half)));
-            to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, half)));
-            std::memset(from->get(), 1, half);
-            std::memset(to->get(), 2, half);
-        });
+        CopyBuffersOf(from, to, half));
 }
 
 // The first quarter of every row of four-byte pixels, streamed and fenced once
@@ -135,13 +143,7 @@ void RegisterQuarterRowsCeiling(size_t size, Split split) {
             });
         },
         {},
-        [from, to, bytes] {
-            if (*from) return;
-            from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
-            to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
-            std::memset(from->get(), 1, bytes);
-            std::memset(to->get(), 2, bytes);
-        });
+        CopyBuffersOf(from, to, bytes));
 }
 
 // Write-only members (fills) have only the stores' half of a copy's work: eight
