@@ -115,56 +115,117 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
 // output bytes first sums its columns down the rows (with the halo the row
 // of weights reaches), then those sums across. The sums are the same integers
 // as the kernel's own, and as none passes 65535 none wraps.
+//
+// A vector of bytes is taken as 16-bit lanes of two neighbouring bytes, the
+// low one at an even place and the high one at the next: masking and
+// shifting give the two apart, so no byte moves between lanes (widening
+// would cost a shuffle per vector, and the shuffle units are the scarce
+// ones). The sums down go into two arrays, of the even places and of the odd
+// ones; a tap across that moves by an odd number of bytes reads the other
+// array, and the two quotients are put back together as bytes.
 // kKH, kKW: the kernel's size when known when compiled (3 x 3 and 5 x 5,
 // whose loops then unroll), else 0.
-template <class DA, size_t kKH, size_t kKW, class Divide>
-size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
-                         const Divide& divide, bool stream) {
-    static_assert(sizeof(hn::TFromD<DA>) == 2);
+template <size_t kKH, size_t kKW>
+size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s) {
+    using DA = hn::CappedTag<uint16_t, 16>;
     const DA da;
-    const hn::Rebind<uint8_t, DA> d8;
+    const LaneDivide<DA, 16> divide(s.divide16);
+    const hn::Repartition<uint8_t, DA> d8;
     const size_t kh = kKH ? kKH : s.kernelHeight, kw = kKW ? kKW : s.kernelWidth;
-    const size_t N = hn::Lanes(da), P = s.pixelBytes, back = (kw / 2) * P;
-    constexpr size_t kStretch = 1024, kAhead = 2048;
-    alignas(64) uint16_t down[kStretch + 2 * 127 * 4];
-    const uint8_t* newest = rows[kh - 1];
-    const size_t rowBytes = s.width * P;
-    // Weights of 1 and 2 (common in smoothing kernels) skip the product.
-    auto Times = [&](hn::Vec<DA> v, int16_t weight) {
-        if (weight == 1) return v;
-        if (weight == 2) return hn::Add(v, v);
-        return hn::Mul(v, hn::Set(da, static_cast<uint16_t>(weight)));
-    };
-    size_t b = begin;
-    while (b + N <= end) {
-        const size_t count = std::min(kStretch, end - b) / N * N, span = count + 2 * back;
-        const size_t from = b - back;  // the interior's taps stay inside the row
-        size_t k = 0;
-        for (; k + N <= span; k += N) {
-            // The newest row comes from memory: its lines are asked for a
-            // stretch ahead, across the page boundaries the hardware stops at.
-            if (newest != nullptr && from + k + kAhead < rowBytes) hwy::Prefetch(newest + from + k + kAhead);
-            auto sum = hn::Zero(da);
-            for (size_t i = 0; i < kh; ++i)
-                if (rows[i] != nullptr)
-                    sum = hn::Add(sum, Times(hn::PromoteTo(da, hn::LoadU(d8, rows[i] + from + k)), s.down[i]));
-            hn::Store(sum, da, down + k);
-        }
-        for (; k < span; ++k) {
-            uint32_t sum = 0;
-            for (size_t i = 0; i < kh; ++i)
-                if (rows[i] != nullptr) sum += static_cast<uint32_t>(s.down[i]) * rows[i][from + k];
-            down[k] = static_cast<uint16_t>(sum);
-        }
-        for (k = 0; k < count; k += N) {
-            auto sum = hn::Zero(da);
-            for (size_t j = 0; j < kw; ++j)
-                sum = hn::Add(sum, Times(hn::LoadU(da, down + k + j * P), s.across[j]));
-            Put(stream, hn::TruncateTo(d8, divide(sum)), d8, out + b + k);
-        }
-        b += count;
+    const size_t N = hn::Lanes(da), V = 2 * N, P = s.pixelBytes, back = (kw / 2) * P;
+    constexpr size_t kStretch = 1024, kAhead = 2048, kHalf = kStretch / 2 + 127 * 4 + 1;
+    alignas(64) uint16_t even[kHalf], odd[kHalf];
+    // The weights and, for each tap across, where the sums of an even and
+    // of an odd output place start: local, so the stores of output bytes
+    // cannot be taken to change them. A row outside the image is read as
+    // the middle row (always inside) with weight 0, so the loop down has no
+    // tests.
+    uint16_t down[255], across[255];
+    const uint8_t* from[255];
+    const uint16_t *forEven[255], *forOdd[255];
+    for (size_t i = 0; i < kh; ++i) {
+        down[i] = rows[i] != nullptr ? static_cast<uint16_t>(s.down[i]) : 0;
+        from[i] = (rows[i] != nullptr ? rows[i] : rows[kh / 2]) + begin - back;
     }
-    return b;
+    for (size_t j = 0; j < kw; ++j) {
+        const size_t o = j * P;
+        across[j] = static_cast<uint16_t>(s.across[j]);
+        forEven[j] = o % 2 == 0 ? even + o / 2 : odd + o / 2;
+        forOdd[j] = o % 2 == 0 ? odd + o / 2 : even + o / 2 + 1;
+    }
+    // The newest row comes from memory: its lines are asked for a stretch
+    // ahead, across the page boundaries the hardware stops at, up to its end.
+    const uint8_t* newest = rows[kh - 1];
+    const size_t rowBytes = s.width * P, last = rowBytes > kAhead ? rowBytes - kAhead : 0;
+    const auto low = hn::Set(da, 0xFF);
+    // Down: the two sums of the bytes [k, k + V) of the stretch from byte `at` on.
+    auto Down = [&](size_t at, size_t k) {
+        auto sumEven = hn::Zero(da), sumOdd = hn::Zero(da);
+        for (size_t i = 0; i < kh; ++i) {
+            const auto pair = hn::BitCast(da, hn::LoadU(d8, from[i] + at + k));
+            const auto weight = hn::Set(da, down[i]);
+            sumEven = hn::Add(sumEven, hn::Mul(hn::And(pair, low), weight));
+            sumOdd = hn::Add(sumOdd, hn::Mul(hn::ShiftRight<8>(pair), weight));
+        }
+        hn::StoreU(sumEven, da, even + k / 2);
+        hn::StoreU(sumOdd, da, odd + k / 2);
+    };
+    // Output bytes [b, b + count) (count a multiple of V, at most a
+    // stretch): the sums down over them and their halo, then across, with
+    // the quotient and the store fixed for the call's loops.
+    auto Stretch = [&](size_t b, size_t count, auto quotient, auto put) {
+        const size_t span = count + 2 * back, at = b - begin;
+        size_t k = 0;
+        for (; k + V <= span; k += V) {
+            if (newest != nullptr && from[kh - 1] + at + k < newest + last)
+                hwy::Prefetch(from[kh - 1] + at + k + kAhead);
+            Down(at, k);
+        }
+        // The last sums as one more vector ending at the span's end (an
+        // even place, as count and back are), over sums already made.
+        if (k < span) Down(at, span - V);
+        for (k = 0; k < count; k += V) {
+            auto sumEven = hn::Zero(da), sumOdd = hn::Zero(da);
+            for (size_t j = 0; j < kw; ++j) {
+                const auto weight = hn::Set(da, across[j]);
+                sumEven = hn::Add(sumEven, hn::Mul(hn::LoadU(da, forEven[j] + k / 2), weight));
+                sumOdd = hn::Add(sumOdd, hn::Mul(hn::LoadU(da, forOdd[j] + k / 2), weight));
+            }
+            const auto bytes = hn::Or(hn::And(quotient(sumEven), low), hn::ShiftLeft<8>(quotient(sumOdd)));
+            put(hn::BitCast(d8, bytes), out + b + k);
+        }
+    };
+    using Bytes = hn::Vec<hn::Repartition<uint8_t, DA>>;
+    const auto plain = [d8](Bytes v, uint8_t* to) { hn::StoreU(v, d8, to); };
+    const auto streamed = [d8](Bytes v, uint8_t* to) { hn::Stream(v, d8, to); };
+    // Bytes [b0, b1), at least a vector: whole stretches, then the rest as
+    // one more vector ending at b1 over bytes already written with the same
+    // values, stored plainly.
+    auto Stretches = [&](size_t b0, size_t b1, auto quotient, auto put) {
+        size_t b = b0;
+        for (size_t count; (count = std::min(kStretch, b1 - b) / V * V) != 0; b += count) Stretch(b, count, quotient, put);
+        if (b < b1) Stretch(b1 - V, V, quotient, plain);
+    };
+    // Streamed stores start at the first cache-line boundary (a whole
+    // number of vectors from it on); the bytes before it go out plainly.
+    auto Everything = [&](auto quotient) {
+        constexpr size_t kLine = 64;
+        const size_t line = begin + (kLine - reinterpret_cast<uintptr_t>(out + begin) % kLine) % kLine;
+        if (s.stream && line + V <= end) {
+            if (line > begin) Stretches(begin, std::max(line, begin + V), quotient, plain);
+            Stretches(line, end, quotient, streamed);
+        } else {
+            Stretches(begin, end, quotient, plain);
+        }
+    };
+    if (end - begin < V) return begin;
+    if (divide.powerOfTwo) {
+        const int shift = divide.shift1 + divide.shift2;
+        Everything([shift](hn::Vec<DA> v) { return hn::ShiftRightSame(v, shift); });
+    } else {
+        Everything([&](hn::Vec<DA> v) { return divide(v); });
+    }
+    return end;
 }
 
 // In place, sums[k] = sums[k] + .. + sums[k + (taps - 1) * step] for k <
@@ -239,6 +300,13 @@ template <class DA, class Divide>
 size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s,
                         const Divide& divide) {
     const size_t lanes = hn::Lanes(DA());
+    if (s.separable) {
+        size_t done = begin;
+        if (s.kernelHeight == 3 && s.kernelWidth == 3) done = ConvolveSeparable<3, 3>(rows, out, begin, end, s);
+        else if (s.kernelHeight == 5 && s.kernelWidth == 5) done = ConvolveSeparable<5, 5>(rows, out, begin, end, s);
+        else done = ConvolveSeparable<0, 0>(rows, out, begin, end, s);
+        if (done == end) return end;
+    }
     size_t b = begin;
     // Streamed stores start at the first cache-line boundary; the bytes
     // before it go out as plain vectors, the last one ending on the boundary
@@ -259,17 +327,10 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
         }
     }
     if constexpr (sizeof(hn::TFromD<DA>) == 2) {
-        if (s.tentRow)
-            b = TentAcross<DA>(rows[0], out, b, end, s, divide, stream);
-        // Measured at 4096 x 4096: a 3 x 3 kernel's direct sums are quicker
-        // below 512-bit vectors, the sums down then across at 512 bits.
-        else if (s.separable && s.kernelHeight == 3 && s.kernelWidth == 3) {
-            if (hn::MaxLanes(DA()) >= 32) b = ConvolveSeparable<DA, 3, 3>(rows, out, b, end, s, divide, stream);
-        }
-        else if (s.separable && s.kernelHeight == 5 && s.kernelWidth == 5)
-            b = ConvolveSeparable<DA, 5, 5>(rows, out, b, end, s, divide, stream);
-        else if (s.separable)
-            b = ConvolveSeparable<DA, 0, 0>(rows, out, b, end, s, divide, stream);
+        // The triangular passes, as the column-times-row kernels, in 256-bit
+        // vectors at most.
+        using DT = hn::CappedTag<uint16_t, 16>;
+        if (s.tentRow) b = TentAcross<DT>(rows[0], out, b, end, s, LaneDivide<DT, 16>(s.divide16), stream);
     }
     b = ConvolveVectors<DA, 4>(rows, out, b, end, s, divide, stream);
     const size_t done = ConvolveVectors<DA, 1>(rows, out, b, end, s, divide, stream);
@@ -754,7 +815,7 @@ void ConvolveBandVector(const Quorin_Buffer& src, const Quorin_Buffer& dest, siz
                         const ConvolveShape& s) {
 #if HWY_TARGET != HWY_SCALAR
     if (s.tentColumn) {
-        TentDown<hn::ScalableTag<uint16_t>>(src, dest, first, last, width, s);
+        TentDown<hn::CappedTag<uint16_t, 16>>(src, dest, first, last, width, s);
         if (s.stream) hwy::FlushStream();
         return;
     }

@@ -71,8 +71,8 @@ struct ConvolveShape {
     // sums a box of h + 1 taps twice, whatever its width.
     bool tentRow;
     // The kernel is the column `down` times the row `across` (non-negative
-    // weights whose sums fit 16 bits, more than 15 taps, more than one row
-    // and column): the vector kernel sums down, then across.
+    // weights whose sums fit 16 bits, more than one row and column): the
+    // vector kernel sums down, then across.
     bool separable;
     // The destination is too large to stay in the cache (set by the caller,
     // for the vector kernels): its rows go out with streaming stores.

@@ -105,7 +105,11 @@ Quorin_Error Convolve(const Quorin_Buffer* src, const Quorin_Buffer* dest, size_
            std::max<size_t>(1, kBandPixels / std::max<size_t>(1, gridWidth))};
     work.shape = MakeConvolveShape(work.src.width, pixelBytes, kernel, kernelHeight, kernelWidth, divisor);
     work.shape.stream = WantsStreaming(gridHeight * dest->rowBytes);
-    // Running sums start over at each band: bands of many rows keep that cheap.
+    // Each band reads the kernelHeight - 1 rows around it again (from memory,
+    // when another piece took the band before): bands of at least eight
+    // times that many rows keep the extra reading to an eighth. Running sums
+    // start over at each band: bands of many rows keep that cheap too.
+    work.bandRows = std::max<size_t>(work.bandRows, 8 * (kernelHeight - 1));
     if (work.shape.tentColumn) work.bandRows = std::max<size_t>(work.bandRows, 16 * kernelHeight);
     const Quorin_PieceClosure closure{
         [](void* context, size_t, size_t, size_t, size_t, size_t) {
