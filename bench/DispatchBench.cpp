@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <thread>
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -36,21 +37,21 @@ void BusyPiece(void* context, size_t, size_t, size_t, size_t, size_t h) {
 // ceiling too low and the gain from a second core too high. `bytes` is a
 // multiple of 64 and both pointers are 64-byte aligned.
 #if defined(__x86_64__) && defined(__GNUC__)
-__attribute__((target("avx512f"))) void StreamCopy64(const uint8_t* from, uint8_t* to, size_t bytes) {
+__attribute__((target("avx512f"))) void StreamCopy64(const uint8_t* from, uint8_t* to, size_t bytes, bool fence) {
     for (size_t i = 0; i < bytes; i += 64)
         _mm512_stream_si512(reinterpret_cast<__m512i*>(to + i), _mm512_load_si512(from + i));
-    _mm_sfence();
+    if (fence) _mm_sfence();
 }
-__attribute__((target("avx2"))) void StreamCopy32(const uint8_t* from, uint8_t* to, size_t bytes) {
+__attribute__((target("avx2"))) void StreamCopy32(const uint8_t* from, uint8_t* to, size_t bytes, bool fence) {
     for (size_t i = 0; i < bytes; i += 32)
         _mm256_stream_si256(reinterpret_cast<__m256i*>(to + i),
                             _mm256_load_si256(reinterpret_cast<const __m256i*>(from + i)));
-    _mm_sfence();
+    if (fence) _mm_sfence();
 }
-void StreamCopy16(const uint8_t* from, uint8_t* to, size_t bytes) {
+void StreamCopy16(const uint8_t* from, uint8_t* to, size_t bytes, bool fence) {
     for (size_t i = 0; i < bytes; i += 16)
         _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), _mm_load_si128(reinterpret_cast<const __m128i*>(from + i)));
-    _mm_sfence();
+    if (fence) _mm_sfence();
 }
 __attribute__((target("avx512f"))) void StreamFill64(uint8_t* to, size_t bytes) {
     const __m512i value = _mm512_set1_epi8(3);
@@ -73,20 +74,37 @@ void StreamFill(uint8_t* to, size_t bytes) {
                                                               : StreamFill16;
     fill(to, bytes);
 }
-void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes) {
+// `fence`: false leaves the streaming stores unfenced, for a caller that
+// fences a run of rows once.
+void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes, bool fence = true) {
     static const auto copy = __builtin_cpu_supports("avx512f") ? StreamCopy64
                              : __builtin_cpu_supports("avx2") ? StreamCopy32
                                                               : StreamCopy16;
-    copy(from, to, bytes);
+    copy(from, to, bytes, fence);
 }
+void FenceStreams() { _mm_sfence(); }
 #else
-void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes) { std::memcpy(to, from, bytes); }
+void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes, bool = true) { std::memcpy(to, from, bytes); }
+void FenceStreams() {}
 void StreamFill(uint8_t* to, size_t bytes) { std::memset(to, 3, bytes); }
 #endif
 
 struct AlignedFree {
     void operator()(uint8_t* p) const { std::free(p); }
 };
+
+using Aligned = std::shared_ptr<std::unique_ptr<uint8_t, AlignedFree>>;
+
+// A row's preparation: a source and a destination of `bytes` bytes each, made once.
+std::function<void()> CopyBuffersOf(Aligned from, Aligned to, size_t bytes) {
+    return [from, to, bytes] {
+        if (*from) return;
+        from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
+        to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
+        std::memset(from->get(), 1, bytes);
+        std::memset(to->get(), 2, bytes);
+    };
+}
 
 // Eight bytes read and eight written per pixel, in one piece per processor.
 void RegisterCeiling(size_t size, Split split) {
@@ -104,13 +122,28 @@ void RegisterCeiling(size_t size, Split split) {
             });
         },
         {},
-        [from, to, half] {
-            if (*from) return;
-            from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, half)));
-            to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, half)));
-            std::memset(from->get(), 1, half);
-            std::memset(to->get(), 2, half);
-        });
+        CopyBuffersOf(from, to, half));
+}
+
+// The first quarter of every row of four-byte pixels, streamed and fenced once
+// per piece: the pattern of a member that walks a quarter of each row, which
+// meets every row's pages cold and so cannot reach the contiguous copy's rate.
+void RegisterQuarterRowsCeiling(size_t size, Split split) {
+    const size_t rowBytes = size * 4, used = size, bytes = rowBytes * size;
+    const auto from = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+    const auto to = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+    RegisterRow(
+        {"ceiling.stream-copy-quarter-rows", size, size, split, 2 * used * size},
+        [from, to, size, rowBytes, used, split] {
+            const size_t pieces = split == Split::Single ? 1 : ActiveProcessorCount();
+            ParallelApply(pieces, [&](size_t i) {
+                for (size_t y = i * size / pieces; y < (i + 1) * size / pieces; ++y)
+                    StreamCopy(from->get() + y * rowBytes, to->get() + y * rowBytes, used, false);
+                FenceStreams();
+            });
+        },
+        {},
+        CopyBuffersOf(from, to, bytes));
 }
 
 // Write-only members (fills) have only the stores' half of a copy's work: eight
@@ -164,6 +197,7 @@ const RegisterFamily kDispatch([] {
         for (Split split : {Split::Single, Split::Default}) {
             RegisterCeiling(size, split);
             RegisterFillCeiling(size, split);
+            RegisterQuarterRowsCeiling(size, split);
         }
 });
 

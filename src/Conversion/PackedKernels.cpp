@@ -1,8 +1,9 @@
 // Vector twins of the matrix cells (PackedRules.h), one template for all of
 // them. A cell that only reorders samples of one depth moves whole vectors
 // of its sample type through de-interleaving loads and interleaving stores;
-// every other cell carries each channel in 32-bit lanes, one pixel a lane,
-// through the same depth rule as the scalar kernel. The pixels no whole step
+// a cell between bytes and 565/1555/5551 words carries each channel in
+// 16-bit lanes, every other cell in 32-bit lanes, one pixel a lane, through
+// the same depth rule as the scalar kernel. The pixels no whole step
 // covers go to the scalar kernel (the core's RunSteps), so no byte outside
 // the run is read or written.
 #undef HWY_TARGET_INCLUDE
@@ -98,6 +99,64 @@ struct ShortDivision {
 constexpr ShortDivision ShortDivisionBy(unsigned depth) {
     const uint64_t power = uint64_t{1} << (15 + depth);
     return {static_cast<uint32_t>((power + MaxOf(depth) - 1) / MaxOf(depth)), static_cast<int>(depth) - 1};
+}
+
+// The depth rule between the depths the packed formats meet (5, 6 and 8
+// bits) as one 16-bit multiply, an addition and a shift,
+// (v x multiplier + addend) >> shift: one multiply fewer than the division
+// above. The constants come from a search over every value of each source
+// depth, and each is checked against the rule for every value when this
+// file compiles.
+struct WordRescale {
+    unsigned from, to;
+    uint16_t multiplier, addend;
+    int shift;
+};
+inline constexpr WordRescale kWordRescales[] = {{5, 8, 527, 23, 6},   {6, 8, 259, 33, 6}, {8, 5, 249, 1014, 11},
+                                                {8, 6, 253, 505, 10}, {5, 6, 33, 0, 4},  {6, 5, 1, 0, 1}};
+constexpr bool FollowsTheRule(const WordRescale& r) {
+    for (uint32_t v = 0; v <= MaxOf(r.from); ++v) {
+        const uint32_t x = v * r.multiplier + r.addend;
+        if (x > 0xFFFF || (x >> r.shift) != packed::Rescale(v, r.from, r.to)) return false;
+    }
+    return true;
+}
+static_assert([] {
+    for (const WordRescale& r : kWordRescales)
+        if (!FollowsTheRule(r)) return false;
+    return true;
+}());
+constexpr const WordRescale* WordRescaleOf(unsigned from, unsigned to) {
+    for (const WordRescale& r : kWordRescales)
+        if (r.from == from && r.to == to) return &r;
+    return nullptr;
+}
+// Whether each colour of a cell keeps its depth or has a word rescale.
+template <PixelFormat kFrom, PixelFormat kTo>
+constexpr bool RescalesInWords() {
+    if (kFrom.sample == SampleKind::F32 || kTo.sample == SampleKind::F32) return false;
+    if ((!kFrom.packed() && kFrom.sample != SampleKind::U8) || (!kTo.packed() && kTo.sample != SampleKind::U8))
+        return false;
+    for (int n = 0; n < 3; ++n) {
+        const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
+        if (from != to && WordRescaleOf(from, to) == nullptr) return false;
+    }
+    return true;
+}
+// Each colour's rule of a cell, R, G, B, fixed when the cell compiles.
+template <PixelFormat kFrom, PixelFormat kTo>
+struct WordRescales {
+    static constexpr WordRescale Of(int n) {
+        const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
+        return from == to ? WordRescale{from, to, 1, 0, 0} : *WordRescaleOf(from, to);
+    }
+    static constexpr WordRescale rules[3] = {Of(0), Of(1), Of(2)};
+};
+template <class V>
+HWY_INLINE V RescaleWordLanes(V v, const WordRescale& r) {
+    if (r.from == r.to) return v;
+    const hn::DFromV<V> d;
+    return hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r.multiplier)), hn::Set(d, r.addend)), r.shift);
 }
 
 // The scalar kernel's Rescale, lane by lane (every product is below 2^24).
@@ -197,6 +256,76 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
         [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
 }
 
+// The colour channels of a step of pixels, one pixel a 16-bit lane, as two
+// vectors of words (the step's first and second halves) per channel:
+// de-interleaved and widened from byte samples, or taken from packed words.
+template <PixelFormat kFrom, class D16, class V16 = hn::Vec<D16>>
+HWY_INLINE void LoadColourWords(D16 d16, const uint8_t* src, size_t i, const int (&position)[3], V16 (&c)[3][2]) {
+    const size_t half = hn::Lanes(d16);
+    if constexpr (kFrom.packed()) {
+        const auto* words = reinterpret_cast<const uint16_t*>(src) + i;
+        const V16 w[2] = {hn::LoadU(d16, words), hn::LoadU(d16, words + half)};
+        for (int k = 0; k < 3; ++k) {
+            const PackedField field = kFrom.fields[position[k]];
+            for (int h = 0; h < 2; ++h)
+                c[k][h] = hn::And(hn::ShiftRightSame(w[h], field.shift), hn::Set(d16, MaxOf(field.bits)));
+        }
+    } else {
+        const hn::Repartition<uint8_t, D16> d8;
+        const hn::Half<decltype(d8)> dh8;
+        auto v0 = hn::Zero(d8), v1 = v0, v2 = v0, v3 = v0;
+        if constexpr (kFrom.channels == 4) hn::LoadInterleaved4(d8, src + 4 * i, v0, v1, v2, v3);
+        else hn::LoadInterleaved3(d8, src + 3 * i, v0, v1, v2);
+        const decltype(v0) in[4] = {v0, v1, v2, v3};
+        for (int k = 0; k < 3; ++k) {
+            c[k][0] = hn::PromoteTo(d16, hn::LowerHalf(dh8, in[position[k]]));
+            c[k][1] = hn::PromoteTo(d16, hn::UpperHalf(dh8, in[position[k]]));
+        }
+    }
+}
+
+// Cells whose colours are all 2 to 8 bits deep on both sides: the depth
+// rule of RescaleLanes in 16-bit lanes, twice the pixels a vector of the
+// 32-bit path, and whole vectors of bytes de-interleaved and interleaved
+// in place of quarter vectors.
+template <PixelFormat kFrom, PixelFormat kTo>
+void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    using C = Cell<kFrom, kTo>;
+    const hn::ScalableTag<uint16_t> d16;
+    const hn::ScalableTag<uint8_t> d8;
+    using V16 = hn::Vec<decltype(d16)>;
+    const size_t half = hn::Lanes(d16), step = hn::Lanes(d8);
+    uint8_t* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), step, step * kTo.pixelBytes());
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, step, [&](size_t k) {
+                       const size_t i = start + k;
+                       V16 c[3][2];
+                       LoadColourWords<kFrom>(d16, src, i, C::from, c);
+                       for (int n = 0; n < 3; ++n)
+                           for (V16& v : c[n]) v = RescaleWordLanes(v, WordRescales<kFrom, kTo>::rules[n]);
+                       if constexpr (kTo.packed()) {
+                           auto* const out = reinterpret_cast<uint16_t*>(dst) + i;
+                           for (int h = 0; h < 2; ++h) {
+                               V16 word = hn::Zero(d16);
+                               for (int n = 0; n < 3; ++n)
+                                   word = hn::Or(word, hn::ShiftLeftSame(c[n][h], kTo.fields[C::to[n]].shift));
+                               stores(word, d16, out + h * half);
+                           }
+                       } else {
+                           auto b = hn::Zero(d8);
+                           decltype(b) out[3] = {b, b, b};
+                           for (int n = 0; n < 3; ++n)
+                               out[C::to[n]] = hn::ConcatEven(d8, hn::BitCast(d8, c[n][1]), hn::BitCast(d8, c[n][0]));
+                           stores.Interleaved(d8, dst + 3 * i, out[0], out[1], out[2]);
+                       }
+                   });
+        },
+        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+}
+
 // Bytes into bytes, colours unchanged (nothing to premultiply): each
 // vector of four-byte pixels comes from one load of three-byte pixels, its
 // words spread so that every 128-bit block holds the twelve bytes of its
@@ -240,15 +369,6 @@ void AddAlphaBytes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
     scalar(steps, pixels - steps);
 }
 
-// Whether every colour field of a packed format has 2 to 8 bits.
-constexpr bool ColoursOfAtMost8Bits(PixelFormat format) {
-    for (const char letter : {'R', 'G', 'B'}) {
-        const int bits = format.fields[format.positionOf(letter)].bits;
-        if (bits < 2 || bits > 8) return false;
-    }
-    return true;
-}
-
 // Packed words into bytes, colours unchanged by any premultiplication: one
 // pixel a 16-bit lane rather than a 32-bit one, since every step of the
 // depth rule between depths of at most 8 bits fits 16 bits (as in
@@ -284,11 +404,7 @@ void AddAlphaFromWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, s
                        for (int n = 0; n < 3; ++n) {
                            const PackedField field = kFrom.fields[C::from[n]];
                            const auto c = hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d16, MaxOf(field.bits)));
-                           const ShortDivision by = ShortDivisionBy(field.bits);
-                           const auto x = hn::Add(hn::Mul(c, hn::Set(d16, uint16_t{255})),
-                                                  hn::Set(d16, static_cast<uint16_t>((MaxOf(field.bits) - 1) / 2)));
-                           byte[C::to[n]] = hn::ShiftRightSame(
-                               hn::MulHigh(x, hn::Set(d16, static_cast<uint16_t>(by.multiplier))), by.shift);
+                           byte[C::to[n]] = RescaleWordLanes(c, WordRescales<kFrom, kTo>::rules[n]);
                        }
                        const auto low = hn::Or(byte[0], hn::ShiftLeft<8>(byte[1]));
                        const auto high = hn::Or(byte[2], hn::ShiftLeft<8>(byte[3]));
@@ -311,7 +427,7 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
     if constexpr (kFrom.sample == SampleKind::U8 && !kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed()) {
         if (!premultiply) return AddAlphaBytes<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
     }
-    if constexpr (kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed() && ColoursOfAtMost8Bits(kFrom)) {
+    if constexpr (kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed() && RescalesInWords<kFrom, kTo>()) {
         if (!premultiply) return AddAlphaFromWords<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
     }
     using C = Cell<kFrom, kTo>;
@@ -438,6 +554,8 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     ConvertPixels<kFrom, kTo>(src, dst, pixels);
 #else
     if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
+    else if constexpr (RescalesInWords<kFrom, kTo>())
+        RescaleWords<kFrom, kTo>(src, dst, pixels, stream);
     else Rescale<kFrom, kTo>(src, dst, pixels, stream);
 #endif
 }

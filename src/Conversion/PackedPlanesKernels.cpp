@@ -58,7 +58,20 @@ void UnpackRun(const uint8_t* src, uint8_t* dst, size_t bytes) {
     const hn::CappedTag<uint8_t, 16> d;
     const UnpackTables<kBits>& t = kUnpackTables<kBits>;
     size_t i = 0;
-    if (hn::Lanes(d) == 16) {
+    if constexpr (kBits == 4) {
+        // A nibble times 17 is the nibble in both halves of its byte, so each
+        // byte's two pixels are two shifts and an or away, then side by side;
+        // the bit tests below ran at half the scalar kernel's speed here.
+        if (hn::Lanes(d) == 16) {
+            for (; i + 16 <= bytes; i += 16) {
+                const auto packed = hn::LoadU(d, src + i);
+                const auto high = hn::ShiftRight<4>(packed), low = hn::And(packed, hn::Set(d, uint8_t{0x0F}));
+                const auto first = hn::Or(high, hn::ShiftLeft<4>(high)), second = hn::Or(low, hn::ShiftLeft<4>(low));
+                hn::StoreU(hn::InterleaveLower(d, first, second), d, dst + 2 * i);
+                hn::StoreU(hn::InterleaveUpper(d, first, second), d, dst + 2 * i + 16);
+            }
+        }
+    } else if (hn::Lanes(d) == 16) {
         for (; i + 16 <= bytes; i += 16) {
             const auto packed = hn::LoadU(d, src + i);
             for (size_t j = 0; j < kPer; ++j) {

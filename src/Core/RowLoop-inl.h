@@ -14,7 +14,8 @@
 //    steps and the body needs no tail of its own;
 //  - `stream` (decided once per call, WantsStreaming of the whole
 //    destination) writes the steps with streaming stores when dst reaches a
-//    vector boundary there, and fences them before returning.
+//    vector boundary there, and fences them before returning (or, within a
+//    StreamFenceScope, leaves the fence to the scope's end).
 // dst may equal a source: each step is loaded before it is stored.
 //
 // RunSteps(head, pixels, body, scalar) is the same loop for kernels whose
@@ -40,6 +41,8 @@
 #include <cstdint>
 #include <cstring>
 #include <utility>
+
+#include "Core/Streaming.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
@@ -80,7 +83,7 @@ HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, bool s
     auto* out = reinterpret_cast<uint8_t*>(dst);
     if (stream && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
         for (; i + step <= count; i += step) hn::Stream(body(first + i, (others + i)...), d8, out + i * sizeof(T));
-        hwy::FlushStream();
+        if (!StreamFenceDeferred()) hwy::FlushStream();
     } else {
         for (; i + step <= count; i += step) hn::StoreU(body(first + i, (others + i)...), d8, out + i * sizeof(T));
     }
@@ -177,7 +180,7 @@ HWY_INLINE void RunSteps(size_t head, size_t pixels, const Body& body, const Sca
     size_t done;
     if (streaming) {
         done = body(start, StreamingStores());
-        hwy::FlushStream();
+        if (!StreamFenceDeferred()) hwy::FlushStream();
     } else {
         done = body(start, PlainStores());
     }

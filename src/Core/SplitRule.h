@@ -7,6 +7,7 @@
 
 #include "Core/Dispatch.h"
 #include "Core/ProcessorChunks.h"
+#include "Core/Streaming.h"
 #include "quorin/Types.h"
 
 namespace quorin {
@@ -36,8 +37,13 @@ inline const char* NameOf(SplitRule rule) {
 
 // Runs band(firstRow, rows) over `height` rows of `width` pixels under kRule.
 // Only GroupBands can fail (kQuorinError_OutOfMemory, before any band runs).
+// Each band's streaming stores are fenced once, when the band ends.
 template <SplitRule kRule, class BandFn>
-Quorin_Error RunSplit(Quorin_Flags flags, size_t width, size_t height, BandFn&& band) {
+Quorin_Error RunSplit(Quorin_Flags flags, size_t width, size_t height, BandFn&& rowsBand) {
+    const auto band = [&rowsBand](size_t firstRow, size_t rows) {
+        const StreamFenceScope fence;
+        rowsBand(firstRow, rows);
+    };
     if constexpr (kRule == SplitRule::GroupBands) {
         return RunBandsOnGroup(flags, width, height, band);
     } else if constexpr (kRule == SplitRule::ApplyBands) {
