@@ -176,7 +176,7 @@ void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* d
     if (head != kNoStreaming) {
         StraightBlendInterleavedScalar(top, bottom, dest, head);
         StraightBlendARGB8888Blocks<true>(top + 4 * head, bottom + 4 * head, dest + 4 * head, (pixels - head) / step);
-        hwy::FlushStream();
+        if (!StreamFenceDeferred()) hwy::FlushStream();  // else the band fences its rows once
     } else {
         StraightBlendARGB8888Blocks<false>(top, bottom, dest, pixels / step);
     }
