@@ -107,7 +107,8 @@ fuzz-corpus: fuzz-build
 # the refusals and guard bytes of every member, the fuzzer's corpus, the
 # histograms, the platform and C consumers; and the library is searched for
 # float instructions whose results vary. The whole suite under qemu takes
-# about 20 minutes a target; CROSS_BUILD=all CROSS_TESTS=. runs it.
+# several times as long (its conversion tests most); CROSS_BUILD=all
+# CROSS_TESTS=. runs it.
 CROSS_TARGETS ?= aarch64 armv7
 CROSS_BUILD ?= quorin quorin_test_Golden quorin_test_Core quorin_test_Safety quorin_test_Histogram \
                quorin_test_Platform quorin_fuzz_replay quorin_c_consumer
