@@ -102,22 +102,22 @@ constexpr ShortDivision ShortDivisionBy(unsigned depth) {
 }
 
 // The depth rule between the depths the packed formats meet (5, 6 and 8
-// bits) as one 16-bit multiply, an addition and a shift,
-// (v x multiplier + addend) >> shift: one multiply fewer than the division
-// above. The constants come from a search over every value of each source
-// depth, and each is checked against the rule for every value when this
-// file compiles.
+// bits) as a 16-bit high multiply, MulHigh((v << shift) + addend,
+// multiplier): two or three instructions, where a low multiply by a
+// constant becomes a string of shifts and subtractions. The constants come
+// from a search over every value of each source depth, and each is checked
+// against the rule for every value when this file compiles.
 struct WordRescale {
     unsigned from, to;
-    uint16_t multiplier, addend;
     int shift;
+    uint16_t addend, multiplier;
 };
-inline constexpr WordRescale kWordRescales[] = {{5, 8, 527, 23, 6},   {6, 8, 259, 33, 6}, {8, 5, 249, 1014, 11},
-                                                {8, 6, 253, 505, 10}, {5, 6, 33, 0, 4},  {6, 5, 1, 0, 1}};
+inline constexpr WordRescale kWordRescales[] = {{5, 8, 4, 1, 33687}, {6, 8, 3, 1, 33154}, {8, 5, 0, 4, 7971},
+                                                {8, 6, 0, 2, 16192}, {5, 6, 2, 0, 33792}, {6, 5, 0, 0, 32768}};
 constexpr bool FollowsTheRule(const WordRescale& r) {
     for (uint32_t v = 0; v <= MaxOf(r.from); ++v) {
-        const uint32_t x = v * r.multiplier + r.addend;
-        if (x > 0xFFFF || (x >> r.shift) != packed::Rescale(v, r.from, r.to)) return false;
+        const uint32_t x = (v << r.shift) + r.addend;
+        if (x > 0xFFFF || (x * r.multiplier) >> 16 != packed::Rescale(v, r.from, r.to)) return false;
     }
     return true;
 }
@@ -148,7 +148,7 @@ template <PixelFormat kFrom, PixelFormat kTo>
 struct WordRescales {
     static constexpr WordRescale Of(int n) {
         const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
-        return from == to ? WordRescale{from, to, 1, 0, 0} : *WordRescaleOf(from, to);
+        return from == to ? WordRescale{from, to, 0, 0, 0} : *WordRescaleOf(from, to);
     }
     static constexpr WordRescale rules[3] = {Of(0), Of(1), Of(2)};
 };
@@ -156,7 +156,32 @@ template <class V>
 HWY_INLINE V RescaleWordLanes(V v, const WordRescale& r) {
     if (r.from == r.to) return v;
     const hn::DFromV<V> d;
-    return hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r.multiplier)), hn::Set(d, r.addend)), r.shift);
+    if (r.shift != 0) v = hn::ShiftLeftSame(v, r.shift);
+    if (r.addend != 0) v = hn::Add(v, hn::Set(d, r.addend));
+    return hn::MulHigh(v, hn::Set(d, r.multiplier));
+}
+
+// Into 16 bits from 5, 6 and 8: (v x multiplier + addend) >> shift in
+// 32-bit lanes, the constants searched for over every source value and
+// checked against the rule for each when this file compiles.
+struct LaneRescale {
+    unsigned from;
+    uint32_t multiplier, addend;
+    int shift;
+};
+inline constexpr LaneRescale kLaneRescalesTo16[] = {{5, 33825, 0, 4}, {6, 266301, 121, 8}, {8, 257, 0, 0}};
+static_assert([] {
+    for (const LaneRescale& r : kLaneRescalesTo16)
+        for (uint64_t v = 0; v <= MaxOf(r.from); ++v)
+            if ((v * r.multiplier + r.addend) >> r.shift != packed::Rescale(static_cast<uint32_t>(v), r.from, 16) ||
+                v * r.multiplier + r.addend > 0xFFFFFFFFu)
+                return false;
+    return true;
+}());
+constexpr const LaneRescale* LaneRescaleTo16(unsigned from) {
+    for (const LaneRescale& r : kLaneRescalesTo16)
+        if (r.from == from) return &r;
+    return nullptr;
 }
 
 // The scalar kernel's Rescale, lane by lane (every product is below 2^24).
@@ -167,6 +192,16 @@ HWY_INLINE V32 RescaleLanes(V32 v, unsigned from, unsigned to) {
     const D32 d;
     if (from == to) return v;
     const uint32_t divisor = MaxOf(from);
+    // From 16 bits: floor(x / 65535) is (x + (x >> 16) + 1) >> 16 for every
+    // x below 2^24, and x = v x (2^to - 1) + 32767 stays below it.
+    if (from == 16 && to <= 8) {
+        const V32 x = hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, 32767u));
+        return hn::ShiftRight<16>(hn::Add(hn::Add(x, hn::ShiftRight<16>(x)), hn::Set(d, 1u)));
+    }
+    if (to == 16) {
+        if (const LaneRescale* r = LaneRescaleTo16(from))
+            return hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r->multiplier)), hn::Set(d, r->addend)), r->shift);
+    }
     if (from < 2 || from > 8 || to > 8)
         return DivideExactly(hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, (divisor - 1) / 2)), divisor);
     const hn::Repartition<uint16_t, D32> d16;
