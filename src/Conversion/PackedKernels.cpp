@@ -1,9 +1,9 @@
 // Vector twins of the matrix cells (PackedRules.h), one template for all of
 // them. A cell that only reorders samples of one depth moves whole vectors
 // of its sample type through de-interleaving loads and interleaving stores;
-// a cell between bytes and 565/1555/5551 words carries each channel in
-// 16-bit lanes, every other cell in 32-bit lanes, one pixel a lane, through
-// the same depth rule as the scalar kernel. The pixels no whole step
+// an integer cell carries each channel in 16-bit lanes, a cell into floats
+// in 32-bit lanes, one pixel a lane, through the same depth rule as the
+// scalar kernel. The pixels no whole step
 // covers go to the scalar kernel (the core's RunSteps), so no byte outside
 // the run is read or written.
 #undef HWY_TARGET_INCLUDE
@@ -101,29 +101,57 @@ constexpr ShortDivision ShortDivisionBy(unsigned depth) {
     return {static_cast<uint32_t>((power + MaxOf(depth) - 1) / MaxOf(depth)), static_cast<int>(depth) - 1};
 }
 
-// The depth rule between the depths the packed formats meet (5, 6 and 8
-// bits) as a 16-bit high multiply, MulHigh((v << shift) + addend,
-// multiplier): two or three instructions, where a low multiply by a
-// constant becomes a string of shifts and subtractions. The constants come
-// from a search over every value of each source depth, and each is checked
-// against the rule for every value when this file compiles.
+// The depth rule between the depths the formats meet (5, 6, 8 and 16 bits)
+// in 16-bit lanes, in one of three forms whose constants come from a search
+// over every source value:
+//  - Narrow: MulHigh((v << shift) + addend, multiplier), between 5, 6 and
+//    8 bits (a low multiply by a constant would become a string of shifts);
+//  - From16: (MulHigh(v, multiplier) + addend) >> shift;
+//  - To16: v x multiplier + ((v x fraction + addend) >> shift).
+// Every rule from 8 bits or fewer is checked against the depth rule for
+// every value when this file compiles; the 16-bit sources' 65536 values
+// are too many for a compile-time loop under every compiler, and the matrix
+// tests' sources hold each of them in every channel.
+enum class WordForm : uint8_t { Same, Narrow, From16, To16 };
 struct WordRescale {
     unsigned from, to;
+    WordForm form;
     int shift;
-    uint16_t addend, multiplier;
+    uint16_t addend, multiplier, fraction;
 };
-inline constexpr WordRescale kWordRescales[] = {{5, 8, 4, 1, 33687}, {6, 8, 3, 1, 33154}, {8, 5, 0, 4, 7971},
-                                                {8, 6, 0, 2, 16192}, {5, 6, 2, 0, 33792}, {6, 5, 0, 0, 32768}};
-constexpr bool FollowsTheRule(const WordRescale& r) {
-    for (uint32_t v = 0; v <= MaxOf(r.from); ++v) {
-        const uint32_t x = (v << r.shift) + r.addend;
-        if (x > 0xFFFF || (x * r.multiplier) >> 16 != packed::Rescale(v, r.from, r.to)) return false;
+inline constexpr WordRescale kWordRescales[] = {
+    {5, 8, WordForm::Narrow, 4, 1, 33687, 0},   {6, 8, WordForm::Narrow, 3, 1, 33154, 0},
+    {8, 5, WordForm::Narrow, 0, 4, 7971, 0},    {8, 6, WordForm::Narrow, 0, 2, 16192, 0},
+    {5, 6, WordForm::Narrow, 2, 0, 33792, 0},   {6, 5, WordForm::Narrow, 0, 0, 32768, 0},
+    {16, 5, WordForm::From16, 11, 1024, 63489, 0}, {16, 6, WordForm::From16, 10, 512, 64513, 0},
+    {16, 8, WordForm::From16, 8, 128, 65281, 0},   {5, 16, WordForm::To16, 4, 0, 2114, 1},
+    {6, 16, WordForm::To16, 8, 121, 1040, 61},     {8, 16, WordForm::To16, 0, 0, 257, 0}};
+// The rule on one value with 16-bit lanes' arithmetic; ~0u where a step
+// would leave 16 bits.
+constexpr uint32_t ApplyWordRescale(const WordRescale& r, uint32_t v) {
+    const auto fits = [](uint32_t x) { return x <= 0xFFFF; };
+    switch (r.form) {
+        case WordForm::Same: return v;
+        case WordForm::Narrow: {
+            const uint32_t x = (v << r.shift) + r.addend;
+            return fits(x) ? (x * r.multiplier) >> 16 : ~0u;
+        }
+        case WordForm::From16: {
+            const uint32_t x = ((v * r.multiplier) >> 16) + r.addend;
+            return fits(x) ? x >> r.shift : ~0u;
+        }
+        case WordForm::To16: {
+            const uint32_t whole = v * r.multiplier, part = v * r.fraction + r.addend;
+            return fits(whole) && fits(part) && fits(whole + (part >> r.shift)) ? whole + (part >> r.shift) : ~0u;
+        }
     }
-    return true;
+    return ~0u;
 }
 static_assert([] {
     for (const WordRescale& r : kWordRescales)
-        if (!FollowsTheRule(r)) return false;
+        if (r.from <= 8)
+            for (uint32_t v = 0; v <= MaxOf(r.from); ++v)
+                if (ApplyWordRescale(r, v) != packed::Rescale(v, r.from, r.to)) return false;
     return true;
 }());
 constexpr const WordRescale* WordRescaleOf(unsigned from, unsigned to) {
@@ -135,8 +163,6 @@ constexpr const WordRescale* WordRescaleOf(unsigned from, unsigned to) {
 template <PixelFormat kFrom, PixelFormat kTo>
 constexpr bool RescalesInWords() {
     if (kFrom.sample == SampleKind::F32 || kTo.sample == SampleKind::F32) return false;
-    if ((!kFrom.packed() && kFrom.sample != SampleKind::U8) || (!kTo.packed() && kTo.sample != SampleKind::U8))
-        return false;
     for (int n = 0; n < 3; ++n) {
         const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
         if (from != to && WordRescaleOf(from, to) == nullptr) return false;
@@ -148,40 +174,26 @@ template <PixelFormat kFrom, PixelFormat kTo>
 struct WordRescales {
     static constexpr WordRescale Of(int n) {
         const unsigned from = DepthOf(kFrom, Cell<kFrom, kTo>::from[n]), to = DepthOf(kTo, Cell<kFrom, kTo>::to[n]);
-        return from == to ? WordRescale{from, to, 0, 0, 0} : *WordRescaleOf(from, to);
+        return from == to ? WordRescale{from, to, WordForm::Same, 0, 0, 0, 0} : *WordRescaleOf(from, to);
     }
     static constexpr WordRescale rules[3] = {Of(0), Of(1), Of(2)};
 };
 template <class V>
 HWY_INLINE V RescaleWordLanes(V v, const WordRescale& r) {
-    if (r.from == r.to) return v;
     const hn::DFromV<V> d;
-    if (r.shift != 0) v = hn::ShiftLeftSame(v, r.shift);
-    if (r.addend != 0) v = hn::Add(v, hn::Set(d, r.addend));
-    return hn::MulHigh(v, hn::Set(d, r.multiplier));
-}
-
-// Into 16 bits from 5, 6 and 8: (v x multiplier + addend) >> shift in
-// 32-bit lanes, the constants searched for over every source value and
-// checked against the rule for each when this file compiles.
-struct LaneRescale {
-    unsigned from;
-    uint32_t multiplier, addend;
-    int shift;
-};
-inline constexpr LaneRescale kLaneRescalesTo16[] = {{5, 33825, 0, 4}, {6, 266301, 121, 8}, {8, 257, 0, 0}};
-static_assert([] {
-    for (const LaneRescale& r : kLaneRescalesTo16)
-        for (uint64_t v = 0; v <= MaxOf(r.from); ++v)
-            if ((v * r.multiplier + r.addend) >> r.shift != packed::Rescale(static_cast<uint32_t>(v), r.from, 16) ||
-                v * r.multiplier + r.addend > 0xFFFFFFFFu)
-                return false;
-    return true;
-}());
-constexpr const LaneRescale* LaneRescaleTo16(unsigned from) {
-    for (const LaneRescale& r : kLaneRescalesTo16)
-        if (r.from == from) return &r;
-    return nullptr;
+    switch (r.form) {
+        case WordForm::Same: return v;
+        case WordForm::Narrow:
+            if (r.shift != 0) v = hn::ShiftLeftSame(v, r.shift);
+            if (r.addend != 0) v = hn::Add(v, hn::Set(d, r.addend));
+            return hn::MulHigh(v, hn::Set(d, r.multiplier));
+        case WordForm::From16:
+            return hn::ShiftRightSame(hn::Add(hn::MulHigh(v, hn::Set(d, r.multiplier)), hn::Set(d, r.addend)), r.shift);
+        case WordForm::To16:
+            return hn::Add(hn::Mul(v, hn::Set(d, r.multiplier)),
+                           hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r.fraction)), hn::Set(d, r.addend)), r.shift));
+    }
+    return v;
 }
 
 // The scalar kernel's Rescale, lane by lane (every product is below 2^24).
@@ -192,16 +204,6 @@ HWY_INLINE V32 RescaleLanes(V32 v, unsigned from, unsigned to) {
     const D32 d;
     if (from == to) return v;
     const uint32_t divisor = MaxOf(from);
-    // From 16 bits: floor(x / 65535) is (x + (x >> 16) + 1) >> 16 for every
-    // x below 2^24, and x = v x (2^to - 1) + 32767 stays below it.
-    if (from == 16 && to <= 8) {
-        const V32 x = hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, 32767u));
-        return hn::ShiftRight<16>(hn::Add(hn::Add(x, hn::ShiftRight<16>(x)), hn::Set(d, 1u)));
-    }
-    if (to == 16) {
-        if (const LaneRescale* r = LaneRescaleTo16(from))
-            return hn::ShiftRightSame(hn::Add(hn::Mul(v, hn::Set(d, r->multiplier)), hn::Set(d, r->addend)), r->shift);
-    }
     if (from < 2 || from > 8 || to > 8)
         return DivideExactly(hn::Add(hn::Mul(v, hn::Set(d, MaxOf(to))), hn::Set(d, (divisor - 1) / 2)), divisor);
     const hn::Repartition<uint16_t, D32> d16;
@@ -237,20 +239,20 @@ HWY_INLINE void LoadColours(const uint8_t* src, size_t i, const int (&position)[
     }
 }
 
-// Cells that change a depth: each channel in 32-bit lanes through the depth
-// rule, then packed into words or narrowed and interleaved.
+// Integer cells into floats: each channel in 32-bit lanes, converted and
+// multiplied by its depth's reciprocal, then interleaved.
 template <PixelFormat kFrom, PixelFormat kTo>
-void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+void ToFloats(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    static_assert(kTo.sample == SampleKind::F32, "integer destinations take the 16-bit-lane path");
     using C = Cell<kFrom, kTo>;
     const D32 d;
     const hn::RebindToSigned<D32> di;
     const size_t lanes = hn::Lanes(d);
-    // Packed words leave as half vectors; interleaved steps stream only
-    // when they fill whole vectors (floats: three vectors of 32-bit lanes).
+    // Interleaved steps stream only when they fill whole vectors (three
+    // vectors of 32-bit lanes).
     uint8_t* const destinations[1] = {dst};
-    const size_t storeBytes = kTo.packed() ? lanes * 2 : hn::Lanes(hn::ScalableTag<uint8_t>());
-    const size_t head =
-        StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), storeBytes, lanes * kTo.pixelBytes());
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
+                                        hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * kTo.pixelBytes());
     RunSteps(
         head, pixels,
         [&](size_t start, auto stores) {
@@ -258,34 +260,13 @@ void Rescale(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
                        const size_t i = start + k;
                        V32 c[3];
                        LoadColours<kFrom>(src, i, C::from, c);
-                       if constexpr (kTo.sample == SampleKind::F32) {
-                           const hn::Rebind<float, D32> df;
-                           auto f0 = hn::Zero(df);
-                           decltype(f0) out[3] = {f0, f0, f0};
-                           for (int n = 0; n < 3; ++n)
-                               out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
-                                                       hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
-                           stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
-                       } else if constexpr (kTo.packed()) {
-                           const hn::Rebind<uint16_t, D32> d16;
-                           V32 word = hn::Zero(d);
-                           for (int n = 0; n < 3; ++n) {
-                               const PackedField field = kTo.fields[C::to[n]];
-                               const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), field.bits);
-                               word = hn::Or(word, hn::ShiftLeftSame(v, field.shift));
-                           }
-                           stores(hn::DemoteTo(d16, hn::BitCast(di, word)), d16, reinterpret_cast<uint16_t*>(dst) + i);
-                       } else {
-                           using T = Sample<kTo>;
-                           const hn::Rebind<T, D32> dt;
-                           auto t0 = hn::Zero(dt);
-                           decltype(t0) out[3] = {t0, t0, t0};
-                           for (int n = 0; n < 3; ++n) {
-                               const V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), DepthOf(kTo, C::to[n]));
-                               out[C::to[n]] = hn::DemoteTo(dt, hn::BitCast(di, v));
-                           }
-                           stores.Interleaved(dt, reinterpret_cast<T*>(dst) + 3 * i, out[0], out[1], out[2]);
-                       }
+                       const hn::Rebind<float, D32> df;
+                       auto f0 = hn::Zero(df);
+                       decltype(f0) out[3] = {f0, f0, f0};
+                       for (int n = 0; n < 3; ++n)
+                           out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
+                                                   hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
+                       stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
                    });
         },
         [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
@@ -305,6 +286,15 @@ HWY_INLINE void LoadColourWords(D16 d16, const uint8_t* src, size_t i, const int
             for (int h = 0; h < 2; ++h)
                 c[k][h] = hn::And(hn::ShiftRightSame(w[h], field.shift), hn::Set(d16, MaxOf(field.bits)));
         }
+    } else if constexpr (kFrom.sample == SampleKind::U16) {
+        const auto* samples = reinterpret_cast<const uint16_t*>(src) + kFrom.channels * i;
+        for (int h = 0; h < 2; ++h) {
+            auto v0 = hn::Zero(d16), v1 = v0, v2 = v0, v3 = v0;
+            if constexpr (kFrom.channels == 4) hn::LoadInterleaved4(d16, samples + 4 * h * half, v0, v1, v2, v3);
+            else hn::LoadInterleaved3(d16, samples + 3 * h * half, v0, v1, v2);
+            const decltype(v0) in[4] = {v0, v1, v2, v3};
+            for (int k = 0; k < 3; ++k) c[k][h] = in[position[k]];
+        }
     } else {
         const hn::Repartition<uint8_t, D16> d8;
         const hn::Half<decltype(d8)> dh8;
@@ -319,10 +309,10 @@ HWY_INLINE void LoadColourWords(D16 d16, const uint8_t* src, size_t i, const int
     }
 }
 
-// Cells whose colours are all 2 to 8 bits deep on both sides: the depth
-// rule of RescaleLanes in 16-bit lanes, twice the pixels a vector of the
-// 32-bit path, and whole vectors of bytes de-interleaved and interleaved
-// in place of quarter vectors.
+// Integer cells whose every colour has a word rule (WordRescale): the depth
+// rule in 16-bit lanes, twice the pixels a vector of the 32-bit path, and
+// whole vectors of bytes or 16-bit samples de-interleaved and interleaved
+// in place of half and quarter vectors.
 template <PixelFormat kFrom, PixelFormat kTo>
 void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     using C = Cell<kFrom, kTo>;
@@ -348,6 +338,13 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
                                for (int n = 0; n < 3; ++n)
                                    word = hn::Or(word, hn::ShiftLeftSame(c[n][h], kTo.fields[C::to[n]].shift));
                                stores(word, d16, out + h * half);
+                           }
+                       } else if constexpr (kTo.sample == SampleKind::U16) {
+                           auto* const out = reinterpret_cast<uint16_t*>(dst) + 3 * i;
+                           for (int h = 0; h < 2; ++h) {
+                               V16 o[3] = {c[0][h], c[0][h], c[0][h]};
+                               for (int n = 0; n < 3; ++n) o[C::to[n]] = c[n][h];
+                               stores.Interleaved(d16, out + 3 * h * half, o[0], o[1], o[2]);
                            }
                        } else {
                            auto b = hn::Zero(d8);
@@ -591,7 +588,7 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
     else if constexpr (RescalesInWords<kFrom, kTo>())
         RescaleWords<kFrom, kTo>(src, dst, pixels, stream);
-    else Rescale<kFrom, kTo>(src, dst, pixels, stream);
+    else ToFloats<kFrom, kTo>(src, dst, pixels, stream);
 #endif
 }
 
