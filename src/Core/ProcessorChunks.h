@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "Core/Dispatch.h"
+#include "Core/Streaming.h"
 #include "quorin/Types.h"
 
 namespace quorin {
@@ -53,8 +54,13 @@ constexpr bool WantsChunks(Quorin_Flags flags, size_t processors, size_t width, 
 // Runs band(firstRow, rows) over `height` rows of `width` pixels: once on
 // the calling thread, or once per chunk through one parallel apply on the
 // default global queue (empty chunks included), returning when all are done.
+// Each chunk's streaming stores are fenced once, when it ends.
 template <ChunkRemainder kRemainder = ChunkRemainder::LastOfN, class BandFn>
-void RunProcessorChunks(Quorin_Flags flags, size_t width, size_t height, BandFn&& band) {
+void RunProcessorChunks(Quorin_Flags flags, size_t width, size_t height, BandFn&& chunkBand) {
+    const auto band = [&chunkBand](size_t firstRow, size_t rows) {
+        const StreamFenceScope fence;
+        chunkBand(firstRow, rows);
+    };
     const size_t processors = ActiveProcessorCount();
     if (!WantsChunks(flags, processors, width, height)) {
         band(size_t{0}, height);
