@@ -16,7 +16,8 @@
 #                    findings to build-fuzz/artifacts
 #   make fuzz-corpus minimise the seeds and build-fuzz/corpus into fuzz/corpus
 #   make cross       cross-build for aarch64 and armv7 hard-float (Debian's cross compilers
-#                    and multiarch packages) and run the golden checksums under qemu-user;
+#                    and multiarch packages) and run the golden checksums and a reduced suite
+#                    under qemu-user;
 #                    make cross-aarch64 CROSS_BUILD=all CROSS_TESTS=. builds and runs the whole suite
 #   make goldens     rewrite tests/Golden/checksums.txt from this machine's kernels, after a
 #                    member is added or its bytes change on purpose (every kernel must agree)
@@ -100,12 +101,18 @@ fuzz-corpus: fuzz-build
 	rm -f fuzz/corpus/* && cp build-fuzz/minimised/* fuzz/corpus/
 
 # The ARM builds have no libdispatch: their parallel pieces run in order on
-# the calling thread. By default only the library and the golden checksums
-# (every member, every kernel) are built and run under emulation, and the
-# library is searched for float instructions whose results vary.
+# the calling thread. By default a reduced suite is built and run under
+# emulation: the golden checksums (every member, every kernel, split and
+# whole), the core tests (processor features, the in-order parallel pieces),
+# the refusals and guard bytes of every member, the fuzzer's corpus, the
+# histograms, the platform and C consumers; and the library is searched for
+# float instructions whose results vary. The whole suite under qemu takes
+# several times as long (its conversion tests most); CROSS_BUILD=all
+# CROSS_TESTS=. runs it.
 CROSS_TARGETS ?= aarch64 armv7
-CROSS_BUILD ?= quorin quorin_test_Golden
-CROSS_TESTS ?= ^(Golden|float_instructions)$$
+CROSS_BUILD ?= quorin quorin_test_Golden quorin_test_Core quorin_test_Safety quorin_test_Histogram \
+               quorin_test_Platform quorin_fuzz_replay quorin_c_consumer
+CROSS_TESTS ?= ^(Golden|float_instructions|Core|Safety|Histogram|Platform|fuzz_corpus|c_consumer)$$
 
 cross: $(addprefix cross-,$(CROSS_TARGETS))
 

@@ -128,6 +128,14 @@ const RegisterFamily kChannels([] {
                             },
                             PeerOf(m), prepare);
             }
+            // The members with a peer also on each vector target and with the speed-ups off.
+            if (PeerOf(m)[0] != '\0')
+                RegisterScalarRow({operation, size, size, Split::Single, BytesMoved(m, pixels)},
+                                  [images, &m] {
+                                      RunOn(m, images->src->buffer, images->dest->buffer, images->other->buffer,
+                                            kQuorinFlag_SingleThreaded);
+                                  },
+                                  prepare);
             if (WantsPairRow(size)) {
                 RegisterPairRow({operation, size, size, Split::Pair, BytesMoved(m, pixels)},
                                 [images, &m](size_t first, size_t rows) {

@@ -53,8 +53,9 @@ const char* PeerOf(const MatrixMember& m) {
     return "";
 }
 
-// The cells timed with the speed-ups off too.
-bool WantsScalarRow(const MatrixMember& m) { return PeerOf(m)[0] != '\0'; }
+// The cells timed with the speed-ups off and on each vector target too.
+template <class M>
+bool WantsScalarRow(const M& m) { return PeerOf(m)[0] != '\0'; }
 
 struct Images {
     size_t side;
@@ -130,6 +131,12 @@ const RegisterFamily kPacked([] {
                                 call(images->src->buffer, images->dest->buffer, flags);
                             },
                             PeerOf(m), prepare);
+            if (WantsScalarRow(m))
+                RegisterScalarRow({operation, size, size, Split::Single, pixels * (in + out)},
+                                  [images, call] {
+                                      call(images->src->buffer, images->dest->buffer, kQuorinFlag_SingleThreaded);
+                                  },
+                                  prepare);
             if (WantsPairRow(size))
                 RegisterPairRow({operation, size, size, Split::Pair, pixels * (in + out)},
                                 [images, call](size_t first, size_t rows) {

@@ -16,6 +16,7 @@
 #include "Alpha/BlendKernels.h"
 #include "Alpha/BlendRules.h"
 #include "Alpha/BlendVector-inl.h"
+#include "Alpha/PremultiplyMath-inl.h"
 #include "Core/CanonicalNaN-inl.h"
 #include "Core/Intrinsics-inl.h"
 
@@ -74,25 +75,11 @@ HWY_INLINE V16 Div255(V16 t) { return hn::ShiftRight<7>(hn::MulHigh(t, hn::Set(D
 // the slots of the colour vectors carry one or two of its channels, so every
 // 16-bit operation serves two channels.
 
-// floor(n / d) for 1 <= d <= 255 and n <= 255 d, given d - 1 and any integer
-// r in (65279 / d, 65536 / d]: then n r / 2^16 lies in (n/d - 1, n/d] (as
-// n <= 255 d), so q = (n r) >> 16 is the quotient or one less, and the
-// remainder n - q d (below 2 d) tells which. Remainder and divisor are below
-// 2^15, so a signed comparison serves: without AVX-512 an unsigned one and a
-// blend take four instructions more.
-HWY_INLINE V16 DivideByAlpha(V16 n, V16 d, V16 belowD, V16 r) {
-    const hn::RebindToSigned<D16> di16;
-    const V16 q = hn::MulHigh(n, r);
-    const V16 remainder = hn::Sub(n, hn::Mul(q, d));
-    return quorin::HWY_NAMESPACE::AddOneWhere(
-        hn::RebindMask(D16(), hn::Lt(hn::BitCast(di16, belowD), hn::BitCast(di16, remainder))), q);
-}
-
 struct StraightCover8 {
     V16 aT, w, alpha, divisor, belowDivisor, r;
 
     // aT and aB in both slots of each lane.
-    StraightCover8(V16 topAlpha, V16 bottomAlpha, V8 lowSlotToBoth) : aT(topAlpha) {
+    StraightCover8(V16 topAlpha, V16 bottomAlpha) : aT(topAlpha) {
         const D16 d16;
         // t = (255 - aT) aB + 127, w = t / 255, aR = aT + w.
         w = Div255(hn::Add(hn::Mul(hn::Xor(aT, hn::Set(d16, 255)), bottomAlpha), hn::Set(d16, 127)));
@@ -100,32 +87,28 @@ struct StraightCover8 {
         // An alpha of 0 comes with dividends of 0: dividing them by 1 gives the rule's 0.
         divisor = hn::Max(alpha, hn::Set(d16, 1));
         belowDivisor = hn::Sub(divisor, hn::Set(d16, 1));
-        // r = round(65407.5 / d), the middle of DivideByAlpha's range, whose
-        // half-width 128.5 / d exceeds the 1/2 of rounding and the float error.
-        // Read as a 32-bit integer the lane is d x 65537, exact in float; adding
-        // 1.5 x 2^23 rounds the quotient to an integer in the low slot.
-        const DF df;
-        const VF x = hn::Div(hn::Set(df, 65407.5f * 65537.0f),
-                             hn::ConvertTo(df, hn::BitCast(hn::RebindToSigned<D32>(), divisor)));
-        const V8 bits = hn::BitCast(D8(), hn::Add(x, hn::Set(df, 12582912.0f)));
-        r = hn::BitCast(d16, hn::TableLookupBytes(bits, lowSlotToBoth));
+        r = quorin::HWY_NAMESPACE::ReciprocalOfAlpha(divisor);
     }
 
     // (bottom w + top aT) / aR truncated, per slot.
     V16 colour(V16 top, V16 bottom) const {
-        return DivideByAlpha(hn::Add(hn::Mul(bottom, w), hn::Mul(top, aT)), divisor, belowDivisor, r);
+        // Dividends stay within 255 aR.
+        return quorin::HWY_NAMESPACE::DivideByAlpha(hn::Add(hn::Mul(bottom, w), hn::Mul(top, aT)), divisor,
+                                                    belowDivisor, r);
     }
 };
 
 // ARGB8888 (bytes A R G B): slots [A, A] for the alphas, [A, G] and [R, B] for
-// the colours (the A slot of [A, G] is discarded).
+// the colours (the A slot of [A, G] is discarded). The colour slots are the
+// even and odd bytes of each 16-bit word (a mask and a shift, which leave the
+// byte shuffles' ports to the alphas and the reciprocals), and the result is
+// joined by one shift, one OR and one byte blend.
 class StraightARGB8888Steps {
 public:
     StraightARGB8888Steps()
         : alphas_(GroupBytes(D8(), 0, 0x80, 0, 0x80)),
-          evenChannels_(GroupBytes(D8(), 0, 0x80, 2, 0x80)),
-          oddChannels_(GroupBytes(D8(), 1, 0x80, 3, 0x80)),
-          lowSlotToBoth_(GroupBytes(D8(), 0, 1, 0, 1)) {}
+          lowBytes_(hn::Set(D16(), 0x00FF)),
+          alphaBytes_(hn::MaskFromVec(hn::BitCast(D8(), hn::Set(D32(), 0xFFu)))) {}
 
     // A block up to its division: its pixels, weights and reciprocals (the long chain).
     struct Block {
@@ -135,24 +118,28 @@ public:
 
     Block start(const uint8_t* top, const uint8_t* bottom) const {
         const V8 vt = hn::LoadU(D8(), top), vb = hn::LoadU(D8(), bottom);
-        return {vt, vb, StraightCover8(slots(vt, alphas_), slots(vb, alphas_), lowSlotToBoth_)};
+        return {vt, vb, StraightCover8(alphaSlots(vt), alphaSlots(vb))};
     }
 
     template <bool kStream>
     void finish(const Block& b, uint8_t* dest) const {
-        const D32 d32;
-        const V32 ag = hn::BitCast(d32, b.cover.colour(slots(b.top, evenChannels_), slots(b.bottom, evenChannels_)));
-        const V32 rb = hn::BitCast(d32, b.cover.colour(slots(b.top, oddChannels_), slots(b.bottom, oddChannels_)));
-        // Quotients are below 256: R and B move up a byte, G stays, A is the result alpha.
-        const V32 out = hn::Or(hn::Or(hn::ShiftLeft<8>(rb), hn::And(ag, hn::Set(d32, 0x00FF0000u))),
-                               hn::And(hn::BitCast(d32, b.cover.alpha), hn::Set(d32, 0xFFu)));
-        if constexpr (kStream) hn::Stream(hn::BitCast(D8(), out), D8(), dest);
-        else hn::StoreU(hn::BitCast(D8(), out), D8(), dest);
+        const V16 ag = b.cover.colour(evenSlots(b.top), evenSlots(b.bottom));
+        const V16 rb = b.cover.colour(oddSlots(b.top), oddSlots(b.bottom));
+        // Quotients are below 256: R and B move up a byte beside G; byte A
+        // (the discarded quotient) takes the result alpha.
+        const V8 colours = hn::BitCast(D8(), hn::Or(hn::ShiftLeft<8>(rb), ag));
+        const V8 out = hn::IfThenElse(alphaBytes_, hn::BitCast(D8(), b.cover.alpha), colours);
+        if constexpr (kStream) hn::Stream(out, D8(), dest);
+        else hn::StoreU(out, D8(), dest);
     }
 
 private:
-    static V16 slots(V8 pixels, V8 indices) { return hn::BitCast(D16(), hn::TableLookupBytesOr0(pixels, indices)); }
-    V8 alphas_, evenChannels_, oddChannels_, lowSlotToBoth_;
+    V16 alphaSlots(V8 pixels) const { return hn::BitCast(D16(), hn::TableLookupBytesOr0(pixels, alphas_)); }
+    V16 evenSlots(V8 pixels) const { return hn::And(hn::BitCast(D16(), pixels), lowBytes_); }
+    static V16 oddSlots(V8 pixels) { return hn::ShiftRight<8>(hn::BitCast(D16(), pixels)); }
+    V8 alphas_;
+    V16 lowBytes_;
+    hn::Mask<D8> alphaBytes_;
 };
 
 // With 32 vector registers each block's division is started two blocks
@@ -189,7 +176,7 @@ void StraightBlendARGB8888(const uint8_t* top, const uint8_t* bottom, uint8_t* d
     if (head != kNoStreaming) {
         StraightBlendInterleavedScalar(top, bottom, dest, head);
         StraightBlendARGB8888Blocks<true>(top + 4 * head, bottom + 4 * head, dest + 4 * head, (pixels - head) / step);
-        hwy::FlushStream();
+        if (!StreamFenceDeferred()) hwy::FlushStream();  // else the band fences its rows once
     } else {
         StraightBlendARGB8888Blocks<false>(top, bottom, dest, pixels / step);
     }
@@ -203,14 +190,13 @@ void StraightBlendPlanar8(const uint8_t* top, const uint8_t* topAlpha, const uin
                           const uint8_t* bottomAlpha, uint8_t* dest, uint8_t* destAlpha, size_t count) {
     const D32 d32;
     const hn::Rebind<uint8_t, D32> d8;
-    const V8 lowSlotToBoth = GroupBytes(D8(), 0, 1, 0, 1);
     const auto lowSlot = [&](const uint8_t* p) { return hn::BitCast(D16(), hn::PromoteTo(d32, hn::LoadU(d8, p))); };
     const auto bothSlots = [&](const uint8_t* p) {
         const V32 v = hn::PromoteTo(d32, hn::LoadU(d8, p));
         return hn::BitCast(D16(), hn::Or(v, hn::ShiftLeft<16>(v)));
     };
     const size_t done = WholeSteps(count, hn::Lanes(d32), [&](size_t i) {
-        const StraightCover8 cover(bothSlots(topAlpha + i), bothSlots(bottomAlpha + i), lowSlotToBoth);
+        const StraightCover8 cover(bothSlots(topAlpha + i), bothSlots(bottomAlpha + i));
         // The high slots hold zero dividends, hence zero quotients.
         const V32 colour = hn::BitCast(d32, cover.colour(lowSlot(top + i), lowSlot(bottom + i)));
         hn::StoreU(hn::U8FromU32(colour), d8, dest + i);

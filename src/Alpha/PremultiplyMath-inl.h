@@ -1,6 +1,7 @@
 // Exact integer divisions for vector kernels of the alpha family: the rounded
-// divisions by 255 and 65535 of a channel product, and a truncating 32-bit
-// division by a per-lane divisor. Each equals the C expression it names for
+// divisions by 255 and 65535 of a channel product, the division of a 16-bit
+// dividend by a per-pixel alpha, and a truncating 32-bit division by a
+// per-lane divisor. Each equals the C expression it names for
 // every input in its stated range (the premultiply tests prove it
 // exhaustively). Include after <hwy/highway.h> from a foreach_target source;
 // none of these exist on the one-lane HWY_SCALAR target except the first two.
@@ -14,6 +15,8 @@
 #endif
 
 #include <hwy/highway.h>
+
+#include "Core/Intrinsics-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
@@ -36,6 +39,44 @@ HWY_INLINE V DivideBy65535Rounded(V p) {
     const V t = hn::Add(p, hn::Set(d, 32768u));
     return hn::ShiftRight<16>(hn::Add(t, hn::ShiftRight<16>(t)));
 }
+
+#if HWY_TARGET != HWY_SCALAR
+// For u16 lanes d in 1..255, the same d in both halves of each u32 lane: in
+// both halves an r with 65279.5 / d < r <= 65536 / d, for DivideByAlpha. It is
+// r = round(65407.75 / d), the middle of that range, whose half-width
+// 128.25 / d exceeds the 1/2 of rounding by 0.0029 at d = 255 and the two
+// float roundings (2^-23 relative, 0.008 / d) by more. Read as a 32-bit
+// integer the lane is d x 65537, exact in float; adding 1.5 x 2^23 rounds the
+// quotient to an integer in the low 16 bits, which one byte shuffle copies
+// into the high half. One division, one addition and one shuffle: no
+// clamping, since the range admits r = 65408 for d = 1.
+template <class V>
+HWY_INLINE V ReciprocalOfAlpha(V divisor) {
+    const hn::DFromV<V> d16;
+    const hn::Repartition<uint8_t, decltype(d16)> d8;
+    const hn::Repartition<float, decltype(d16)> df;
+    const auto x = hn::Div(hn::Set(df, 65407.75f * 65537.0f),
+                           hn::ConvertTo(df, hn::BitCast(hn::Repartition<int32_t, decltype(d16)>(), divisor)));
+    alignas(16) static constexpr uint8_t kLowHalfTwice[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+    const auto bits = hn::BitCast(d8, hn::Add(x, hn::Set(df, 12582912.0f)));
+    return hn::BitCast(d16, hn::TableLookupBytes(bits, hn::LoadDup128(d8, kLowHalfTwice)));
+}
+
+// floor(n / d) for u16 lanes with 1 <= d <= 255 and n <= 255.5 d, given
+// d - 1 and r from ReciprocalOfAlpha: n r / 2^16 lies in (n / d - 1, n / d]
+// (n / d - n r / 2^16 < 255.5 x 256.5 / 65536 < 1), so q = (n r) >> 16 is the
+// quotient or one less, and the remainder n - q d (below 2 d) tells which.
+// Remainder and divisor are below 2^15, so a signed comparison serves:
+// without AVX-512 an unsigned one and a blend take four instructions more.
+template <class V>
+HWY_INLINE V DivideByAlpha(V n, V divisor, V belowDivisor, V reciprocal) {
+    const hn::DFromV<V> d16;
+    const hn::RebindToSigned<decltype(d16)> di16;
+    const V q = hn::MulHigh(n, reciprocal);
+    const V remainder = hn::Sub(n, hn::Mul(q, divisor));
+    return AddOneWhere(hn::RebindMask(d16, hn::Lt(hn::BitCast(di16, belowDivisor), hn::BitCast(di16, remainder))), q);
+}
+#endif  // HWY_TARGET != HWY_SCALAR
 
 #if HWY_TARGET != HWY_SCALAR && HWY_HAVE_FLOAT64
 // n / d for i32 lanes with C's truncation toward zero, d != 0 and not
