@@ -183,6 +183,7 @@ std::vector<SafetyMember> ConvolutionMembers() {
         row.nullCode = box ? kQuorinError_SizeMismatch : kQuorinError_BadArgument;
         row.refusalCode = box ? kQuorinError_SizeMismatch : kQuorinError_BadArgument;
         if (m->operation == Operation::General) row.queryAnswer = static_cast<Quorin_Error>(m->scratchBytes(0, 0));
+        else row.queryScratchPixelBytes = bytes;
         row.packedRows = box;
         members.push_back(std::move(row));
     }

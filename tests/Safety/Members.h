@@ -54,6 +54,10 @@ struct SafetyMember {
     // looking at the extents give their answer: success, or a size).
     Quorin_Error refusalCode = kQuorinError_BadArgument;
     Quorin_Error queryAnswer = kQuorinError_BadArgument;
+    // Nonzero: the size query answers the source's pixels times this many
+    // bytes (the box and tent scratch), or -21773 past the largest code, so
+    // the answer to a huge record depends on the width of size_t.
+    size_t queryScratchPixelBytes = 0;
     // Rows must be exactly width x pixel bytes (no padding).
     bool packedRows = false;
     // A conversion that refuses flag bits outside its mask (the packed-RGB
