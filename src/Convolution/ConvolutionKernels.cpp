@@ -123,76 +123,128 @@ size_t ConvolveVectors(const uint8_t* const* rows, uint8_t* out, size_t begin, s
 // ones). The sums down go into two arrays, of the even places and of the odd
 // ones; a tap across that moves by an odd number of bytes reads the other
 // array, and the two quotients are put back together as bytes.
+//
 // kKH, kKW: the kernel's size when known when compiled (3 x 3 and 5 x 5,
-// whose loops then unroll), else 0.
-template <size_t kKH, size_t kKW>
-size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end, const ConvolveShape& s) {
+// whose loops then unroll), else 0. kR output rows (outs[0 .. kR - 1]) are
+// made at once from the kh + kR - 1 rows they share, each row loaded and
+// taken apart once for them all; with kR above 1 every row is inside the
+// image and the outputs lie a whole number of cache lines apart. kSym: the
+// column and the row read the same backwards (with a row outside the image
+// weighing 0), so mirrored taps are added before their one product.
+// Flattened: its loops are the hot ones, and pieces left as calls reload
+// the weights and the rows' places at every vector.
+template <size_t kKH, size_t kKW, size_t kR, bool kSym>
+HWY_FLATTEN size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* const* outs, size_t begin, size_t end,
+                         const ConvolveShape& s) {
+    static_assert(kR == 1 || kKH != 0);
     using DA = hn::CappedTag<uint16_t, 16>;
+    using VA = hn::Vec<DA>;
     const DA da;
     const LaneDivide<DA, 16> divide(s.divide16);
     const hn::Repartition<uint8_t, DA> d8;
     const size_t kh = kKH ? kKH : s.kernelHeight, kw = kKW ? kKW : s.kernelWidth;
     const size_t N = hn::Lanes(da), V = 2 * N, P = s.pixelBytes, back = (kw / 2) * P;
     constexpr size_t kStretch = 1024, kAhead = 2048, kHalf = kStretch / 2 + 127 * 4 + 1;
-    alignas(64) uint16_t even[kHalf], odd[kHalf];
+    constexpr size_t kLoaded = kKH ? kKH + kR - 1 : 255;
+    // The sums down of output row r: the even places from sums[r], the odd
+    // ones from sums[r] + kHalf.
+    alignas(64) uint16_t sums[kR][2 * kHalf];
     // The weights and, for each tap across, where the sums of an even and
     // of an odd output place start: local, so the stores of output bytes
-    // cannot be taken to change them. A row outside the image is read as
-    // the middle row (always inside) with weight 0, so the loop down has no
-    // tests.
+    // cannot be taken to change them. A row outside the image (kR = 1 only)
+    // is read as the middle row (always inside) with weight 0, so the loop
+    // down has no tests.
     uint16_t down[255], across[255];
-    const uint8_t* from[255];
-    const uint16_t *forEven[255], *forOdd[255];
-    for (size_t i = 0; i < kh; ++i) {
-        down[i] = rows[i] != nullptr ? static_cast<uint16_t>(s.down[i]) : 0;
-        from[i] = (rows[i] != nullptr ? rows[i] : rows[kh / 2]) + begin - back;
-    }
+    const uint8_t* from[kLoaded];
+    size_t forEven[255], forOdd[255];
+    for (size_t i = 0; i < kh; ++i) down[i] = rows[i] != nullptr ? static_cast<uint16_t>(s.down[i]) : 0;
+    for (size_t i = 0; i < kh + kR - 1; ++i) from[i] = (rows[i] != nullptr ? rows[i] : rows[kh / 2]) + begin - back;
     for (size_t j = 0; j < kw; ++j) {
         const size_t o = j * P;
         across[j] = static_cast<uint16_t>(s.across[j]);
-        forEven[j] = o % 2 == 0 ? even + o / 2 : odd + o / 2;
-        forOdd[j] = o % 2 == 0 ? odd + o / 2 : even + o / 2 + 1;
+        forEven[j] = o % 2 == 0 ? o / 2 : kHalf + o / 2;
+        forOdd[j] = o % 2 == 0 ? kHalf + o / 2 : o / 2 + 1;
     }
-    // The newest row comes from memory: its lines are asked for a stretch
-    // ahead, across the page boundaries the hardware stops at, up to its end.
-    const uint8_t* newest = rows[kh - 1];
+    // The newest kR rows come from memory: their lines are asked for a
+    // stretch ahead, across the page boundaries the hardware stops at, up to
+    // their end.
+    const uint8_t* newest = rows[kh + kR - 2];
     const size_t rowBytes = s.width * P, last = rowBytes > kAhead ? rowBytes - kAhead : 0;
     const auto low = hn::Set(da, 0xFF);
-    // Down: the two sums of the bytes [k, k + V) of the stretch from byte `at` on.
-    auto Down = [&](size_t at, size_t k) {
-        auto sumEven = hn::Zero(da), sumOdd = hn::Zero(da);
-        for (size_t i = 0; i < kh; ++i) {
-            const auto pair = hn::BitCast(da, hn::LoadU(d8, from[i] + at + k));
-            const auto weight = hn::Set(da, down[i]);
-            sumEven = hn::Add(sumEven, hn::Mul(hn::And(pair, low), weight));
-            sumOdd = hn::Add(sumOdd, hn::Mul(hn::ShiftRight<8>(pair), weight));
+    // Sum down of one half (even or odd places) for output row r, from the
+    // loaded halves h.
+    auto SumDown = [&](const VA* h, size_t r) {
+        if constexpr (kSym) {
+            VA sum = hn::Mul(h[r + kKH / 2], hn::Set(da, down[kKH / 2]));
+            for (size_t i = 0; i < kKH / 2; ++i)
+                sum = hn::Add(sum, hn::Mul(hn::Add(h[r + i], h[r + kKH - 1 - i]), hn::Set(da, down[i])));
+            return sum;
+        } else {
+            VA sum = hn::Zero(da);
+            for (size_t i = 0; i < kh; ++i) sum = hn::Add(sum, hn::Mul(h[r + i], hn::Set(da, down[i])));
+            return sum;
         }
-        hn::StoreU(sumEven, da, even + k / 2);
-        hn::StoreU(sumOdd, da, odd + k / 2);
     };
-    // Output bytes [b, b + count) (count a multiple of V, at most a
-    // stretch): the sums down over them and their halo, then across, with
-    // the quotient and the store fixed for the call's loops.
+    // Down: the sums of the bytes [k, k + V) of the stretch from byte `at` on.
+    auto Down = [&](size_t at, size_t k) {
+        if constexpr (kKH != 0) {
+            VA evens[kLoaded], odds[kLoaded];
+            for (size_t i = 0; i < kLoaded; ++i) {
+                const auto pair = hn::BitCast(da, hn::LoadU(d8, from[i] + at + k));
+                evens[i] = hn::And(pair, low);
+                odds[i] = hn::ShiftRight<8>(pair);
+            }
+            for (size_t r = 0; r < kR; ++r) {
+                hn::StoreU(SumDown(evens, r), da, sums[r] + k / 2);
+                hn::StoreU(SumDown(odds, r), da, sums[r] + kHalf + k / 2);
+            }
+        } else {
+            auto sumEven = hn::Zero(da), sumOdd = hn::Zero(da);
+            for (size_t i = 0; i < kh; ++i) {
+                const auto pair = hn::BitCast(da, hn::LoadU(d8, from[i] + at + k));
+                const auto weight = hn::Set(da, down[i]);
+                sumEven = hn::Add(sumEven, hn::Mul(hn::And(pair, low), weight));
+                sumOdd = hn::Add(sumOdd, hn::Mul(hn::ShiftRight<8>(pair), weight));
+            }
+            hn::StoreU(sumEven, da, sums[0] + k / 2);
+            hn::StoreU(sumOdd, da, sums[0] + kHalf + k / 2);
+        }
+    };
+    // Sum across of one half, its taps at `at` + offsets[j].
+    auto SumAcross = [&](const uint16_t* at, const size_t* offsets) {
+        if constexpr (kSym) {
+            VA sum = hn::Mul(hn::LoadU(da, at + offsets[kw / 2]), hn::Set(da, across[kw / 2]));
+            for (size_t j = 0; j < kw / 2; ++j)
+                sum = hn::Add(sum, hn::Mul(hn::Add(hn::LoadU(da, at + offsets[j]), hn::LoadU(da, at + offsets[kw - 1 - j])),
+                                           hn::Set(da, across[j])));
+            return sum;
+        } else {
+            VA sum = hn::Zero(da);
+            for (size_t j = 0; j < kw; ++j) sum = hn::Add(sum, hn::Mul(hn::LoadU(da, at + offsets[j]), hn::Set(da, across[j])));
+            return sum;
+        }
+    };
+    // Output bytes [b, b + count) of every output row (count a multiple of
+    // V, at most a stretch): the sums down over them and their halo, then
+    // across, with the quotient and the store fixed for the call's loops.
     auto Stretch = [&](size_t b, size_t count, auto quotient, auto put) {
         const size_t span = count + 2 * back, at = b - begin;
         size_t k = 0;
         for (; k + V <= span; k += V) {
-            if (newest != nullptr && from[kh - 1] + at + k < newest + last)
-                hwy::Prefetch(from[kh - 1] + at + k + kAhead);
+            if (newest != nullptr && from[kh + kR - 2] + at + k < newest + last)
+                for (size_t i = kh - 1; i < kh + kR - 1; ++i) hwy::Prefetch(from[i] + at + k + kAhead);
             Down(at, k);
         }
         // The last sums as one more vector ending at the span's end (an
         // even place, as count and back are), over sums already made.
         if (k < span) Down(at, span - V);
-        for (k = 0; k < count; k += V) {
-            auto sumEven = hn::Zero(da), sumOdd = hn::Zero(da);
-            for (size_t j = 0; j < kw; ++j) {
-                const auto weight = hn::Set(da, across[j]);
-                sumEven = hn::Add(sumEven, hn::Mul(hn::LoadU(da, forEven[j] + k / 2), weight));
-                sumOdd = hn::Add(sumOdd, hn::Mul(hn::LoadU(da, forOdd[j] + k / 2), weight));
+        for (size_t r = 0; r < kR; ++r) {
+            uint8_t* out = outs[r] + b;
+            for (k = 0; k < count; k += V) {
+                const auto sumEven = SumAcross(sums[r] + k / 2, forEven), sumOdd = SumAcross(sums[r] + k / 2, forOdd);
+                const auto bytes = hn::Or(hn::And(quotient(sumEven), low), hn::ShiftLeft<8>(quotient(sumOdd)));
+                put(hn::BitCast(d8, bytes), out + k);
             }
-            const auto bytes = hn::Or(hn::And(quotient(sumEven), low), hn::ShiftLeft<8>(quotient(sumOdd)));
-            put(hn::BitCast(d8, bytes), out + b + k);
         }
     };
     using Bytes = hn::Vec<hn::Repartition<uint8_t, DA>>;
@@ -210,7 +262,7 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
     // number of vectors from it on); the bytes before it go out plainly.
     auto Everything = [&](auto quotient) {
         constexpr size_t kLine = 64;
-        const size_t line = begin + (kLine - reinterpret_cast<uintptr_t>(out + begin) % kLine) % kLine;
+        const size_t line = begin + (kLine - reinterpret_cast<uintptr_t>(outs[0] + begin) % kLine) % kLine;
         if (s.stream && line + V <= end) {
             if (line > begin) Stretches(begin, std::max(line, begin + V), quotient, plain);
             Stretches(line, end, quotient, streamed);
@@ -221,11 +273,38 @@ size_t ConvolveSeparable(const uint8_t* const* rows, uint8_t* out, size_t begin,
     if (end - begin < V) return begin;
     if (divide.powerOfTwo) {
         const int shift = divide.shift1 + divide.shift2;
-        Everything([shift](hn::Vec<DA> v) { return hn::ShiftRightSame(v, shift); });
+        Everything([shift](VA v) { return hn::ShiftRightSame(v, shift); });
     } else {
-        Everything([&](hn::Vec<DA> v) { return divide(v); });
+        Everything([&](VA v) { return divide(v); });
     }
     return end;
+}
+
+// Whether the kernel rows[0 .. kh - 1] meet reads the same backwards, down
+// (a row outside the image weighing 0) and across.
+bool SeparableMirrored(const uint8_t* const* rows, const ConvolveShape& s) {
+    const size_t kh = s.kernelHeight, kw = s.kernelWidth;
+    for (size_t i = 0; i < kh / 2; ++i) {
+        const int top = rows[i] != nullptr ? s.down[i] : 0, bottom = rows[kh - 1 - i] != nullptr ? s.down[kh - 1 - i] : 0;
+        if (top != bottom) return false;
+    }
+    for (size_t j = 0; j < kw / 2; ++j)
+        if (s.across[j] != s.across[kw - 1 - j]) return false;
+    return true;
+}
+
+// One output row of a column-times-row kernel, by its size's loops.
+size_t ConvolveSeparableRow(const uint8_t* const* rows, uint8_t* out, size_t begin, size_t end,
+                            const ConvolveShape& s) {
+    uint8_t* const outs[1] = {out};
+    const bool mirrored = SeparableMirrored(rows, s);
+    if (s.kernelHeight == 3 && s.kernelWidth == 3)
+        return mirrored ? ConvolveSeparable<3, 3, 1, true>(rows, outs, begin, end, s)
+                        : ConvolveSeparable<3, 3, 1, false>(rows, outs, begin, end, s);
+    if (s.kernelHeight == 5 && s.kernelWidth == 5)
+        return mirrored ? ConvolveSeparable<5, 5, 1, true>(rows, outs, begin, end, s)
+                        : ConvolveSeparable<5, 5, 1, false>(rows, outs, begin, end, s);
+    return ConvolveSeparable<0, 0, 1, false>(rows, outs, begin, end, s);
 }
 
 // In place, sums[k] = sums[k] + .. + sums[k + (taps - 1) * step] for k <
@@ -301,11 +380,7 @@ size_t ConvolveInterior(const uint8_t* const* rows, uint8_t* out, size_t begin, 
                         const Divide& divide) {
     const size_t lanes = hn::Lanes(DA());
     if (s.separable) {
-        size_t done = begin;
-        if (s.kernelHeight == 3 && s.kernelWidth == 3) done = ConvolveSeparable<3, 3>(rows, out, begin, end, s);
-        else if (s.kernelHeight == 5 && s.kernelWidth == 5) done = ConvolveSeparable<5, 5>(rows, out, begin, end, s);
-        else done = ConvolveSeparable<0, 0>(rows, out, begin, end, s);
-        if (done == end) return end;
+        if (ConvolveSeparableRow(rows, out, begin, end, s) == end) return end;
     }
     size_t b = begin;
     // Streamed stores start at the first cache-line boundary; the bytes
@@ -811,11 +886,54 @@ void ConvolveRowVector(const uint8_t* const* rows, uint8_t* out, size_t first, s
 #endif
 }
 
+#if HWY_TARGET != HWY_SCALAR
+// Rows [first, last) of a 3 x 3 column-times-row kernel: four output rows at
+// a time where the rows they read lie inside the image (their six rows loaded
+// once for the four, not three times each), the others one at a time. The
+// bytes are those of ConvolveRowVector row by row.
+void SeparableBand3(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last, size_t width,
+                    const ConvolveShape& s) {
+    constexpr size_t kR = 4, kH = 3, kHalf = kH / 2;
+    const size_t P = s.pixelBytes, rowEnd = width * P, V = 2 * hn::Lanes(hn::CappedTag<uint16_t, 16>());
+    // The bytes of the pixels whose taps all lie inside the row, as ConvolveRowVector takes them.
+    const size_t lo = kHalf * P, hi = width > 2 * kHalf ? (width - kHalf) * P : 0;
+    const auto* in = static_cast<const uint8_t*>(src.data);
+    auto* to = static_cast<uint8_t*>(dest.data);
+    const bool groups = hi >= lo + V && (!s.stream || dest.rowBytes % 64 == 0);
+    const uint8_t* rows[kH + kR - 1];
+    for (size_t y = first; y < last;) {
+        if (groups && y >= kHalf && y + kR <= last && y + kR + kHalf <= src.height) {
+            uint8_t* outs[kR];
+            for (size_t i = 0; i < kH + kR - 1; ++i) rows[i] = in + (y - kHalf + i) * src.rowBytes;
+            for (size_t r = 0; r < kR; ++r) outs[r] = to + (y + r) * dest.rowBytes;
+            if (SeparableMirrored(rows, s)) ConvolveSeparable<3, 3, kR, true>(rows, outs, lo, hi, s);
+            else ConvolveSeparable<3, 3, kR, false>(rows, outs, lo, hi, s);
+            for (size_t r = 0; r < kR; ++r) {
+                for (size_t b = 0; b < lo; ++b) outs[r][b] = convolution::ConvolveByte(rows + r, b, s);
+                for (size_t b = hi; b < rowEnd; ++b) outs[r][b] = convolution::ConvolveByte(rows + r, b, s);
+            }
+            y += kR;
+        } else {
+            for (size_t i = 0; i < kH; ++i)
+                rows[i] = y + i >= kHalf && y + i - kHalf < src.height ? in + (y + i - kHalf) * src.rowBytes : nullptr;
+            ConvolveRowVector(rows, to + y * dest.rowBytes, 0, width, s);
+            ++y;
+        }
+    }
+}
+#endif
+
 void ConvolveBandVector(const Quorin_Buffer& src, const Quorin_Buffer& dest, size_t first, size_t last, size_t width,
                         const ConvolveShape& s) {
 #if HWY_TARGET != HWY_SCALAR
     if (s.tentColumn) {
         TentDown<hn::CappedTag<uint16_t, 16>>(src, dest, first, last, width, s);
+        if (s.stream) hwy::FlushStream();
+        return;
+    }
+    // Divisors of 0 and past 16 bits are ConvolveRowVector's to answer.
+    if (s.separable && s.kernelHeight == 3 && s.kernelWidth == 3 && s.divisor != 0 && s.divisor <= 0xFFFF) {
+        SeparableBand3(src, dest, first, last, width, s);
         if (s.stream) hwy::FlushStream();
         return;
     }

@@ -144,6 +144,47 @@ TEST(Convolve, ColumnTimesRowKernelsMatchTheDescription) {
         }
 }
 
+// Kernels whose column and row read the same backwards add mirrored taps
+// before one product, and 3 x 3 ones make four rows at a time from the rows
+// they share: heights around the groups of four and the bands, rows whose
+// length is a whole number of cache lines (streamed four at a time) and
+// not, and near misses with one outer weight off the mirror.
+TEST(Convolve, MirroredColumnTimesRowKernelsMatchTheDescription) {
+    Random random(17);
+    const StreamingForced streamed;
+    for (const size_t bytes : {size_t{1}, size_t{4}})
+        for (int trial = 0; trial < 8; ++trial) {
+            const uint32_t size = trial < 6 ? 3 : 5, half = size / 2;
+            std::vector<int16_t> down(size), across(size), weights;
+            for (uint32_t i = 0; i <= half; ++i) {
+                down[i] = down[size - 1 - i] = static_cast<int16_t>(1 + random.next() % 4);
+                across[i] = across[size - 1 - i] = static_cast<int16_t>(random.next() % 5);
+            }
+            across[half] = static_cast<int16_t>(across[half] + 1);
+            if (trial == 4) down[0] = static_cast<int16_t>(down[0] + 1);
+            if (trial == 5) across[size - 1] = static_cast<int16_t>(across[size - 1] + 1);
+            for (const int16_t d : down)
+                for (const int16_t a : across) weights.push_back(static_cast<int16_t>(d * a));
+            const size_t width = (trial % 2 == 0 ? 64 * (2 + random.next() % 40) : 100 + random.next() % 2000) / bytes;
+            const size_t height = 5 + random.next() % 40, padding = std::vector<size_t>{0, 0, 64, 8}[trial % 4];
+            const int32_t divisor = trial % 3 == 0 ? 16 : 1 + static_cast<int32_t>(random.next() % 300);
+            const GuardedImage src = RandomImage(width, height, bytes, random.next(), trial % 3);
+            Image want = ImageOf(RandomImage(width, height, bytes, 96));
+            ReferenceConvolve(ImageOf(src), want, 0, 0, weights.data(), size, size, divisor);
+            SCOPED_TRACE(::testing::Message() << "trial " << trial << " over " << width << "x" << height << "x"
+                                              << bytes);
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                GuardedImage dest(width, height, bytes, padding, trial % 2 == 0 ? 0 : 5);
+                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, weights.data(), size, size,
+                                              divisor, flags}),
+                          kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                EXPECT_EQ(dest.pixels(), want.bytes);
+                return dest.pixels();
+            }, KernelAndSplitVariants());
+        }
+}
+
 // A column of triangular weights runs down the columns by running sums that
 // start over at each band: heights up to the largest whose sums fit 16 bits
 // (31) and past it, bands and strips of columns (4096 bytes), every split. A
