@@ -136,6 +136,16 @@ const RegisterFamily kHistograms([] {
                         },
                         {}, prepare);
 #endif
+#ifdef QUORIN_BENCH_VIPS
+            // All four channels in one pass, as 256 bins of four bands.
+            if (!floats)
+                RegisterRow({"libvips hist_find" + suffix, size, size, Split::Single, bytes},
+                            [source, size] {
+                                RunVips(source->image->buffer.data, size, size, 4, VIPS_FORMAT_UCHAR,
+                                        [](VipsImage* in, VipsImage** out) { return vips_hist_find(in, out, nullptr); });
+                            },
+                            {}, [prepare] { StartVips(), prepare(); });
+#endif
         }
     }
 });
