@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <vector>
 
 #include "Convolution/ConvolutionMembers.h"
@@ -73,6 +74,23 @@ Kernel RandomKernel(Random& random, uint32_t maxSize, bool small) {
 
 const Member& General(size_t bytes) { return bytes == 1 ? convolution::kConvolvePlanar8 : convolution::kConvolveARGB8888; }
 
+// The general convolution of src (offsets 0) into a destination that `dest`
+// makes, under each variant, against the description's bytes.
+void ExpectGeneralMatches(const GuardedImage& src, const int16_t* weights, uint32_t kh, uint32_t kw, int32_t divisor,
+                          const std::function<GuardedImage()>& dest, const std::vector<Variant>& variants) {
+    Image want = ImageOf(dest());
+    ReferenceConvolve(ImageOf(src), want, 0, 0, weights, kh, kw, divisor);
+    ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+        GuardedImage out = dest();
+        EXPECT_EQ(General(src.pixelBytes()).run({src.record(), out.record(), nullptr, 0, 0, weights, kh, kw, divisor,
+                                                 flags}),
+                  kQuorinSuccess);
+        EXPECT_EQ(out.damagedGuard(), "");
+        EXPECT_EQ(out.pixels(), want.bytes);
+        return out.pixels();
+    }, variants);
+}
+
 // Sizes around the vector width and the parallel grid, with small kernels
 // (the 16-bit sums) and full-range ones (wrapping 32-bit sums).
 TEST(Convolve, MatchesTheDescriptionForRandomKernelsDivisorsAndOffsets) {
@@ -128,19 +146,10 @@ TEST(Convolve, ColumnTimesRowKernelsMatchTheDescription) {
             const size_t width = 300 + random.next() % 900, height = 9 + random.next() % 9;
             const int32_t divisor = 1 + static_cast<int32_t>(random.next() % 200);
             const GuardedImage src = RandomImage(width, height, bytes, random.next(), 2);
-            Image want = ImageOf(RandomImage(width, height, bytes, 97));
-            ReferenceConvolve(ImageOf(src), want, 0, 0, weights.data(), kh, kw, divisor);
             SCOPED_TRACE(::testing::Message() << "trial " << trial << " kernel " << kh << "x" << kw << " over "
                                               << width << "x" << height << "x" << bytes);
-            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
-                GuardedImage dest = RandomImage(width, height, bytes, 97, 1);
-                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, weights.data(), kh, kw,
-                                              divisor, flags}),
-                          kQuorinSuccess);
-                EXPECT_EQ(dest.damagedGuard(), "");
-                EXPECT_EQ(dest.pixels(), want.bytes);
-                return dest.pixels();
-            }, KernelVariants());
+            ExpectGeneralMatches(src, weights.data(), kh, kw, divisor,
+                                 [&] { return RandomImage(width, height, bytes, 97, 1); }, KernelVariants());
         }
 }
 
@@ -169,18 +178,12 @@ TEST(Convolve, MirroredColumnTimesRowKernelsMatchTheDescription) {
             const size_t height = 5 + random.next() % 40, padding = std::vector<size_t>{0, 0, 64, 8}[trial % 4];
             const int32_t divisor = trial % 3 == 0 ? 16 : 1 + static_cast<int32_t>(random.next() % 300);
             const GuardedImage src = RandomImage(width, height, bytes, random.next(), trial % 3);
-            Image want = ImageOf(RandomImage(width, height, bytes, 96));
-            ReferenceConvolve(ImageOf(src), want, 0, 0, weights.data(), size, size, divisor);
             SCOPED_TRACE(::testing::Message() << "trial " << trial << " over " << width << "x" << height << "x"
                                               << bytes);
-            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+            ExpectGeneralMatches(src, weights.data(), size, size, divisor, [&] {
                 GuardedImage dest(width, height, bytes, padding, trial % 2 == 0 ? 0 : 5);
-                EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, weights.data(), size, size,
-                                              divisor, flags}),
-                          kQuorinSuccess);
-                EXPECT_EQ(dest.damagedGuard(), "");
-                EXPECT_EQ(dest.pixels(), want.bytes);
-                return dest.pixels();
+                dest.fillRandom(96);
+                return dest;
             }, KernelAndSplitVariants());
         }
 }
@@ -203,19 +206,10 @@ TEST(Convolve, TriangularColumnsAndRowsMatchTheDescription) {
                 const int32_t h = static_cast<int32_t>(size / 2), divisor = size == 15 ? 37 : (h + 1) * (h + 1);
                 const uint32_t kh = column ? size : 1, kw = column ? 1 : size;
                 const GuardedImage src = RandomImage(width, height, bytes, random.next(), 3);
-                Image want = ImageOf(RandomImage(width, height, bytes, 98));
-                ReferenceConvolve(ImageOf(src), want, 0, 0, tent.data(), kh, kw, divisor);
                 SCOPED_TRACE(::testing::Message() << "kernel " << kh << "x" << kw << " over " << width << "x" << height
                                                   << "x" << bytes);
-                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
-                    GuardedImage dest = RandomImage(width, height, bytes, 98, 1);
-                    EXPECT_EQ(General(bytes).run({src.record(), dest.record(), nullptr, 0, 0, tent.data(), kh, kw,
-                                                  divisor, flags}),
-                              kQuorinSuccess);
-                    EXPECT_EQ(dest.damagedGuard(), "");
-                    EXPECT_EQ(dest.pixels(), want.bytes);
-                    return dest.pixels();
-                });
+                ExpectGeneralMatches(src, tent.data(), kh, kw, divisor,
+                                     [&] { return RandomImage(width, height, bytes, 98, 1); }, KernelAndSplitVariants());
             }
 }
 
