@@ -318,9 +318,17 @@ template <class D>
 uint16_t* BoxRun(uint16_t* sums, uint16_t* spare, size_t count, size_t taps, size_t step) {
     const D d;
     const size_t N = hn::Lanes(d);
-    // to[k] = a[k] + b[k + offset] for k < n.
+    // to[k] = a[k] + b[k + offset] for k < n. Two vectors a step: a loop of
+    // one is so short that where it happens to cross a 64-byte boundary of
+    // the code, fetching it takes longer than running it.
     auto add = [&](uint16_t* to, const uint16_t* a, const uint16_t* b, size_t offset, size_t n) {
         size_t k = 0;
+        for (; k + 2 * N <= n; k += 2 * N) {
+            const auto first = hn::Add(hn::LoadU(d, a + k), hn::LoadU(d, b + k + offset));
+            const auto second = hn::Add(hn::LoadU(d, a + k + N), hn::LoadU(d, b + k + N + offset));
+            hn::StoreU(first, d, to + k);
+            hn::StoreU(second, d, to + k + N);
+        }
         for (; k + N <= n; k += N) hn::StoreU(hn::Add(hn::LoadU(d, a + k), hn::LoadU(d, b + k + offset)), d, to + k);
         for (; k < n; ++k) to[k] = static_cast<uint16_t>(a[k] + b[k + offset]);
     };
