@@ -487,7 +487,6 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
     constexpr size_t kPixels = (kChunk + 2 + HWY_MAX_BYTES / 16 + 15) / 16 * 16;
     const size_t N = hn::Lanes(df), group = N / 4, perLoad = hn::Lanes(dPixels);
     HWY_ALIGN uint32_t pixels[2][kPixels] = {};
-    HWY_ALIGN float samples[2][kPixels * 4];
     const auto suits = [](const float*) { return true; };
     OverHalvingRun<Arithmetic::Float, kTaps>(job, x0, y0, w, h, group, suits, [&](size_t begin, size_t end,
                                                                                 const float* weights) {
@@ -515,16 +514,20 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
                     pixels[0][i] = ReadUnaligned<uint32_t>(s + i * 8);
                     pixels[1][i] = ReadUnaligned<uint32_t>(s + i * 8 + 4);
                 }
-                for (size_t k = 0; k < 2; ++k) {
-                    const auto* bytes = reinterpret_cast<const uint8_t*>(pixels[k]);
-                    for (size_t q = 0; q < pairs * 4; q += N)
-                        hn::Store(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, bytes + q))), df, samples[k] + q);
-                }
-                for (size_t o = 0; o < n; o += group) {
-                    auto acc = hn::Zero(df);
-                    for (size_t j = 0; j < kTaps; ++j)
-                        if (j < used) acc = Sum::Add(acc, wv[j], hn::LoadU(df, samples[j % 2] + (o + j / 2) * 4));
-                    Sum::Store(df, acc, dst + (c + o) * 4);
+                const auto outputs = [&](auto taps) {
+                    for (size_t o = 0; o < n; o += group) {
+                        auto acc = hn::Zero(df);
+                        for (size_t j = 0; j < taps(); ++j) {
+                            const uint8_t* at = reinterpret_cast<const uint8_t*>(pixels[j % 2] + o + j / 2);
+                            acc = Sum::Add(acc, wv[j], hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, at))));
+                        }
+                        Sum::Store(df, acc, dst + (c + o) * 4);
+                    }
+                };
+                if (used == kTaps) {
+                    outputs(std::integral_constant<size_t, kTaps>());
+                } else {
+                    outputs(std::integral_constant<size_t, kTaps - 1>());
                 }
             }
         }
