@@ -64,6 +64,27 @@ struct VectorSum {
     static HWY_INLINE Lane Convert(T sample) { return static_cast<Lane>(sample); }
 
     static HWY_INLINE V Add(V acc, V w, V x) { return hn::Add(acc, hn::Mul(w, x)); }
+    // The first tap's sum, 0 + w * x: w * x itself for integer formats (the
+    // sign of a zero sum is lost in their stored result); float formats
+    // store a zero's sign, so theirs adds.
+    static HWY_INLINE V Start(V w, V x) {
+        if constexpr (A == Arithmetic::Fixed || A == Arithmetic::Float) {
+            return hn::Mul(w, x);
+        } else {
+            return hn::Add(hn::Zero(hn::DFromV<V>()), hn::Mul(w, x));
+        }
+    }
+    // How many leading taps of a table entry a float sum of integer samples
+    // must add: a last weight of 0 adds +0 to it, which changes no stored
+    // result. Every tap elsewhere.
+    template <size_t kTaps, class W>
+    static HWY_INLINE size_t TapsAdded(const W* weights) {
+        if constexpr (A == Arithmetic::Float) {
+            return weights[kTaps - 1] == 0.0f ? kTaps - 1 : kTaps;
+        } else {
+            return kTaps;
+        }
+    }
 
     // Stores Lanes(d) results at out.
     static HWY_INLINE void Store(D d, V acc, uint8_t* out) {
@@ -109,15 +130,25 @@ void VerticalPassVector(const PassJob& job, size_t x0, size_t y0, size_t w, size
         const uint8_t* rows[kTaps];
         TapRows<kTaps>(job, y, rows);
         const uint8_t* weights = job.weights + y * kTaps * sizeof(W);
+        W tap[kTaps];
         hn::Vec<AccTag<A>> wv[kTaps];
-        for (size_t j = 0; j < kTaps; ++j)
-            wv[j] = hn::Set(d, static_cast<typename Sum::Lane>(ReadUnaligned<W>(weights + j * sizeof(W))));
+        for (size_t j = 0; j < kTaps; ++j) {
+            tap[j] = ReadUnaligned<W>(weights + j * sizeof(W));
+            wv[j] = hn::Set(d, static_cast<typename Sum::Lane>(tap[j]));
+        }
         uint8_t* out = job.dst + y * job.dstRowBytes;
         size_t s = first;
-        for (; s + N <= end; s += N) {
-            auto acc = hn::Zero(d);
-            for (size_t j = 0; j < kTaps; ++j) acc = Sum::Add(acc, wv[j], Sum::Load(d, rows[j] + s * sizeof(T)));
-            Sum::Store(d, acc, out + s * sizeof(T));
+        const auto samples = [&](auto taps) {
+            for (; s + N <= end; s += N) {
+                auto acc = Sum::Start(wv[0], Sum::Load(d, rows[0] + s * sizeof(T)));
+                for (size_t j = 1; j < taps(); ++j) acc = Sum::Add(acc, wv[j], Sum::Load(d, rows[j] + s * sizeof(T)));
+                Sum::Store(d, acc, out + s * sizeof(T));
+            }
+        };
+        if (Sum::template TapsAdded<kTaps>(tap) == kTaps) {
+            samples(std::integral_constant<size_t, kTaps>());
+        } else {
+            samples(std::integral_constant<size_t, kTaps - 1>());
         }
         ScalarSamples<F, A, kTaps>(rows, weights, s, end - s, out);
     }
@@ -472,8 +503,7 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
 // sample to float once. Output o's tap j is then pixel j / 2 of the even
 // (j even) or odd (j odd) pixels from o's, so a vector of consecutive
 // outputs' channels reads each tap's samples with one load, and sums them
-// in table order as the rule does. A last weight of 0 adds +0 to a sum of
-// byte-valued products, which changes no stored result, and is left out.
+// in table order as the rule does (VectorSum::TapsAdded of them).
 template <size_t kTaps>
 void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     const hn::ScalableTag<float> df;
@@ -492,7 +522,7 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
                                                                                 const float* weights) {
         hn::Vec<decltype(df)> wv[kTaps];
         for (size_t j = 0; j < kTaps; ++j) wv[j] = hn::Set(df, weights[j]);
-        const size_t used = weights[kTaps - 1] == 0.0f ? kTaps - 1 : kTaps;
+        const size_t used = Sum::template TapsAdded<kTaps>(weights);
         const size_t firstPixel = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + begin * kTaps * 4));
         for (size_t y = y0; y < y0 + h; ++y) {
             const uint8_t* src = job.src + y * job.srcRowBytes + firstPixel * 4;
@@ -516,11 +546,12 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
                 }
                 const auto outputs = [&](auto taps) {
                     for (size_t o = 0; o < n; o += group) {
-                        auto acc = hn::Zero(df);
-                        for (size_t j = 0; j < taps(); ++j) {
+                        const auto sample = [&](size_t j) {
                             const uint8_t* at = reinterpret_cast<const uint8_t*>(pixels[j % 2] + o + j / 2);
-                            acc = Sum::Add(acc, wv[j], hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, at))));
-                        }
+                            return hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, at)));
+                        };
+                        auto acc = Sum::Start(wv[0], sample(0));
+                        for (size_t j = 1; j < taps(); ++j) acc = Sum::Add(acc, wv[j], sample(j));
                         Sum::Store(df, acc, dst + (c + o) * 4);
                     }
                 };
