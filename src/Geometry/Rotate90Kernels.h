@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "Core/KernelPair.h"
-#include "Core/Streaming.h"
 
 namespace quorin::geometry {
 
@@ -51,24 +50,6 @@ void TransposeBlocked(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptr
 
 // The vector transpose's strips: this many source rows walked together.
 inline constexpr size_t kTransposeStrip = 64;
-
-// Where the vector transpose's strips of streamed four-byte pixels start:
-// the first strip of whole destination lines (64 bytes, kTransposeStrip / 4
-// pixels) in every destination row, walked either way; `across` when the
-// destination is not streamed (it fits the caches, or its rows or pixels do
-// not keep to the lines' grid).
-inline size_t StreamedStrips(const uint8_t* dest, ptrdiff_t destRowStep, ptrdiff_t destPixelStep, size_t across,
-                             size_t down) {
-    constexpr size_t kLine = 64, kPerLine = kLine / 4;
-    const auto address = reinterpret_cast<uintptr_t>(dest);
-    if (address % 4 != 0 || static_cast<size_t>(destRowStep < 0 ? -destRowStep : destRowStep) % kLine != 0 ||
-        !WantsStreaming(across * down * 4))
-        return across;
-    // Rightward, strip i0's first pixel starts a line; leftward, its last.
-    const size_t inLine = address % kLine / 4;
-    const size_t lead = destPixelStep > 0 ? (kPerLine - inLine) % kPerLine : (inLine + 1) % kPerLine;
-    return lead < across ? lead : across;
-}
 
 using TransposeKernel = void (*)(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
                                  ptrdiff_t destPixelStep, size_t across, size_t down);
