@@ -10,6 +10,7 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Geometry/Rotate90Kernels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "Geometry/Rotate90Kernels.h"
@@ -96,7 +97,7 @@ void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdi
     // Where vectors hold 256 bits, 8 x 8 tiles go first: each destination
     // row then takes 32 bytes a store, and the tile needs 24 shuffles per 64
     // pixels where 4 x 4 tiles need 32.
-    constexpr size_t S = kTransposeStrip;
+    constexpr size_t S = kTransposeStrip, kAhead = 32;
     for (size_t i0 = 0; i0 < across; i0 += S) {
         const size_t i1 = i0 + S < across ? i0 + S : across;
         const size_t whole = i0 + (i1 - i0) / 4 * 4;
@@ -104,6 +105,12 @@ void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdi
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
         const size_t whole8 = i0 + (i1 - i0) / 8 * 8;
         for (; j + 8 <= down; j += 8) {
+            // A strip's source rows are more streams than the processor
+            // follows on its own: each row's line after next is asked for.
+            // (Streaming the destination rows measured no faster: each
+            // tile leaves eight rows' lines half written at once.)
+            if (j % 16 == 0 && j + kAhead < down)
+                for (size_t i = i0; i < i1; ++i) hwy::Prefetch(src + i * srcRowBytes + (j + kAhead) * 4);
             for (size_t i = i0; i < whole8; i += 8) TileOf8(src, srcRowBytes, at, destPixelStep > 0, i, j);
             for (size_t i = whole8; i < whole; i += 4) tile(i, j), tile(i, j + 4);
             for (size_t i = whole; i < i1; ++i)

@@ -64,34 +64,49 @@ struct VectorSum {
     static HWY_INLINE Lane Convert(T sample) { return static_cast<Lane>(sample); }
 
     static HWY_INLINE V Add(V acc, V w, V x) { return hn::Add(acc, hn::Mul(w, x)); }
-
-    // Integer formats: the stored values, clamped, as signed 32-bit lanes.
-    static HWY_INLINE hn::Vec<hn::RebindToSigned<D>> Finish(D d, V acc) {
-        const hn::RebindToSigned<D> di;
-        hn::Vec<decltype(di)> v;
-        if constexpr (A == Arithmetic::Fixed) {
-            (void)d;
-            v = hn::ShiftRight<14>(hn::Add(acc, hn::Set(di, 16383)));
+    // The first tap's sum, 0 + w * x: w * x itself for integer formats (the
+    // sign of a zero sum is lost in their stored result); float formats
+    // store a zero's sign, so theirs adds.
+    static HWY_INLINE V Start(V w, V x) {
+        if constexpr (A == Arithmetic::Fixed || A == Arithmetic::Float) {
+            return hn::Mul(w, x);
         } else {
-            // trunc((double)acc + 0.5): the addition is exact in double, so
-            // for acc >= 0.5 it is trunc(acc) plus 1 when acc's fraction
-            // (exact in float) is at least one half; below 0.5 the result
-            // is at most 0 and clamps to 0.
-            const auto whole = hn::ConvertTo(di, acc);
-            const auto fraction = hn::Sub(acc, hn::ConvertTo(d, whole));
-            const auto half = hn::Set(d, 0.5f);
-            const auto up = hn::RebindMask(di, hn::Ge(fraction, half));
-            v = hn::IfThenElse(up, hn::Add(whole, hn::Set(di, 1)), whole);
-            v = hn::IfThenZeroElse(hn::RebindMask(di, hn::Lt(acc, half)), v);
+            return hn::Add(hn::Zero(hn::DFromV<V>()), hn::Mul(w, x));
         }
-        return hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, kMaxSample<T>));
+    }
+    // How many leading taps of a table entry a float sum of integer samples
+    // must add: a last weight of 0 adds +0 to it, which changes no stored
+    // result. Every tap elsewhere.
+    template <size_t kTaps, class W>
+    static HWY_INLINE size_t TapsAdded(const W* weights) {
+        if constexpr (A == Arithmetic::Float) {
+            return weights[kTaps - 1] == 0.0f ? kTaps - 1 : kTaps;
+        } else {
+            return kTaps;
+        }
     }
 
     // Stores Lanes(d) results at out.
     static HWY_INLINE void Store(D d, V acc, uint8_t* out) {
         T* o = reinterpret_cast<T*>(out);
-        if constexpr (A == Arithmetic::Fixed || A == Arithmetic::Float) {
-            hn::StoreU(hn::DemoteTo(DT(), Finish(d, acc)), DT(), o);
+        if constexpr (A == Arithmetic::Fixed) {
+            const hn::RebindToSigned<D> di;
+            const auto v = hn::ShiftRight<14>(hn::Add(acc, hn::Set(di, 16383)));
+            hn::StoreU(hn::DemoteTo(DT(), hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, kMaxSample<T>))), DT(), o);
+        } else if constexpr (A == Arithmetic::Float) {
+            // trunc((double)acc + 0.5), clamped. Clamping the sum first
+            // gives the same result (a sum beyond a bound rounds to at least
+            // that far). The addition is exact in double, so for a clamped
+            // sum it is the whole part plus 1 when the fraction (exact in
+            // float) is at least one half; adding 2^23 then leaves that
+            // whole number, exactly, in the float's low bits, which the
+            // truncating narrowing keeps.
+            const auto a = hn::Min(hn::Max(acc, hn::Zero(d)), hn::Set(d, static_cast<float>(kMaxSample<T>)));
+            const auto whole = hn::Trunc(a);
+            const auto up = hn::Ge(hn::Sub(a, whole), hn::Set(d, 0.5f));
+            const auto bits = hn::Add(hn::IfThenElse(up, hn::Add(whole, hn::Set(d, 1.0f)), whole), hn::Set(d, 8388608.0f));
+            const hn::Rebind<hwy::MakeUnsigned<T>, D> dn;
+            hn::StoreU(hn::BitCast(DT(), hn::TruncateTo(dn, hn::BitCast(hn::RebindToUnsigned<D>(), bits))), DT(), o);
         } else if constexpr (A == Arithmetic::Double) {
             hn::StoreU(CanonicalNaNs(hn::DemoteTo(DT(), acc)), DT(), o);
         } else {
@@ -115,15 +130,25 @@ void VerticalPassVector(const PassJob& job, size_t x0, size_t y0, size_t w, size
         const uint8_t* rows[kTaps];
         TapRows<kTaps>(job, y, rows);
         const uint8_t* weights = job.weights + y * kTaps * sizeof(W);
+        W tap[kTaps];
         hn::Vec<AccTag<A>> wv[kTaps];
-        for (size_t j = 0; j < kTaps; ++j)
-            wv[j] = hn::Set(d, static_cast<typename Sum::Lane>(ReadUnaligned<W>(weights + j * sizeof(W))));
+        for (size_t j = 0; j < kTaps; ++j) {
+            tap[j] = ReadUnaligned<W>(weights + j * sizeof(W));
+            wv[j] = hn::Set(d, static_cast<typename Sum::Lane>(tap[j]));
+        }
         uint8_t* out = job.dst + y * job.dstRowBytes;
         size_t s = first;
-        for (; s + N <= end; s += N) {
-            auto acc = hn::Zero(d);
-            for (size_t j = 0; j < kTaps; ++j) acc = Sum::Add(acc, wv[j], Sum::Load(d, rows[j] + s * sizeof(T)));
-            Sum::Store(d, acc, out + s * sizeof(T));
+        const auto samples = [&](auto taps) {
+            for (; s + N <= end; s += N) {
+                auto acc = Sum::Start(wv[0], Sum::Load(d, rows[0] + s * sizeof(T)));
+                for (size_t j = 1; j < taps(); ++j) acc = Sum::Add(acc, wv[j], Sum::Load(d, rows[j] + s * sizeof(T)));
+                Sum::Store(d, acc, out + s * sizeof(T));
+            }
+        };
+        if (Sum::template TapsAdded<kTaps>(tap) == kTaps) {
+            samples(std::integral_constant<size_t, kTaps>());
+        } else {
+            samples(std::integral_constant<size_t, kTaps - 1>());
         }
         ScalarSamples<F, A, kTaps>(rows, weights, s, end - s, out);
     }
@@ -384,10 +409,30 @@ void HorizontalBytePixels(const PassJob& job, size_t x0, size_t y0, size_t w, si
     OverTapBlocks<A, kTaps, kChunk>(job, x0, y0, w, h, hn::Lanes(d8) / 16, prepare, group);
 }
 
-// Four 8-bit channels in fixed point over an exact halving's run (PassJob::
-// runFirst..runEnd): every output takes the same weights on the five pixels
-// from two after the previous output's first, and the fifth weight is 0 (the
-// B-spline at 2.5 pixels). A block of 16 bytes holds four pixels, two pairs;
+// The part of output columns [x0, x0 + w) in an exact halving's run
+// (PassJob::runFirst..runEnd) that fills whole groups of `group` outputs goes
+// to `run(begin, end, weights)`, with the run's weights in table order; the
+// rest, and every column when the run's weights do not suit (`suits`), takes
+// HorizontalBytePixels.
+template <Arithmetic A, size_t kTaps, class Suits, class Run>
+HWY_INLINE void OverHalvingRun(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h, size_t group,
+                               Suits&& suits, Run&& run) {
+    const size_t begin = std::max<size_t>(x0, job.runFirst), end0 = std::min<size_t>(x0 + w, job.runEnd);
+    Weight<A> weights[kTaps] = {};
+    if (kTaps == 5 && end0 >= begin + group)
+        for (size_t j = 0; j < kTaps; ++j) weights[j] = ReadUnaligned<Weight<A>>(job.weights + (begin * kTaps + j) * sizeof(Weight<A>));
+    if (kTaps != 5 || end0 < begin + group || !suits(weights))
+        return HorizontalBytePixels<A, kTaps>(job, x0, y0, w, h);
+    const size_t end = begin + (end0 - begin) / group * group;
+    if (begin > x0) HorizontalBytePixels<A, kTaps>(job, x0, y0, begin - x0, h);
+    if (x0 + w > end) HorizontalBytePixels<A, kTaps>(job, end, y0, x0 + w - end, h);
+    run(begin, end, weights);
+}
+
+// Four 8-bit channels in fixed point over an exact halving's run: every
+// output takes the same weights on the five pixels from two after the
+// previous output's first, and the fifth weight is 0 (the B-spline at 2.5
+// pixels). A block of 16 bytes holds four pixels, two pairs;
 // a shuffle puts a pair's two samples of each channel in the 16-bit halves
 // of that channel's 32-bit lane, and a pairwise widening multiply-add by the
 // pair's weights adds both products. Block k of a load at output o's first
@@ -403,55 +448,121 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
     const hn::Repartition<int32_t, decltype(d8)> d32;
     const hn::Rebind<uint8_t, decltype(d16)> dOut;
     const size_t group = hn::Lanes(d8) / 8;  // outputs per step: two per block
-    const size_t begin = std::max<size_t>(x0, job.runFirst), end0 = std::min<size_t>(x0 + w, job.runEnd);
-    int32_t weights[kTaps] = {};
-    bool fits = kTaps == 5 && end0 >= begin + group;
-    for (size_t j = 0; fits && j < kTaps; ++j) {
-        weights[j] = ReadUnaligned<int32_t>(job.weights + (begin * kTaps + j) * 4);
-        fits = j == 4 ? weights[j] == 0 : weights[j] >= INT16_MIN && weights[j] <= INT16_MAX;
-    }
-    if (!fits) return HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, x0, y0, w, h);
-    const size_t end = begin + (end0 - begin) / group * group;
-    if (begin > x0) HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, x0, y0, begin - x0, h);
-    if (x0 + w > end) HorizontalBytePixels<Arithmetic::Fixed, kTaps>(job, end, y0, x0 + w - end, h);
-    hn::Vec<decltype(d16)> pairs[2];
-    for (size_t p = 0; p < 2; ++p) {
-        const uint32_t pair = (static_cast<uint32_t>(weights[2 * p + 1]) << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu);
-        pairs[p] = hn::BitCast(d16, hn::Set(d32, static_cast<int32_t>(pair)));
-    }
-    // Byte k of a block's 32-bit lanes: channel k / 4 of the pair's first
-    // pixel (part 0) or second (part 2), each widened by a zero byte.
-    HWY_ALIGN uint8_t low[16], high[16];
-    for (size_t k = 0; k < 16; ++k) {
-        const size_t channel = k / 4, part = k % 4;
-        low[k] = part % 2 == 1 ? 0x80 : static_cast<uint8_t>(channel + 2 * part);
-        high[k] = part % 2 == 1 ? 0x80 : static_cast<uint8_t>(channel + 2 * part + 8);
-    }
-    const auto lowPair = hn::LoadDup128(d8, low), highPair = hn::LoadDup128(d8, high);
-    const auto round = hn::Set(d32, 16383);
-    const size_t firstPixel = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + begin * kTaps * 4));
-    for (size_t y = y0; y < y0 + h; ++y) {
-        const uint8_t* src = job.src + y * job.srcRowBytes + firstPixel * 4;
-        uint8_t* dst = job.dst + y * job.dstRowBytes;
-        for (size_t x = begin; x < end; x += group) {
-            const uint8_t* s = src + (x - begin) * 8;
-            const auto a = hn::LoadU(d8, s), b = hn::LoadU(d8, s + 16);
-            const auto shared = hn::BitCast(d16, hn::TableLookupBytesOr0(a, highPair));
-            // Each sum has a second accumulator, which x86 leaves at zero.
-            auto even = hn::Zero(d32), odd = hn::Zero(d32), evenMore = hn::Zero(d32), oddMore = hn::Zero(d32);
-            even = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(a, lowPair)), pairs[0],
-                                                 even, evenMore);
-            even = hn::ReorderWidenMulAccumulate(d32, shared, pairs[1], even, evenMore);
-            odd = hn::ReorderWidenMulAccumulate(d32, shared, pairs[0], odd, oddMore);
-            odd = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(b, lowPair)), pairs[1],
-                                                odd, oddMore);
-            even = hn::RearrangeToOddPlusEven(even, evenMore);
-            odd = hn::RearrangeToOddPlusEven(odd, oddMore);
-            const auto evenOut = hn::ShiftRight<14>(hn::Add(even, round));
-            const auto oddOut = hn::ShiftRight<14>(hn::Add(odd, round));
-            hn::StoreU(hn::DemoteTo(dOut, hn::ReorderDemote2To(d16, evenOut, oddOut)), dOut, dst + x * 4);
+    const auto suits = [](const int32_t* weights) {
+        bool fits = true;
+        for (size_t j = 0; j < kTaps; ++j)
+            fits = fits && (j == 4 ? weights[j] == 0 : weights[j] >= INT16_MIN && weights[j] <= INT16_MAX);
+        return fits;
+    };
+    OverHalvingRun<Arithmetic::Fixed, kTaps>(job, x0, y0, w, h, group, suits, [&](size_t begin, size_t end,
+                                                                                const int32_t* weights) {
+        hn::Vec<decltype(d16)> pairs[2];
+        for (size_t p = 0; p < 2; ++p) {
+            const uint32_t pair = (static_cast<uint32_t>(weights[2 * p + 1]) << 16) | (static_cast<uint32_t>(weights[2 * p]) & 0xFFFFu);
+            pairs[p] = hn::BitCast(d16, hn::Set(d32, static_cast<int32_t>(pair)));
         }
-    }
+        // Byte k of a block's 32-bit lanes: channel k / 4 of the pair's first
+        // pixel (part 0) or second (part 2), each widened by a zero byte.
+        HWY_ALIGN uint8_t low[16], high[16];
+        for (size_t k = 0; k < 16; ++k) {
+            const size_t channel = k / 4, part = k % 4;
+            low[k] = part % 2 == 1 ? 0x80 : static_cast<uint8_t>(channel + 2 * part);
+            high[k] = part % 2 == 1 ? 0x80 : static_cast<uint8_t>(channel + 2 * part + 8);
+        }
+        const auto lowPair = hn::LoadDup128(d8, low), highPair = hn::LoadDup128(d8, high);
+        const auto round = hn::Set(d32, 16383);
+        const size_t firstPixel = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + begin * kTaps * 4));
+        for (size_t y = y0; y < y0 + h; ++y) {
+            const uint8_t* src = job.src + y * job.srcRowBytes + firstPixel * 4;
+            uint8_t* dst = job.dst + y * job.dstRowBytes;
+            for (size_t x = begin; x < end; x += group) {
+                const uint8_t* s = src + (x - begin) * 8;
+                const auto a = hn::LoadU(d8, s), b = hn::LoadU(d8, s + 16);
+                const auto shared = hn::BitCast(d16, hn::TableLookupBytesOr0(a, highPair));
+                // Each sum has a second accumulator, which x86 leaves at zero.
+                auto even = hn::Zero(d32), odd = hn::Zero(d32), evenMore = hn::Zero(d32), oddMore = hn::Zero(d32);
+                even = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(a, lowPair)),
+                                                     pairs[0], even, evenMore);
+                even = hn::ReorderWidenMulAccumulate(d32, shared, pairs[1], even, evenMore);
+                odd = hn::ReorderWidenMulAccumulate(d32, shared, pairs[0], odd, oddMore);
+                odd = hn::ReorderWidenMulAccumulate(d32, hn::BitCast(d16, hn::TableLookupBytesOr0(b, lowPair)),
+                                                    pairs[1], odd, oddMore);
+                even = hn::RearrangeToOddPlusEven(even, evenMore);
+                odd = hn::RearrangeToOddPlusEven(odd, oddMore);
+                const auto evenOut = hn::ShiftRight<14>(hn::Add(even, round));
+                const auto oddOut = hn::ShiftRight<14>(hn::Add(odd, round));
+                hn::StoreU(hn::DemoteTo(dOut, hn::ReorderDemote2To(d16, evenOut, oddOut)), dOut, dst + x * 4);
+            }
+        }
+    });
+}
+
+// Four 8-bit channels in float over an exact halving's run. A chunk of
+// outputs first splits its source pixels into the even and the odd ones
+// (whole 32-bit pixels, taken apart by lane permutes) and converts each
+// sample to float once. Output o's tap j is then pixel j / 2 of the even
+// (j even) or odd (j odd) pixels from o's, so a vector of consecutive
+// outputs' channels reads each tap's samples with one load, and sums them
+// in table order as the rule does (VectorSum::TapsAdded of them).
+template <size_t kTaps>
+void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    const hn::ScalableTag<float> df;
+    const hn::RebindToSigned<decltype(df)> di;
+    const hn::Rebind<uint8_t, decltype(df)> d8;
+    const hn::Repartition<uint32_t, decltype(df)> dPixels;
+    using Sum = VectorSum<Arithmetic::Float, uint8_t, decltype(df)>;
+    constexpr size_t kChunk = 128;  // outputs; their samples as floats take 4 KiB
+    // Even or odd pixels, with a vector of bytes' slack, in whole lines so
+    // that both kinds' arrays stay aligned.
+    constexpr size_t kPixels = (kChunk + 2 + HWY_MAX_BYTES / 16 + 15) / 16 * 16;
+    const size_t N = hn::Lanes(df), group = N / 4, perLoad = hn::Lanes(dPixels);
+    HWY_ALIGN uint32_t pixels[2][kPixels] = {};
+    const auto suits = [](const float*) { return true; };
+    OverHalvingRun<Arithmetic::Float, kTaps>(job, x0, y0, w, h, group, suits, [&](size_t begin, size_t end,
+                                                                                const float* weights) {
+        hn::Vec<decltype(df)> wv[kTaps];
+        for (size_t j = 0; j < kTaps; ++j) wv[j] = hn::Set(df, weights[j]);
+        const size_t used = Sum::template TapsAdded<kTaps>(weights);
+        const size_t firstPixel = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + begin * kTaps * 4));
+        for (size_t y = y0; y < y0 + h; ++y) {
+            const uint8_t* src = job.src + y * job.srcRowBytes + firstPixel * 4;
+            uint8_t* dst = job.dst + y * job.dstRowBytes;
+            for (size_t c = begin; c < end; c += kChunk) {
+                const size_t n = std::min(kChunk, end - c);
+                // Outputs c .. c + n - 1 read pixel pairs 0 .. n + 1 from
+                // here; the run ends a pixel before the row does.
+                const uint8_t* s = src + (c - begin) * 8;
+                const size_t pairs = n + 2;
+                size_t i = 0;
+                for (; i + perLoad <= pairs; i += perLoad) {
+                    const auto a = hn::LoadU(dPixels, reinterpret_cast<const uint32_t*>(s + i * 8));
+                    const auto b = hn::LoadU(dPixels, reinterpret_cast<const uint32_t*>(s + i * 8 + perLoad * 4));
+                    hn::Store(hn::ConcatEven(dPixels, b, a), dPixels, pixels[0] + i);
+                    hn::Store(hn::ConcatOdd(dPixels, b, a), dPixels, pixels[1] + i);
+                }
+                for (; i < pairs; ++i) {
+                    pixels[0][i] = ReadUnaligned<uint32_t>(s + i * 8);
+                    pixels[1][i] = ReadUnaligned<uint32_t>(s + i * 8 + 4);
+                }
+                const auto outputs = [&](auto taps) {
+                    for (size_t o = 0; o < n; o += group) {
+                        const auto sample = [&](size_t j) {
+                            const uint8_t* at = reinterpret_cast<const uint8_t*>(pixels[j % 2] + o + j / 2);
+                            return hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, at)));
+                        };
+                        auto acc = Sum::Start(wv[0], sample(0));
+                        for (size_t j = 1; j < taps(); ++j) acc = Sum::Add(acc, wv[j], sample(j));
+                        Sum::Store(df, acc, dst + (c + o) * 4);
+                    }
+                };
+                if (used == kTaps) {
+                    outputs(std::integral_constant<size_t, kTaps>());
+                } else {
+                    outputs(std::integral_constant<size_t, kTaps - 1>());
+                }
+            }
+        }
+    });
 }
 
 // One channel: consecutive output pixels in the lanes; each tap's samples
@@ -498,7 +609,7 @@ void HorizontalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h
         if constexpr (F.sample == SampleKind::U8 && F.channels == 4 && A == Arithmetic::Fixed) {
             HalvingBytesFixed<kTaps>(job, x0, y0, w, h);
         } else if constexpr (F.sample == SampleKind::U8 && F.channels == 4) {
-            HorizontalBytePixels<A, kTaps>(job, x0, y0, w, h);
+            HalvingBytesFloat<kTaps>(job, x0, y0, w, h);
         } else if constexpr (F.channels == 4) {
             HorizontalPixelsVector<F, A, kTaps>(job, x0, y0, w, h);
         } else {
