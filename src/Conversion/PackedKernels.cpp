@@ -85,7 +85,7 @@ void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
                            uint8_t* out = dst + (start + k) * kTo.pixelBytes();
                            const auto c = [&](size_t v) { return hn::TableLookupBytesOr0(hn::LoadU(d8, in + v * n), pick); };
                            auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
-                           ConcatBlockTriples(d8, c(0), c(1), c(2), c(3), o0, o1, o2);
+                           ConcatBlockTriples<false>(d8, c(0), c(1), c(2), c(3), o0, o1, o2);
                            stores(o0, d8, out);
                            stores(o1, d8, out + n);
                            stores(o2, d8, out + 2 * n);
@@ -368,21 +368,8 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
     const hn::ScalableTag<uint8_t> d8;
     using V16 = hn::Vec<decltype(d16)>;
     const size_t half = hn::Lanes(d16), step = hn::Lanes(d8);
-    // Three-byte destinations: the 64-bit quarters of the 16-bit lanes in
-    // the order in which zipping two vectors block by block (InterleaveLower
-    // and InterleaveUpper) gives their lanes in order, and the shuffle that
-    // keeps three bytes of each four-byte pixel.
-    const hn::Repartition<uint64_t, decltype(d16)> d64;
-    const size_t blocks = hn::Lanes(d64) / 2;
-    HWY_ALIGN int64_t zipOrder[HWY_MAX_BYTES / 8];
-    for (size_t k = 0; k < blocks; ++k) {
-        zipOrder[2 * k] = static_cast<int64_t>(k);
-        zipOrder[2 * k + 1] = static_cast<int64_t>(blocks + k);
-    }
-    [[maybe_unused]] const auto zipIndices = hn::SetTableIndices(d64, zipOrder);
-    [[maybe_unused]] const auto ZipOrder = [&](V16 v) {
-        return blocks == 1 ? v : hn::BitCast(d16, hn::TableLookupLanes(hn::BitCast(d64, v), zipIndices));
-    };
+    // Three-byte destinations: the shuffle that keeps three bytes of each
+    // four-byte pixel.
     static constexpr uint8_t kKeepThree[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0x80, 0x80, 0x80, 0x80};
     [[maybe_unused]] const auto pick = hn::LoadDup128(d8, kKeepThree);
     uint8_t* const destinations[1] = {dst};
@@ -413,18 +400,18 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
                            }
                        } else {
                            // Each pixel's first two bytes as one word and its
-                           // third in the next: zipped, the four-byte pixels
-                           // in order, whose three bytes ConcatBlockTriples joins.
+                           // third in the next: zipped, four-byte pixels,
+                           // whose three bytes ConcatBlockTriples joins.
                            hn::Vec<decltype(d8)> words[4];
                            for (int h = 0; h < 2; ++h) {
                                V16 o[3] = {c[0][h], c[0][h], c[0][h]};
                                for (int n = 0; n < 3; ++n) o[C::to[n]] = c[n][h];
-                               const V16 low = ZipOrder(hn::Or(o[0], hn::ShiftLeft<8>(o[1]))), high = ZipOrder(o[2]);
+                               const V16 low = hn::Or(o[0], hn::ShiftLeft<8>(o[1])), high = o[2];
                                words[2 * h] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveLower(d16, low, high)), pick);
                                words[2 * h + 1] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveUpper(d16, low, high)), pick);
                            }
                            auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
-                           ConcatBlockTriples(d8, words[0], words[1], words[2], words[3], o0, o1, o2);
+                           ConcatBlockTriples<true>(d8, words[0], words[1], words[2], words[3], o0, o1, o2);
                            stores(o0, d8, dst + 3 * i);
                            stores(o1, d8, dst + 3 * i + step);
                            stores(o2, d8, dst + 3 * i + 2 * step);
