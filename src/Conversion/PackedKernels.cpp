@@ -19,6 +19,7 @@
 
 #include "Conversion/PackedKernels.h"
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Intrinsics-inl.h"
 #include "Core/RowLoop-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -32,6 +33,7 @@ using quorin::HWY_NAMESPACE::StreamingHeadOf;
 using quorin::HWY_NAMESPACE::WholeSteps;
 
 #if HWY_TARGET != HWY_SCALAR
+using quorin::HWY_NAMESPACE::ConcatBlockTriples;
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "packed words and byte pixels are read as little-endian words");
 
 template <PixelFormat kFrom, PixelFormat kTo>
@@ -39,33 +41,76 @@ void ScalarPart(const uint8_t* src, uint8_t* dst, size_t first, size_t count) {
     ConvertPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), dst + first * kTo.pixelBytes(), count);
 }
 
+// A byte shuffle for every 16-byte block of pixels of four samples: the
+// block's pixels as three samples each, R, G and B where the destination
+// puts them, in the block's first twelve bytes (the rest zero).
+struct BlockPick {
+    uint8_t bytes[16];
+};
+template <PixelFormat kFrom, PixelFormat kTo>
+constexpr BlockPick PickTriples() {
+    using C = Cell<kFrom, kTo>;
+    constexpr size_t sample = kFrom.sampleBytes(), perBlock = 16 / kFrom.pixelBytes();
+    static_assert(kFrom.channels == 4 && kTo.channels == 3 && kTo.sampleBytes() == sample && perBlock >= 1);
+    BlockPick pick{};
+    for (uint8_t& b : pick.bytes) b = 0x80;
+    for (size_t p = 0; p < perBlock; ++p)
+        for (int c = 0; c < 3; ++c)
+            for (size_t b = 0; b < sample; ++b)
+                pick.bytes[(3 * p + C::to[c]) * sample + b] = static_cast<uint8_t>((4 * p + C::from[c]) * sample + b);
+    return pick;
+}
+
 // Samples of one type on both sides, three of them picked from three or four.
 template <PixelFormat kFrom, PixelFormat kTo>
 void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
-    using C = Cell<kFrom, kTo>;
     using T = Sample<kFrom>;
     const hn::ScalableTag<T> d;
     const size_t lanes = hn::Lanes(d);
-    const T* from = reinterpret_cast<const T*>(src);
-    T* to = reinterpret_cast<T*>(dst);
     uint8_t* const destinations[1] = {dst};
     const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
                                         hn::Lanes(hn::ScalableTag<uint8_t>()), 3 * lanes * sizeof(T));
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                       const size_t i = start + k;
-                       auto v0 = hn::Zero(d), v1 = v0, v2 = v0, v3 = v0;
-                       if constexpr (kFrom.channels == 4) hn::LoadInterleaved4(d, from + 4 * i, v0, v1, v2, v3);
-                       else hn::LoadInterleaved3(d, from + 3 * i, v0, v1, v2);
-                       const decltype(v0) in[4] = {v0, v1, v2, v3};
-                       decltype(v0) out[3] = {v0, v0, v0};
-                       for (int c = 0; c < 3; ++c) out[C::to[c]] = in[C::from[c]];
-                       stores.Interleaved(d, to + 3 * i, out[0], out[1], out[2]);
-                   });
-        },
-        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+    if constexpr (kFrom.channels == 4) {
+        // Four-sample pixels into three: whole vectors of pixels, one byte
+        // shuffle per block keeping and placing three samples of each, and
+        // the blocks' kept bytes joined (ConcatBlockTriples).
+        const hn::ScalableTag<uint8_t> d8;
+        const size_t n = hn::Lanes(d8);
+        const auto pick = hn::LoadDup128(d8, PickTriples<kFrom, kTo>().bytes);
+        RunSteps(
+            head, pixels,
+            [&](size_t start, auto stores) {
+                return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                           const uint8_t* in = src + (start + k) * kFrom.pixelBytes();
+                           uint8_t* out = dst + (start + k) * kTo.pixelBytes();
+                           const auto c = [&](size_t v) { return hn::TableLookupBytesOr0(hn::LoadU(d8, in + v * n), pick); };
+                           auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
+                           ConcatBlockTriples<false>(d8, c(0), c(1), c(2), c(3), o0, o1, o2);
+                           stores(o0, d8, out);
+                           stores(o1, d8, out + n);
+                           stores(o2, d8, out + 2 * n);
+                       });
+            },
+            [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+    } else {
+        using C = Cell<kFrom, kTo>;
+        const T* from = reinterpret_cast<const T*>(src);
+        T* to = reinterpret_cast<T*>(dst);
+        RunSteps(
+            head, pixels,
+            [&](size_t start, auto stores) {
+                return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
+                           const size_t i = start + k;
+                           auto v0 = hn::Zero(d), v1 = v0, v2 = v0;
+                           hn::LoadInterleaved3(d, from + 3 * i, v0, v1, v2);
+                           const decltype(v0) in[3] = {v0, v1, v2};
+                           decltype(v0) out[3] = {v0, v0, v0};
+                           for (int c = 0; c < 3; ++c) out[C::to[c]] = in[C::from[c]];
+                           stores.Interleaved(d, to + 3 * i, out[0], out[1], out[2]);
+                       });
+            },
+            [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+    }
 }
 
 using D32 = hn::ScalableTag<uint32_t>;
@@ -323,6 +368,10 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
     const hn::ScalableTag<uint8_t> d8;
     using V16 = hn::Vec<decltype(d16)>;
     const size_t half = hn::Lanes(d16), step = hn::Lanes(d8);
+    // Three-byte destinations: the shuffle that keeps three bytes of each
+    // four-byte pixel.
+    static constexpr uint8_t kKeepThree[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0x80, 0x80, 0x80, 0x80};
+    [[maybe_unused]] const auto pick = hn::LoadDup128(d8, kKeepThree);
     uint8_t* const destinations[1] = {dst};
     const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), step, step * kTo.pixelBytes());
     RunSteps(
@@ -350,11 +399,22 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
                                stores.Interleaved(d16, out + 3 * h * half, o[0], o[1], o[2]);
                            }
                        } else {
-                           auto b = hn::Zero(d8);
-                           decltype(b) out[3] = {b, b, b};
-                           for (int n = 0; n < 3; ++n)
-                               out[C::to[n]] = hn::ConcatEven(d8, hn::BitCast(d8, c[n][1]), hn::BitCast(d8, c[n][0]));
-                           stores.Interleaved(d8, dst + 3 * i, out[0], out[1], out[2]);
+                           // Each pixel's first two bytes as one word and its
+                           // third in the next: zipped, four-byte pixels,
+                           // whose three bytes ConcatBlockTriples joins.
+                           hn::Vec<decltype(d8)> words[4];
+                           for (int h = 0; h < 2; ++h) {
+                               V16 o[3] = {c[0][h], c[0][h], c[0][h]};
+                               for (int n = 0; n < 3; ++n) o[C::to[n]] = c[n][h];
+                               const V16 low = hn::Or(o[0], hn::ShiftLeft<8>(o[1])), high = o[2];
+                               words[2 * h] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveLower(d16, low, high)), pick);
+                               words[2 * h + 1] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveUpper(d16, low, high)), pick);
+                           }
+                           auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
+                           ConcatBlockTriples<true>(d8, words[0], words[1], words[2], words[3], o0, o1, o2);
+                           stores(o0, d8, dst + 3 * i);
+                           stores(o1, d8, dst + 3 * i + step);
+                           stores(o2, d8, dst + 3 * i + 2 * step);
                        }
                    });
         },

@@ -42,6 +42,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Core/Intrinsics-inl.h"
 #include "Core/Streaming.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -143,8 +144,15 @@ struct PlainStores {
     HWY_INLINE void operator()(V v, D d, T* to) const { hn::StoreU(v, d, to); }
     template <class D, class T, class... V>
     HWY_INLINE void Interleaved(D d, T* to, V... v) const {
-        if constexpr (sizeof...(V) == 4) hn::StoreInterleaved4(v..., d, to);
-        else hn::StoreInterleaved3(v..., d, to);
+        if constexpr (sizeof...(V) == 4) {
+            hn::StoreInterleaved4(v..., d, to);
+        } else if constexpr (HasInterleaveThree<D>()) {
+            hn::VFromD<D> out[3];
+            InterleaveThree(d, v..., out[0], out[1], out[2]);
+            for (int k = 0; k < 3; ++k) hn::StoreU(out[k], d, to + k * hn::Lanes(d));
+        } else {
+            hn::StoreInterleaved3(v..., d, to);
+        }
     }
 };
 
@@ -157,6 +165,12 @@ struct StreamingStores {
     HWY_INLINE void operator()(V v, D d, T* to) const { hn::Stream(v, d, to); }
     template <class D, class T, class... V>
     HWY_INLINE void Interleaved(D d, T* to, V... v) const {
+        if constexpr (sizeof...(V) == 3 && HasInterleaveThree<D>()) {
+            hn::VFromD<D> out[3];
+            InterleaveThree(d, v..., out[0], out[1], out[2]);
+            for (int k = 0; k < 3; ++k) hn::Stream(out[k], d, to + k * hn::Lanes(d));
+            return;
+        }
         const hn::ScalableTag<uint8_t> d8;
         HWY_ALIGN uint8_t bounce[4 * HWY_MAX_BYTES];
         PlainStores().Interleaved(d, reinterpret_cast<T*>(bounce), v...);
