@@ -441,6 +441,33 @@ bool ChooseTargets(const std::string& list) {
     return false;
 }
 
+#ifdef QUORIN_BENCH_VIPS
+void StartVips() {
+    static const bool started = [] {
+        vips_init("quorin-bench");
+        vips_concurrency_set(1);  // the single-threaded row
+        return true;
+    }();
+    (void)started;
+}
+
+void RunVips(const void* data, size_t width, size_t height, int bands, VipsBandFormat format,
+             const std::function<int(VipsImage*, VipsImage**)>& operation) {
+    const size_t bytes = width * height * static_cast<size_t>(bands) * vips_format_sizeof(format);
+    VipsImage* in = vips_image_new_from_memory(data, bytes, static_cast<int>(width), static_cast<int>(height), bands,
+                                               format);
+    VipsImage* out = nullptr;
+    void* pixels = nullptr;
+    if (in == nullptr || operation(in, &out) != 0 || (pixels = vips_image_write_to_memory(out, nullptr)) == nullptr) {
+        std::fprintf(stderr, "libvips failed: %s\n", vips_error_buffer());
+        std::abort();
+    }
+    g_free(pixels);
+    g_object_unref(out);
+    g_object_unref(in);
+}
+#endif
+
 }  // namespace quorin::bench
 
 int main(int argc, char** argv) {

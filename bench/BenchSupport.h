@@ -16,6 +16,10 @@
 
 #include "quorin/Quorin.h"
 
+#ifdef QUORIN_BENCH_VIPS
+#include <vips/vips.h>
+#endif
+
 namespace quorin::bench {
 
 // Single: flag single-threaded. Default: no flags, the library splits.
@@ -95,5 +99,15 @@ inline const std::vector<size_t>& StandardSizes() {
 
 // Pair rows are measured at the largest standard size only.
 inline bool WantsPairRow(size_t side) { return side == StandardSizes().front(); }
+
+#ifdef QUORIN_BENCH_VIPS
+// libvips rows: runs operation(in, &out) on an image over `data` (`bands`
+// samples of `format` a pixel, rows packed), computes the result into memory
+// and frees it; aborts when libvips fails, so that a refusal is never timed.
+// Call StartVips() in the row's preparation: libvips on one thread.
+void StartVips();
+void RunVips(const void* data, size_t width, size_t height, int bands, VipsBandFormat format,
+             const std::function<int(VipsImage*, VipsImage**)>& operation);
+#endif
 
 }  // namespace quorin::bench

@@ -249,30 +249,15 @@ const RegisterFamily kChannels([] {
 #ifdef QUORIN_BENCH_VIPS
         RegisterRow({kVipsFlatten, size, size, Split::Single, pixels * 7},
                     [flat, side] {
-                        VipsImage* in = vips_image_new_from_memory(flat->src->buffer.data, flat->src->bytes.size(),
-                                                                   side, side, 4, VIPS_FORMAT_UCHAR);
-                        VipsImage* out = nullptr;
-                        VipsArrayDouble* background = vips_array_double_newv(3, 10.0, 20.0, 30.0);
-                        void* pixels = nullptr;
-                        if (in == nullptr || vips_flatten(in, &out, "background", background, nullptr) != 0 ||
-                            (pixels = vips_image_write_to_memory(out, nullptr)) == nullptr) {
-                            std::fprintf(stderr, "libvips flatten failed: %s\n", vips_error_buffer());
-                            std::abort();
-                        }
-                        g_free(pixels);
-                        vips_area_unref(VIPS_AREA(background));
-                        g_object_unref(out);
-                        g_object_unref(in);
+                        RunVips(flat->src->buffer.data, static_cast<size_t>(side), static_cast<size_t>(side), 4,
+                                VIPS_FORMAT_UCHAR, [](VipsImage* in, VipsImage** out) {
+                                    VipsArrayDouble* background = vips_array_double_newv(3, 10.0, 20.0, 30.0);
+                                    const int failed = vips_flatten(in, out, "background", background, nullptr);
+                                    vips_area_unref(VIPS_AREA(background));
+                                    return failed;
+                                });
                     },
-                    {}, [flat] {
-                        static const bool started = [] {
-                            vips_init("quorin-bench");
-                            vips_concurrency_set(1);  // the single-threaded row
-                            return true;
-                        }();
-                        (void)started;
-                        flat->prepare(channels::kFlattenRGBA8888ToRGB888);
-                    });
+                    {}, [flat] { StartVips(), flat->prepare(channels::kFlattenRGBA8888ToRGB888); });
 #endif
     }
 });

@@ -179,6 +179,28 @@ const RegisterFamily kConvolution([] {
                             {}, [preparePeer] { preparePeer(); cv::setNumThreads(1); }, [] { cv::setNumThreads(-1); });
             }
 #endif
+#ifdef QUORIN_BENCH_VIPS
+            // Integer-precision convolution with the same binomial kernels.
+            for (const uint32_t size : {3u, 5u}) {
+                const Binomial b = MakeBinomial(size);
+                const auto mask = std::shared_ptr<VipsImage>(
+                    vips_image_new_matrix(static_cast<int>(size), static_cast<int>(size)), g_object_unref);
+                for (uint32_t i = 0; i < size * size; ++i)
+                    *VIPS_MATRIX(mask.get(), i % size, i / size) = static_cast<double>(b.weights[i]);
+                vips_image_set_double(mask.get(), "scale", static_cast<double>(b.divisor));
+                const std::string k = std::to_string(size) + "x" + std::to_string(size);
+                RegisterRow({"libvips conv " + std::string(bytes == 1 ? "8UC1 " : "8UC4 ") + k, side, side,
+                             Split::Single, moved},
+                            [peer, side, bytes, mask] {
+                                RunVips(peer->src->buffer.data, side, side, static_cast<int>(bytes), VIPS_FORMAT_UCHAR,
+                                        [&mask](VipsImage* in, VipsImage** out) {
+                                            return vips_conv(in, out, mask.get(), "precision",
+                                                             VIPS_PRECISION_INTEGER, nullptr);
+                                        });
+                            },
+                            {}, [preparePeer] { StartVips(), preparePeer(); });
+            }
+#endif
 #ifdef QUORIN_BENCH_LIBYUV
             if (bytes == 4) {
                 for (const int size : {3, 15}) {

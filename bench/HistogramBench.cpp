@@ -65,6 +65,24 @@ void PlainCount(const Quorin_Buffer& src, uint32_t* const* counts) {
     }
 }
 
+// The core's ceiling for counting: four plain stores a pixel to counters its
+// bytes choose, nothing loaded back. On random bytes they fall in unrelated
+// cache lines, and a core that retires one such store a cycle cannot count
+// faster than this row, whatever the counting scheme that keeps a counter per
+// channel per pixel.
+void ScatteredStores(const Quorin_Buffer& src, uint32_t* const* counts) {
+    const auto* p = static_cast<const uint8_t*>(src.data);
+    const size_t pixels = src.width * src.height;
+    for (size_t i = 0; i < pixels; ++i, p += 4) {
+        const auto value = static_cast<uint32_t>(i);
+        counts[0][p[0]] = value;
+        counts[1][p[1]] = value;
+        counts[2][p[2]] = value;
+        counts[3][p[3]] = value;
+    }
+    benchmark::ClobberMemory();
+}
+
 #ifdef QUORIN_BENCH_OPENCV_IMGPROC
 void CalcHist(const Quorin_Buffer& src, bool floats, int bins) {
     const cv::Mat image(static_cast<int>(src.height), static_cast<int>(src.width), floats ? CV_32FC4 : CV_8UC4,
@@ -128,6 +146,10 @@ const RegisterFamily kHistograms([] {
                 RegisterRow({peer, size, size, Split::Single, bytes},
                             [source] { PlainCount(source->image->buffer, source->pointers.data()); },
                             "OpenCV calcHist 8U x4" + suffix, prepare);
+            if (!floats && !v.flat)
+                RegisterRow({"ceiling.scattered-stores.random", size, size, Split::Single, bytes},
+                            [source] { ScatteredStores(source->image->buffer, source->pointers.data()); }, {},
+                            prepare);
 #ifdef QUORIN_BENCH_OPENCV_IMGPROC
             const std::string opencv = floats ? peer : "OpenCV calcHist 8U x4" + suffix;
             RegisterRow({opencv, size, size, Split::Single, bytes},
@@ -135,6 +157,16 @@ const RegisterFamily kHistograms([] {
                             CalcHist(source->image->buffer, floats, static_cast<int>(entries));
                         },
                         {}, prepare);
+#endif
+#ifdef QUORIN_BENCH_VIPS
+            // All four channels in one pass, as 256 bins of four bands.
+            if (!floats)
+                RegisterRow({"libvips hist_find" + suffix, size, size, Split::Single, bytes},
+                            [source, size] {
+                                RunVips(source->image->buffer.data, size, size, 4, VIPS_FORMAT_UCHAR,
+                                        [](VipsImage* in, VipsImage** out) { return vips_hist_find(in, out, nullptr); });
+                            },
+                            {}, [prepare] { StartVips(), prepare(); });
 #endif
         }
     }
