@@ -105,14 +105,14 @@ fuzz-corpus: fuzz-build
 # emulation: the golden checksums (every member, every kernel, split and
 # whole), the core tests (processor features, the in-order parallel pieces),
 # the refusals and guard bytes of every member, the fuzzer's corpus, the
-# histograms, the platform and C consumers; and the library is searched for
+# histograms, the buffer utilities, the platform and C consumers; and the library is searched for
 # float instructions whose results vary. The whole suite under qemu takes
 # several times as long (its conversion tests most); CROSS_BUILD=all
 # CROSS_TESTS=. runs it.
 CROSS_TARGETS ?= aarch64 armv7
 CROSS_BUILD ?= quorin quorin_test_Golden quorin_test_Core quorin_test_Safety quorin_test_Histogram \
-               quorin_test_Platform quorin_fuzz_replay quorin_c_consumer
-CROSS_TESTS ?= ^(Golden|float_instructions|Core|Safety|Histogram|Platform|fuzz_corpus|c_consumer)$$
+               quorin_test_Utilities quorin_test_Platform quorin_fuzz_replay quorin_c_consumer
+CROSS_TESTS ?= ^(Golden|float_instructions|Core|Safety|Histogram|Utilities|Platform|fuzz_corpus|c_consumer)$$
 
 cross: $(addprefix cross-,$(CROSS_TARGETS))
 

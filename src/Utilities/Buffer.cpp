@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -54,9 +55,12 @@ constexpr size_t RowBytesFor(uint32_t rowBits, uint32_t pixelBits) {
 
 // Zero-filled storage of `size` bytes. Below a page, posix_memalign gives the
 // row alignment without wasting a page; from a page up, calloc takes whole
-// pages (already zero from the system) and is only required to give 16 bytes.
+// pages (already zero from the system) and is only required to give 16 bytes,
+// which it does where the C library aligns every block to 16 (64-bit
+// systems). Where it aligns to less (8 on 32-bit ARM), every size takes the
+// aligned path.
 void* AllocateZeroed(size_t size, size_t alignment) {
-    if (size < static_cast<size_t>(getpagesize())) {
+    if (size < static_cast<size_t>(getpagesize()) || alignof(std::max_align_t) < 16) {
         void* storage = nullptr;
         if (posix_memalign(&storage, alignment, size) != 0) return nullptr;
         std::memset(storage, 0, size);

@@ -87,15 +87,18 @@ TEST(ScaleTables, WorkedExamples) {
 }
 
 TEST(ScaleTables, SizesMatchTheLayout) {
-    EXPECT_EQ(*scale::TableBytes(50, 5, Arithmetic::Fixed), 16u + 50 * 5 * 8);
-    EXPECT_EQ(*scale::TableBytes(3, 7, Arithmetic::Float), 16u + 3 * 7 * 8);
-    // Head and indices 16 + 84 = 100, rounded to 104, then the doubles.
-    EXPECT_EQ(*scale::TableBytes(3, 7, Arithmetic::Double), 104u + 3 * 7 * 8);
+    // The head is two pointers: 16 bytes on 64-bit processors, 8 on 32-bit ones.
+    constexpr size_t kHead = 2 * sizeof(void*);
+    EXPECT_EQ(*scale::TableBytes(50, 5, Arithmetic::Fixed), kHead + 50 * 5 * 8);
+    EXPECT_EQ(*scale::TableBytes(3, 7, Arithmetic::Float), kHead + 3 * 7 * 8);
+    // Head and indices (16 + 84 = 100 on 64-bit), rounded up to 8, then the doubles.
+    constexpr size_t kDoubles = (kHead + 3 * 7 * 4 + 7) / 8 * 8;
+    EXPECT_EQ(*scale::TableBytes(3, 7, Arithmetic::Double), kDoubles + 3 * 7 * 8);
     EXPECT_FALSE(scale::TableBytes(SIZE_MAX / 4, 7, Arithmetic::Fixed).has_value());
     std::vector<uint8_t> bytes(*scale::TableBytes(3, 7, Arithmetic::Double));
     const ResampleTable t = scale::PlaceTable(bytes.data(), 3, 7, Arithmetic::Double);
-    EXPECT_EQ(reinterpret_cast<uint8_t*>(t.indices), bytes.data() + 16);
-    EXPECT_EQ(static_cast<uint8_t*>(t.weights), bytes.data() + 104);
+    EXPECT_EQ(reinterpret_cast<uint8_t*>(t.indices), bytes.data() + kHead);
+    EXPECT_EQ(static_cast<uint8_t*>(t.weights), bytes.data() + kDoubles);
     EXPECT_EQ(scale::ReadUnaligned<ResampleTable>(bytes.data()).weights, t.weights);
 }
 

@@ -142,8 +142,9 @@ TEST(Scale, HalvingsWindowedRowsAndStreamedRowsMatchTheReference) {
 size_t ExpectedScratch(const Shape& s, size_t destRowBytes, bool doubles) {
     auto table = [&](size_t count, size_t S) {
         const size_t taps = S > count ? 5 : 7;
-        if (!doubles) return 16 + count * taps * 8;
-        return ((16 + count * taps * 4 + 7) / 8 * 8) + count * taps * 8;
+        const size_t head = 2 * sizeof(void*);  // two pointers
+        if (!doubles) return head + count * taps * 8;
+        return ((head + count * taps * 4 + 7) / 8 * 8) + count * taps * 8;
     };
     size_t bytes = 0;
     if (s.sw != s.dw) bytes += table(s.dw, s.sw);
