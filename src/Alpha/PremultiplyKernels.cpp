@@ -14,7 +14,8 @@
 // the alpha the rule writes. Alpha may sit in any of the four channels.
 // Every kernel is a body for the core row loop (Core/RowLoop-inl.h): one
 // vector of bytes per step, the ends on padded copies, streaming stores for
-// large destinations.
+// large destinations (except the 8-bit unpremultiply, measured faster with
+// plain ones).
 #include <cstdint>
 
 #undef HWY_TARGET_INCLUDE
