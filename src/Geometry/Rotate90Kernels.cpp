@@ -97,12 +97,13 @@ void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdi
     // Where vectors hold 256 bits, 8 x 8 tiles go first: each destination
     // row then takes 32 bytes a store, and the tile needs 24 shuffles per 64
     // pixels where 4 x 4 tiles need 32.
-    constexpr size_t S = kTransposeStrip, kAhead = 32;
+    constexpr size_t S = kTransposeStrip;
     for (size_t i0 = 0; i0 < across; i0 += S) {
         const size_t i1 = i0 + S < across ? i0 + S : across;
         const size_t whole = i0 + (i1 - i0) / 4 * 4;
         size_t j = 0;
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+        constexpr size_t kAhead = 32;
         const size_t whole8 = i0 + (i1 - i0) / 8 * 8;
         for (; j + 8 <= down; j += 8) {
             // A strip's source rows are more streams than the processor
