@@ -68,6 +68,37 @@ void StreamFill16(uint8_t* to, size_t bytes) {
     for (size_t i = 0; i < bytes; i += 16) _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), value);
     _mm_sfence();
 }
+// Loads every 64-byte line once and folds it into an XOR, which no store or
+// dependency slows: the memory's rate for reading alone.
+__attribute__((target("avx512f"))) uint64_t ReadAll64(const uint8_t* from, size_t bytes) {
+    __m512i a = _mm512_setzero_si512(), b = a;
+    for (size_t i = 0; i < bytes; i += 128) {
+        a = _mm512_xor_si512(a, _mm512_load_si512(from + i));
+        b = _mm512_xor_si512(b, _mm512_load_si512(from + i + 64));
+    }
+    alignas(64) uint64_t lanes[8];
+    _mm512_store_si512(lanes, _mm512_xor_si512(a, b));
+    return lanes[0];
+}
+__attribute__((target("avx2"))) uint64_t ReadAll32(const uint8_t* from, size_t bytes) {
+    __m256i a = _mm256_setzero_si256(), b = a;
+    for (size_t i = 0; i < bytes; i += 64) {
+        a = _mm256_xor_si256(a, _mm256_load_si256(reinterpret_cast<const __m256i*>(from + i)));
+        b = _mm256_xor_si256(b, _mm256_load_si256(reinterpret_cast<const __m256i*>(from + i + 32)));
+    }
+    return static_cast<uint64_t>(_mm256_extract_epi64(_mm256_xor_si256(a, b), 0));
+}
+uint64_t ReadAll16(const uint8_t* from, size_t bytes) {
+    __m128i a = _mm_setzero_si128();
+    for (size_t i = 0; i < bytes; i += 16) a = _mm_xor_si128(a, _mm_load_si128(reinterpret_cast<const __m128i*>(from + i)));
+    return static_cast<uint64_t>(_mm_cvtsi128_si64(a));
+}
+uint64_t ReadAll(const uint8_t* from, size_t bytes) {
+    static const auto read = __builtin_cpu_supports("avx512f") ? ReadAll64
+                             : __builtin_cpu_supports("avx2") ? ReadAll32
+                                                              : ReadAll16;
+    return read(from, bytes);
+}
 void StreamFill(uint8_t* to, size_t bytes) {
     static const auto fill = __builtin_cpu_supports("avx512f") ? StreamFill64
                              : __builtin_cpu_supports("avx2") ? StreamFill32
@@ -87,6 +118,15 @@ void FenceStreams() { _mm_sfence(); }
 void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes, bool = true) { std::memcpy(to, from, bytes); }
 void FenceStreams() {}
 void StreamFill(uint8_t* to, size_t bytes) { std::memset(to, 3, bytes); }
+uint64_t ReadAll(const uint8_t* from, size_t bytes) {
+    uint64_t x = 0;
+    for (size_t i = 0; i < bytes; i += 8) {
+        uint64_t w;
+        std::memcpy(&w, from + i, 8);
+        x ^= w;
+    }
+    return x;
+}
 #endif
 
 struct AlignedFree {
@@ -168,6 +208,29 @@ void RegisterFillCeiling(size_t size, Split split) {
         });
 }
 
+// Members that read far more than they write (four float channels into
+// byte planes read 16 bytes a pixel and write 4) are bound by the loads
+// alone: one core's reading rate is their reference, eight bytes a pixel.
+void RegisterReadCeiling(size_t size, Split split) {
+    const size_t bytes = size * size * 8;
+    const auto from = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+    RegisterRow(
+        {"ceiling.read", size, size, split, bytes},
+        [from, bytes, split] {
+            const size_t pieces = split == Split::Single ? 1 : ActiveProcessorCount();
+            const size_t piece = bytes / pieces / 128 * 128;
+            ParallelApply(pieces, [&](size_t i) {
+                benchmark::DoNotOptimize(ReadAll(from->get() + i * piece, i + 1 == pieces ? bytes - i * piece : piece));
+            });
+        },
+        {},
+        [from, bytes] {
+            if (*from) return;
+            from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
+            std::memset(from->get(), 1, bytes);
+        });
+}
+
 const RegisterFamily kDispatch([] {
     benchmark::RegisterBenchmark("dispatch/rows-empty-pieces", [](benchmark::State& state) {
         const Quorin_PieceClosure closure{&EmptyPiece, nullptr};
@@ -197,6 +260,7 @@ const RegisterFamily kDispatch([] {
         for (Split split : {Split::Single, Split::Default}) {
             RegisterCeiling(size, split);
             RegisterFillCeiling(size, split);
+            RegisterReadCeiling(size, split);
             RegisterQuarterRowsCeiling(size, split);
         }
 });
