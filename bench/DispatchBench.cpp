@@ -186,49 +186,41 @@ void RegisterQuarterRowsCeiling(size_t size, Split split) {
         CopyBuffersOf(from, to, bytes));
 }
 
-// Write-only members (fills) have only the stores' half of a copy's work: eight
-// bytes written per pixel with streaming stores is their reference.
-void RegisterFillCeiling(size_t size, Split split) {
+// One buffer of eight bytes a pixel, split into one 128-byte-aligned piece
+// per processor, each handed to `piece(start, bytes)`.
+template <class Piece>
+void RegisterOneBufferCeiling(const char* name, size_t size, Split split, Piece piece) {
     const size_t bytes = size * size * 8;
-    const auto to = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+    const auto buffer = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
     RegisterRow(
-        {"ceiling.stream-fill", size, size, split, bytes},
-        [to, bytes, split] {
+        {name, size, size, split, bytes},
+        [buffer, bytes, split, piece] {
             const size_t pieces = split == Split::Single ? 1 : ActiveProcessorCount();
-            const size_t piece = bytes / pieces / 64 * 64;
+            const size_t share = bytes / pieces / 128 * 128;
             ParallelApply(pieces, [&](size_t i) {
-                StreamFill(to->get() + i * piece, i + 1 == pieces ? bytes - i * piece : piece);
+                piece(buffer->get() + i * share, i + 1 == pieces ? bytes - i * share : share);
             });
         },
         {},
-        [to, bytes] {
-            if (*to) return;
-            to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
-            std::memset(to->get(), 2, bytes);
+        [buffer, bytes] {
+            if (*buffer) return;
+            buffer->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
+            std::memset(buffer->get(), 2, bytes);
         });
+}
+
+// Write-only members (fills) have only the stores' half of a copy's work: eight
+// bytes written per pixel with streaming stores is their reference.
+void RegisterFillCeiling(size_t size, Split split) {
+    RegisterOneBufferCeiling("ceiling.stream-fill", size, split, [](uint8_t* to, size_t bytes) { StreamFill(to, bytes); });
 }
 
 // Members that read far more than they write (four float channels into
 // byte planes read 16 bytes a pixel and write 4) are bound by the loads
 // alone: one core's reading rate is their reference, eight bytes a pixel.
 void RegisterReadCeiling(size_t size, Split split) {
-    const size_t bytes = size * size * 8;
-    const auto from = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
-    RegisterRow(
-        {"ceiling.read", size, size, split, bytes},
-        [from, bytes, split] {
-            const size_t pieces = split == Split::Single ? 1 : ActiveProcessorCount();
-            const size_t piece = bytes / pieces / 128 * 128;
-            ParallelApply(pieces, [&](size_t i) {
-                benchmark::DoNotOptimize(ReadAll(from->get() + i * piece, i + 1 == pieces ? bytes - i * piece : piece));
-            });
-        },
-        {},
-        [from, bytes] {
-            if (*from) return;
-            from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, bytes)));
-            std::memset(from->get(), 1, bytes);
-        });
+    RegisterOneBufferCeiling("ceiling.read", size, split,
+                             [](uint8_t* from, size_t bytes) { benchmark::DoNotOptimize(ReadAll(from, bytes)); });
 }
 
 const RegisterFamily kDispatch([] {
