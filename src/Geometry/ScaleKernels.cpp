@@ -41,6 +41,21 @@ template <Arithmetic A> struct AccLaneOf { using Type = float; };
 template <> struct AccLaneOf<Arithmetic::Fixed> { using Type = int32_t; };
 template <> struct AccLaneOf<Arithmetic::Double> { using Type = double; };
 
+// trunc((double)acc + 0.5) of float sums, as 32-bit integers, for results
+// clamped to the sample's range afterwards. A sum's whole
+// part and fraction are exact in float, and the double addition is exact,
+// so a sum of 0 or more rounds to its whole part plus 1 when the fraction
+// is at least one half; a sum below 0 gives at most 0 either way. Sums are
+// bounded by the largest sample times the weights' absolute sum, far inside
+// the int32 range.
+template <class DF>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> RoundedSums(DF df, hn::Vec<DF> acc) {
+    const hn::RebindToSigned<DF> di;
+    const auto whole = quorin::HWY_NAMESPACE::TruncateInRange(di, acc);
+    const auto up = hn::Ge(hn::Sub(acc, hn::ConvertTo(df, whole)), hn::Set(df, 0.5f));
+    return hn::Sub(whole, hn::VecFromMask(di, hn::RebindMask(di, up)));
+}
+
 // One arithmetic's sum over vectors whose lanes are independent outputs:
 // the rule of SumRule<A, T> lane by lane.
 template <Arithmetic A, class T, class D>
@@ -95,19 +110,12 @@ struct VectorSum {
             const auto v = hn::ShiftRight<14>(hn::Add(acc, hn::Set(di, 16383)));
             hn::StoreU(hn::DemoteTo(DT(), hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, kMaxSample<T>))), DT(), o);
         } else if constexpr (A == Arithmetic::Float) {
-            // trunc((double)acc + 0.5), clamped. Clamping the sum first
-            // gives the same result (a sum beyond a bound rounds to at least
-            // that far). The addition is exact in double, so for a clamped
-            // sum it is the whole part plus 1 when the fraction (exact in
-            // float) is at least one half; adding 2^23 then leaves that
-            // whole number, exactly, in the float's low bits, which the
-            // truncating narrowing keeps.
-            const auto a = hn::Min(hn::Max(acc, hn::Zero(d)), hn::Set(d, static_cast<float>(kMaxSample<T>)));
-            const auto whole = hn::Trunc(a);
-            const auto up = hn::Ge(hn::Sub(a, whole), hn::Set(d, 0.5f));
-            const auto bits = hn::Add(hn::IfThenElse(up, hn::Add(whole, hn::Set(d, 1.0f)), whole), hn::Set(d, 8388608.0f));
-            const hn::Rebind<hwy::MakeUnsigned<T>, D> dn;
-            hn::StoreU(hn::BitCast(DT(), hn::TruncateTo(dn, hn::BitCast(hn::RebindToUnsigned<D>(), bits))), DT(), o);
+            // The narrowing saturates to the sample's range; signed samples
+            // are clamped at 0 first.
+            const hn::RebindToSigned<D> di;
+            auto rounded = RoundedSums(d, acc);
+            if constexpr (std::is_signed_v<T>) rounded = hn::Max(rounded, hn::Zero(di));
+            hn::StoreU(hn::DemoteTo(DT(), rounded), DT(), o);
         } else if constexpr (A == Arithmetic::Double) {
             hn::StoreU(CanonicalNaNs(hn::DemoteTo(DT(), acc)), DT(), o);
         } else {
@@ -115,21 +123,6 @@ struct VectorSum {
         }
     }
 };
-
-// trunc((double)acc + 0.5) of float sums, as 32-bit integers, for results
-// that saturating narrowings clamp to 0 .. 255 afterwards. A sum's whole
-// part and fraction are exact in float, and the double addition is exact,
-// so a sum of 0 or more rounds to its whole part plus 1 when the fraction
-// is at least one half; a sum below 0 gives at most 0 either way. Sums are
-// bounded by the largest sample times the weights' absolute sum, far inside
-// the int32 range.
-template <class DF>
-HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> RoundedSums(DF df, hn::Vec<DF> acc) {
-    const hn::RebindToSigned<DF> di;
-    const auto whole = quorin::HWY_NAMESPACE::TruncateInRange(di, acc);
-    const auto up = hn::Ge(hn::Sub(acc, hn::ConvertTo(df, whole)), hn::Set(df, 0.5f));
-    return hn::Sub(whole, hn::VecFromMask(di, hn::RebindMask(di, up)));
-}
 
 template <Arithmetic A>
 using AccTag = hn::ScalableTag<typename AccLaneOf<A>::Type>;
