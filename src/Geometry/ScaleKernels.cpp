@@ -508,12 +508,14 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
 
 // Four 8-bit channels in float over an exact halving's run, where the
 // fifth weight is 0 (VectorSum::TapsAdded leaves four taps): output o's taps
-// are the 16 bytes at its first pixel. A load at output o's first pixel
-// holds output o + 2k in block k, and a load two pixels on holds output
-// o + 2k + 1; byte shuffles widen one tap's samples to 32-bit lanes, which
-// are converted, multiplied by the tap's weight and added in table order.
-// The narrowing of the two vectors' results takes block k of each in turn,
-// which puts the outputs back in order.
+// are the four pixels from its first, two pixels after output o - 1's
+// first. Block k of a load at output o's first pixel holds the taps of
+// output o + 2k, and its last two pixels are the first two taps of output
+// o + 2k + 1, whose last two are the first two of block k of a load four
+// pixels on. Byte shuffles widen a block's pixel to 32-bit lanes, each
+// converted once and taken by both outputs, multiplied by the tap's weight
+// and added in table order. The narrowing of the even and odd outputs'
+// results takes block k of each in turn, which puts them back in order.
 template <size_t kTaps>
 void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     const hn::ScalableTag<uint8_t> d8;
@@ -535,12 +537,12 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
             for (size_t k = 0; k < 16; ++k) bytes[k] = k % 4 == 0 ? static_cast<uint8_t>(4 * j + k / 4) : 0x80;
             shuffles[j] = hn::LoadDup128(d8, bytes);
         }
-        const auto outputs = [&](hn::Vec<decltype(d8)> pixels) {
-            const auto tap = [&](size_t j) {
-                return hn::ConvertTo(df, hn::BitCast(d32, hn::TableLookupBytesOr0(pixels, shuffles[j])));
-            };
-            auto acc = Sum::Start(wv[0], tap(0));
-            for (size_t j = 1; j < kUsed; ++j) acc = Sum::Add(acc, wv[j], tap(j));
+        const auto pixel = [&](hn::Vec<decltype(d8)> pixels, size_t j) {
+            return hn::ConvertTo(df, hn::BitCast(d32, hn::TableLookupBytesOr0(pixels, shuffles[j])));
+        };
+        const auto rounded = [&](const hn::Vec<decltype(df)>(&taps)[kUsed]) {
+            auto acc = Sum::Start(wv[0], taps[0]);
+            for (size_t j = 1; j < kUsed; ++j) acc = Sum::Add(acc, wv[j], taps[j]);
             return RoundedSums(df, acc);
         };
         const size_t firstPixel = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + begin * kTaps * 4));
@@ -549,8 +551,10 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
             uint8_t* const dst = job.dst + y * job.dstRowBytes;
             for (size_t x = begin; x < end; x += group) {
                 const uint8_t* s = src + (x - begin) * 8;
-                const auto even = outputs(hn::LoadU(d8, s)), odd = outputs(hn::LoadU(d8, s + 8));
-                hn::StoreU(hn::DemoteTo(dOut, hn::ReorderDemote2To(d16, even, odd)), dOut, dst + x * 4);
+                const auto here = hn::LoadU(d8, s), on = hn::LoadU(d8, s + 16);
+                const hn::Vec<decltype(df)> even[kUsed] = {pixel(here, 0), pixel(here, 1), pixel(here, 2), pixel(here, 3)};
+                const hn::Vec<decltype(df)> odd[kUsed] = {even[2], even[3], pixel(on, 0), pixel(on, 1)};
+                hn::StoreU(hn::DemoteTo(dOut, hn::ReorderDemote2To(d16, rounded(even), rounded(odd))), dOut, dst + x * 4);
             }
         }
     });
