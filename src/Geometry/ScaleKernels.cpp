@@ -115,7 +115,13 @@ struct VectorSum {
             const hn::RebindToSigned<D> di;
             auto rounded = RoundedSums(d, acc);
             if constexpr (std::is_signed_v<T>) rounded = hn::Max(rounded, hn::Zero(di));
-            hn::StoreU(hn::DemoteTo(DT(), rounded), DT(), o);
+            if constexpr (std::is_same_v<T, uint8_t>) {
+                // Through 16 bits: two signed saturations make the same bytes
+                // with one instruction fewer than x86's direct narrowing.
+                hn::StoreU(hn::DemoteTo(DT(), hn::DemoteTo(hn::Rebind<int16_t, D>(), rounded)), DT(), o);
+            } else {
+                hn::StoreU(hn::DemoteTo(DT(), rounded), DT(), o);
+            }
         } else if constexpr (A == Arithmetic::Double) {
             hn::StoreU(CanonicalNaNs(hn::DemoteTo(DT(), acc)), DT(), o);
         } else {
