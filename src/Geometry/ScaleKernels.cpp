@@ -42,9 +42,8 @@ template <> struct AccLaneOf<Arithmetic::Fixed> { using Type = int32_t; };
 template <> struct AccLaneOf<Arithmetic::Double> { using Type = double; };
 
 // trunc((double)acc + 0.5) of float sums, as 32-bit integers, for results
-// clamped to the sample's range afterwards. A sum's whole
-// part and fraction are exact in float, and the double addition is exact,
-// so a sum of 0 or more rounds to its whole part plus 1 when the fraction
+// clamped to the sample's range afterwards. A sum's whole part and fraction
+// are exact in float, and the double addition is exact, so a sum of 0 or more rounds to its whole part plus 1 when the fraction
 // is at least one half; a sum below 0 gives at most 0 either way. Sums are
 // bounded by the largest sample times the weights' absolute sum, far inside
 // the int32 range.
@@ -522,6 +521,8 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
 // converted once and taken by both outputs, multiplied by the tap's weight
 // and added in table order. The narrowing of the even and odd outputs'
 // results takes block k of each in turn, which puts them back in order.
+// The second load ends at the pixel after the step's last output's fifth
+// tap, which the run keeps inside the row.
 template <size_t kTaps>
 void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
     const hn::ScalableTag<uint8_t> d8;
