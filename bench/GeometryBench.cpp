@@ -151,37 +151,15 @@ void RegisterRotateRows() {
 }
 
 #ifdef QUORIN_BENCH_VIPS
-// One libvips operation from an image over the source's pixels, run into
-// memory; libvips single-threaded.
+// One libvips operation on the 8-bit source, through the shared runner.
 template <class Operation>
 void RegisterVipsRow(const std::string& name, const std::shared_ptr<Images>& images, size_t moved,
                      Operation operation) {
-    const size_t to = images->to;
-    RegisterRow({name, to, to, Split::Single, moved},
+    RegisterRow({name, images->to, images->to, Split::Single, moved},
                 [images, operation] {
-                    const int from = static_cast<int>(images->from);
-                    VipsImage* in = vips_image_new_from_memory(images->src->buffer.data, images->src->bytes.size(),
-                                                               from, from, 4, VIPS_FORMAT_UCHAR);
-                    VipsImage* out = nullptr;
-                    void* pixels = nullptr;
-                    if (in == nullptr || operation(in, &out) != 0 ||
-                        (pixels = vips_image_write_to_memory(out, nullptr)) == nullptr) {
-                        std::fprintf(stderr, "libvips failed: %s\n", vips_error_buffer());
-                        std::abort();
-                    }
-                    g_free(pixels);
-                    g_object_unref(out);
-                    g_object_unref(in);
+                    RunVips(images->src->buffer.data, images->from, images->from, 4, VIPS_FORMAT_UCHAR, operation);
                 },
-                {}, [images] {
-                    static const bool started = [] {
-                        vips_init("quorin-bench");
-                        vips_concurrency_set(1);  // the single-threaded row
-                        return true;
-                    }();
-                    (void)started;
-                    images->prepare();
-                });
+                {}, [images] { StartVips(), images->prepare(); });
 }
 #endif
 

@@ -25,6 +25,7 @@
 #include <hwy/highway.h>
 
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Intrinsics-inl.h"
 #include "Core/Streaming.h"
 #include "Geometry/ScaleKernels.h"
 
@@ -39,6 +40,20 @@ using quorin::HWY_NAMESPACE::CanonicalNaNs;
 template <Arithmetic A> struct AccLaneOf { using Type = float; };
 template <> struct AccLaneOf<Arithmetic::Fixed> { using Type = int32_t; };
 template <> struct AccLaneOf<Arithmetic::Double> { using Type = double; };
+
+// trunc((double)acc + 0.5) of float sums, as 32-bit integers, for results
+// clamped to the sample's range afterwards. A sum's whole part and fraction
+// are exact in float, and the double addition is exact, so a sum of 0 or more rounds to its whole part plus 1 when the fraction
+// is at least one half; a sum below 0 gives at most 0 either way. Sums are
+// bounded by the largest sample times the weights' absolute sum, far inside
+// the int32 range.
+template <class DF>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> RoundedSums(DF df, hn::Vec<DF> acc) {
+    const hn::RebindToSigned<DF> di;
+    const auto whole = quorin::HWY_NAMESPACE::TruncateInRange(di, acc);
+    const auto up = hn::Ge(hn::Sub(acc, hn::ConvertTo(df, whole)), hn::Set(df, 0.5f));
+    return hn::Sub(whole, hn::VecFromMask(di, hn::RebindMask(di, up)));
+}
 
 // One arithmetic's sum over vectors whose lanes are independent outputs:
 // the rule of SumRule<A, T> lane by lane.
@@ -94,19 +109,18 @@ struct VectorSum {
             const auto v = hn::ShiftRight<14>(hn::Add(acc, hn::Set(di, 16383)));
             hn::StoreU(hn::DemoteTo(DT(), hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, kMaxSample<T>))), DT(), o);
         } else if constexpr (A == Arithmetic::Float) {
-            // trunc((double)acc + 0.5), clamped. Clamping the sum first
-            // gives the same result (a sum beyond a bound rounds to at least
-            // that far). The addition is exact in double, so for a clamped
-            // sum it is the whole part plus 1 when the fraction (exact in
-            // float) is at least one half; adding 2^23 then leaves that
-            // whole number, exactly, in the float's low bits, which the
-            // truncating narrowing keeps.
-            const auto a = hn::Min(hn::Max(acc, hn::Zero(d)), hn::Set(d, static_cast<float>(kMaxSample<T>)));
-            const auto whole = hn::Trunc(a);
-            const auto up = hn::Ge(hn::Sub(a, whole), hn::Set(d, 0.5f));
-            const auto bits = hn::Add(hn::IfThenElse(up, hn::Add(whole, hn::Set(d, 1.0f)), whole), hn::Set(d, 8388608.0f));
-            const hn::Rebind<hwy::MakeUnsigned<T>, D> dn;
-            hn::StoreU(hn::BitCast(DT(), hn::TruncateTo(dn, hn::BitCast(hn::RebindToUnsigned<D>(), bits))), DT(), o);
+            // The narrowing saturates to the sample's range; signed samples
+            // are clamped at 0 first.
+            const hn::RebindToSigned<D> di;
+            auto rounded = RoundedSums(d, acc);
+            if constexpr (std::is_signed_v<T>) rounded = hn::Max(rounded, hn::Zero(di));
+            if constexpr (std::is_same_v<T, uint8_t>) {
+                // Through 16 bits: two signed saturations make the same bytes
+                // with one instruction fewer than x86's direct narrowing.
+                hn::StoreU(hn::DemoteTo(DT(), hn::DemoteTo(hn::Rebind<int16_t, D>(), rounded)), DT(), o);
+            } else {
+                hn::StoreU(hn::DemoteTo(DT(), rounded), DT(), o);
+            }
         } else if constexpr (A == Arithmetic::Double) {
             hn::StoreU(CanonicalNaNs(hn::DemoteTo(DT(), acc)), DT(), o);
         } else {
@@ -497,69 +511,57 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
     });
 }
 
-// Four 8-bit channels in float over an exact halving's run. A chunk of
-// outputs first splits its source pixels into the even and the odd ones
-// (whole 32-bit pixels, taken apart by lane permutes) and converts each
-// sample to float once. Output o's tap j is then pixel j / 2 of the even
-// (j even) or odd (j odd) pixels from o's, so a vector of consecutive
-// outputs' channels reads each tap's samples with one load, and sums them
-// in table order as the rule does (VectorSum::TapsAdded of them).
+// Four 8-bit channels in float over an exact halving's run, where the
+// fifth weight is 0 (VectorSum::TapsAdded leaves four taps): output o's taps
+// are the four pixels from its first, two pixels after output o - 1's
+// first. Block k of a load at output o's first pixel holds the taps of
+// output o + 2k, and its last two pixels are the first two taps of output
+// o + 2k + 1, whose last two are the first two of block k of a load four
+// pixels on. Byte shuffles widen a block's pixel to 32-bit lanes, each
+// converted once and taken by both outputs, multiplied by the tap's weight
+// and added in table order. The narrowing of the even and odd outputs'
+// results takes block k of each in turn, which puts them back in order.
+// The second load ends at the pixel after the step's last output's fifth
+// tap, which the run keeps inside the row.
 template <size_t kTaps>
 void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
-    const hn::ScalableTag<float> df;
-    const hn::RebindToSigned<decltype(df)> di;
-    const hn::Rebind<uint8_t, decltype(df)> d8;
-    const hn::Repartition<uint32_t, decltype(df)> dPixels;
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<float, decltype(d8)> df;
+    const hn::Repartition<int32_t, decltype(d8)> d32;
+    const hn::Repartition<int16_t, decltype(d8)> d16;
+    const hn::Rebind<uint8_t, decltype(d16)> dOut;
     using Sum = VectorSum<Arithmetic::Float, uint8_t, decltype(df)>;
-    constexpr size_t kChunk = 128;  // outputs; their samples as floats take 4 KiB
-    // Even or odd pixels, with a vector of bytes' slack, in whole lines so
-    // that both kinds' arrays stay aligned.
-    constexpr size_t kPixels = (kChunk + 2 + HWY_MAX_BYTES / 16 + 15) / 16 * 16;
-    const size_t N = hn::Lanes(df), group = N / 4, perLoad = hn::Lanes(dPixels);
-    HWY_ALIGN uint32_t pixels[2][kPixels] = {};
-    const auto suits = [](const float*) { return true; };
+    constexpr size_t kUsed = 4;
+    const size_t group = hn::Lanes(d8) / 8;  // outputs per step: two per block
+    const auto suits = [](const float* weights) { return Sum::template TapsAdded<kTaps>(weights) == kUsed; };
     OverHalvingRun<Arithmetic::Float, kTaps>(job, x0, y0, w, h, group, suits, [&](size_t begin, size_t end,
                                                                                 const float* weights) {
-        hn::Vec<decltype(df)> wv[kTaps];
-        for (size_t j = 0; j < kTaps; ++j) wv[j] = hn::Set(df, weights[j]);
-        const size_t used = Sum::template TapsAdded<kTaps>(weights);
+        hn::Vec<decltype(df)> wv[kUsed];
+        hn::Vec<decltype(d8)> shuffles[kUsed];
+        for (size_t j = 0; j < kUsed; ++j) {
+            wv[j] = hn::Set(df, weights[j]);
+            HWY_ALIGN uint8_t bytes[16];
+            for (size_t k = 0; k < 16; ++k) bytes[k] = k % 4 == 0 ? static_cast<uint8_t>(4 * j + k / 4) : 0x80;
+            shuffles[j] = hn::LoadDup128(d8, bytes);
+        }
+        const auto pixel = [&](hn::Vec<decltype(d8)> pixels, size_t j) {
+            return hn::ConvertTo(df, hn::BitCast(d32, hn::TableLookupBytesOr0(pixels, shuffles[j])));
+        };
+        const auto rounded = [&](const hn::Vec<decltype(df)>(&taps)[kUsed]) {
+            auto acc = Sum::Start(wv[0], taps[0]);
+            for (size_t j = 1; j < kUsed; ++j) acc = Sum::Add(acc, wv[j], taps[j]);
+            return RoundedSums(df, acc);
+        };
         const size_t firstPixel = static_cast<size_t>(ReadUnaligned<int32_t>(job.indices + begin * kTaps * 4));
         for (size_t y = y0; y < y0 + h; ++y) {
-            const uint8_t* src = job.src + y * job.srcRowBytes + firstPixel * 4;
-            uint8_t* dst = job.dst + y * job.dstRowBytes;
-            for (size_t c = begin; c < end; c += kChunk) {
-                const size_t n = std::min(kChunk, end - c);
-                // Outputs c .. c + n - 1 read pixel pairs 0 .. n + 1 from
-                // here; the run ends a pixel before the row does.
-                const uint8_t* s = src + (c - begin) * 8;
-                const size_t pairs = n + 2;
-                size_t i = 0;
-                for (; i + perLoad <= pairs; i += perLoad) {
-                    const auto a = hn::LoadU(dPixels, reinterpret_cast<const uint32_t*>(s + i * 8));
-                    const auto b = hn::LoadU(dPixels, reinterpret_cast<const uint32_t*>(s + i * 8 + perLoad * 4));
-                    hn::Store(hn::ConcatEven(dPixels, b, a), dPixels, pixels[0] + i);
-                    hn::Store(hn::ConcatOdd(dPixels, b, a), dPixels, pixels[1] + i);
-                }
-                for (; i < pairs; ++i) {
-                    pixels[0][i] = ReadUnaligned<uint32_t>(s + i * 8);
-                    pixels[1][i] = ReadUnaligned<uint32_t>(s + i * 8 + 4);
-                }
-                const auto outputs = [&](auto taps) {
-                    for (size_t o = 0; o < n; o += group) {
-                        const auto sample = [&](size_t j) {
-                            const uint8_t* at = reinterpret_cast<const uint8_t*>(pixels[j % 2] + o + j / 2);
-                            return hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, at)));
-                        };
-                        auto acc = Sum::Start(wv[0], sample(0));
-                        for (size_t j = 1; j < taps(); ++j) acc = Sum::Add(acc, wv[j], sample(j));
-                        Sum::Store(df, acc, dst + (c + o) * 4);
-                    }
-                };
-                if (used == kTaps) {
-                    outputs(std::integral_constant<size_t, kTaps>());
-                } else {
-                    outputs(std::integral_constant<size_t, kTaps - 1>());
-                }
+            const uint8_t* const src = job.src + y * job.srcRowBytes + firstPixel * 4;
+            uint8_t* const dst = job.dst + y * job.dstRowBytes;
+            for (size_t x = begin; x < end; x += group) {
+                const uint8_t* s = src + (x - begin) * 8;
+                const auto here = hn::LoadU(d8, s), on = hn::LoadU(d8, s + 16);
+                const hn::Vec<decltype(df)> even[kUsed] = {pixel(here, 0), pixel(here, 1), pixel(here, 2), pixel(here, 3)};
+                const hn::Vec<decltype(df)> odd[kUsed] = {even[2], even[3], pixel(on, 0), pixel(on, 1)};
+                hn::StoreU(hn::DemoteTo(dOut, hn::ReorderDemote2To(d16, rounded(even), rounded(odd))), dOut, dst + x * 4);
             }
         }
     });
