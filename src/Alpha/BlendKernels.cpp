@@ -86,9 +86,13 @@ struct StraightCover8 {
         // t = (255 - aT) aB + 127, w = t / 255, aR = aT + w.
         w = Div255(hn::Add(hn::Mul(hn::Xor(aT, hn::Set(d16, 255)), bottomAlpha), hn::Set(d16, 127)));
         alpha = hn::Add(aT, w);
-        // An alpha of 0 comes with dividends of 0: dividing them by 1 gives the rule's 0.
-        divisor = hn::Max(alpha, hn::Set(d16, 1));
-        belowDivisor = hn::Sub(divisor, hn::Set(d16, 1));
+        // An alpha of 0 comes with dividends of 0 and is divided by as it
+        // is, which keeps a maximum off the chain to the reciprocal: its
+        // float reciprocal is +inf, whose low 16 bits give r = 0, so the
+        // quotient and the remainder are 0 and, below the divisor clamped to
+        // 0, nothing is added: the rule's 0.
+        divisor = alpha;
+        belowDivisor = hn::SaturatedSub(alpha, hn::Set(d16, 1));
         r = quorin::HWY_NAMESPACE::ReciprocalOfAlpha(divisor);
     }
 
