@@ -75,6 +75,8 @@ HWY_INLINE V16 Div255(V16 t) { return hn::ShiftRight<7>(hn::MulHigh(t, hn::Set(D
 // the slots of the colour vectors carry one or two of its channels, so every
 // 16-bit operation serves two channels.
 
+using quorin::HWY_NAMESPACE::DivideByAlpha;
+
 struct StraightCover8 {
     V16 aT, w, alpha, divisor, belowDivisor, r;
 
@@ -84,18 +86,20 @@ struct StraightCover8 {
         // t = (255 - aT) aB + 127, w = t / 255, aR = aT + w.
         w = Div255(hn::Add(hn::Mul(hn::Xor(aT, hn::Set(d16, 255)), bottomAlpha), hn::Set(d16, 127)));
         alpha = hn::Add(aT, w);
-        // An alpha of 0 comes with dividends of 0: dividing them by 1 gives the rule's 0.
-        divisor = hn::Max(alpha, hn::Set(d16, 1));
-        belowDivisor = hn::Sub(divisor, hn::Set(d16, 1));
+        // An alpha of 0 comes with dividends of 0 and is divided by as it
+        // is, which keeps a maximum off the chain to the reciprocal: its
+        // float reciprocal is +inf, whose low 16 bits give r = 0, so the
+        // quotient and the remainder are 0 and, below the divisor clamped to
+        // 0, nothing is added: the rule's 0.
+        divisor = alpha;
+        belowDivisor = hn::SaturatedSub(alpha, hn::Set(d16, 1));
         r = quorin::HWY_NAMESPACE::ReciprocalOfAlpha(divisor);
     }
 
+    // bottom w + top aT per slot: within 255 aR.
+    V16 dividend(V16 top, V16 bottom) const { return hn::Add(hn::Mul(bottom, w), hn::Mul(top, aT)); }
     // (bottom w + top aT) / aR truncated, per slot.
-    V16 colour(V16 top, V16 bottom) const {
-        // Dividends stay within 255 aR.
-        return quorin::HWY_NAMESPACE::DivideByAlpha(hn::Add(hn::Mul(bottom, w), hn::Mul(top, aT)), divisor,
-                                                    belowDivisor, r);
-    }
+    V16 colour(V16 top, V16 bottom) const { return DivideByAlpha(dividend(top, bottom), divisor, belowDivisor, r); }
 };
 
 // ARGB8888 (bytes A R G B): slots [A, A] for the alphas, [A, G] and [R, B] for
@@ -110,25 +114,28 @@ public:
           lowBytes_(hn::Set(D16(), 0x00FF)),
           alphaBytes_(hn::MaskFromVec(hn::BitCast(D8(), hn::Set(D32(), 0xFFu)))) {}
 
-    // A block up to its division: its pixels, weights and reciprocals (the long chain).
+    // A block up to its division: its dividends and reciprocals (the long
+    // chain). Carrying dividends rather than pixels keeps a block to six
+    // live vectors (the cover's weights die here).
     struct Block {
-        V8 top, bottom;
-        StraightCover8 cover;
+        V16 agDividend, rbDividend, alpha, divisor, belowDivisor, r;
     };
 
     Block start(const uint8_t* top, const uint8_t* bottom) const {
         const V8 vt = hn::LoadU(D8(), top), vb = hn::LoadU(D8(), bottom);
-        return {vt, vb, StraightCover8(alphaSlots(vt), alphaSlots(vb))};
+        const StraightCover8 c(alphaSlots(vt), alphaSlots(vb));
+        return {c.dividend(evenSlots(vt), evenSlots(vb)), c.dividend(oddSlots(vt), oddSlots(vb)), c.alpha, c.divisor,
+                c.belowDivisor, c.r};
     }
 
     template <bool kStream>
     void finish(const Block& b, uint8_t* dest) const {
-        const V16 ag = b.cover.colour(evenSlots(b.top), evenSlots(b.bottom));
-        const V16 rb = b.cover.colour(oddSlots(b.top), oddSlots(b.bottom));
+        const V16 ag = DivideByAlpha(b.agDividend, b.divisor, b.belowDivisor, b.r);
+        const V16 rb = DivideByAlpha(b.rbDividend, b.divisor, b.belowDivisor, b.r);
         // Quotients are below 256: R and B move up a byte beside G; byte A
         // (the discarded quotient) takes the result alpha.
         const V8 colours = hn::BitCast(D8(), hn::Or(hn::ShiftLeft<8>(rb), ag));
-        const V8 out = hn::IfThenElse(alphaBytes_, hn::BitCast(D8(), b.cover.alpha), colours);
+        const V8 out = hn::IfThenElse(alphaBytes_, hn::BitCast(D8(), b.alpha), colours);
         if constexpr (kStream) hn::Stream(out, D8(), dest);
         else hn::StoreU(out, D8(), dest);
     }
@@ -145,9 +152,11 @@ private:
 // With 32 vector registers each block's division is started two blocks
 // before its colours are needed, so that its latency overlaps other blocks'
 // arithmetic. With 16 (AVX2 and below) three blocks in flight do not fit in
-// them and their spills cost more than the overlap gains; the processor's
-// own reordering overlaps the divisions of the plain loop. (Every block is
-// loaded before an earlier one is stored: dest may alias a source.)
+// them and their spills cost more than the overlap gains, but one block
+// started ahead does (a block is six vectors): 4 % faster on Zen 3 than the
+// plain loop, whose long chains fill the scheduler before the next block's
+// division can start. (Every block is loaded before an earlier one is
+// stored: dest may alias a source.)
 template <bool kStream>
 void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint8_t* dest, size_t blocks) {
     const size_t step = hn::Lanes(D32());
@@ -165,6 +174,16 @@ void StraightBlendARGB8888Blocks(const uint8_t* top, const uint8_t* bottom, uint
         }
         steps.finish<kStream>(first, dest + 4 * (b - 2) * step);
         steps.finish<kStream>(second, dest + 4 * (b - 1) * step);
+    }
+#else
+    if (blocks >= 1) {
+        auto current = start(0);
+        for (b = 1; b < blocks; ++b) {
+            const auto next = start(b);
+            steps.finish<kStream>(current, dest + 4 * (b - 1) * step);
+            current = next;
+        }
+        steps.finish<kStream>(current, dest + 4 * (b - 1) * step);
     }
 #endif
     for (; b < blocks; ++b) steps.finish<kStream>(start(b), dest + 4 * b * step);

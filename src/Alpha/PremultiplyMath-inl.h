@@ -49,7 +49,8 @@ HWY_INLINE V DivideBy65535Rounded(V p) {
 // integer the lane is d x 65537, exact in float; adding 1.5 x 2^23 rounds the
 // quotient to an integer in the low 16 bits, which one byte shuffle copies
 // into the high half. One division, one addition and one shuffle: no
-// clamping, since the range admits r = 65408 for d = 1.
+// clamping, since the range admits r = 65408 for d = 1. A lane of 0 gives
+// r = 0: its quotient is +inf, whose low 16 bits are 0.
 template <class V>
 HWY_INLINE V ReciprocalOfAlpha(V divisor) {
     const hn::DFromV<V> d16;
