@@ -535,6 +535,34 @@ TEST(Channels, TableLookUpsWalkFourByteStepsToRowBytesUnderEveryKernel) {
     }
 }
 
+// The vector lookup picks a byte's block by its high nibble's bits, shifting
+// them to the top of the byte in 16-bit lanes: every byte beside every other
+// byte in one 16-bit lane, below it and above it, against the table itself.
+TEST(Channels, TableLookUpOfEveryByteBesideEveryByteUnderEveryKernel) {
+    uint8_t table[256];
+    Random random(5);
+    for (uint8_t& entry : table) entry = static_cast<uint8_t>(random.next());
+    const uint8_t* const tables[4] = {table, table, table, table};
+    const Member& m = Named("QuorinTableLookUp_Planar8");
+    const size_t rows = 512, rowBytes = 512;
+    std::vector<uint8_t> source(rows * rowBytes);
+    for (size_t y = 0; y < rows; ++y)
+        for (size_t x = 0; x < 256; ++x) {
+            const bool below = y < 256;
+            source[y * rowBytes + 2 * x + (below ? 0 : 1)] = static_cast<uint8_t>(x);
+            source[y * rowBytes + 2 * x + (below ? 1 : 0)] = static_cast<uint8_t>(y);
+        }
+    ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+        std::vector<uint8_t> out(source.size(), 0xEE);
+        const Quorin_Buffer src{source.data(), rows, rowBytes, rowBytes}, dest{out.data(), rows, rowBytes, rowBytes};
+        EXPECT_EQ(m.run({&src, &dest, tables, 0, 0, flags}), kQuorinSuccess);
+        size_t wrong = 0;
+        for (size_t i = 0; i < source.size(); ++i) wrong += out[i] != table[source[i]];
+        EXPECT_EQ(wrong, 0u);
+        return out;
+    }, KernelVariants());
+}
+
 // ---- Select and overwrite from other images ----------------------------------------
 
 TEST(Channels, SelectTakesTheMaskedChannelsFromTheNewSourceUnderEveryKernelAndSplit) {
