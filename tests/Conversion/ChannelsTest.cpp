@@ -141,15 +141,27 @@ TEST(Channels, PixelOverwriteWalksTheCountItsRowBytesGive) {
             } else {
                 count = rowBytes / pb;
             }
+            // Streamed rows (forced at every size) also stream their ends' partial vectors.
+            for (const bool streamed : {false, true})
             for (const uint32_t mask : {0x0u, 0x9u, 0x6u, 0xFu}) {
-                SCOPED_TRACE(testing::Message() << "rowBytes " << rowBytes << " mask " << mask);
-                const size_t rows = 7;
-                std::vector<uint8_t> source(rows * rowBytes);
+                std::optional<StreamingForced> forced;
+                if (streamed) forced.emplace();
+                SCOPED_TRACE(testing::Message() << "rowBytes " << rowBytes << " mask " << mask
+                                                << (streamed ? " streamed" : ""));
+                const size_t rows = 7, extent = rows * rowBytes;
+                // Both buffers start on a 64-byte boundary, so each row of one
+                // lies as far from a vector boundary as the same row of the other.
+                const auto onLine = [](std::vector<uint8_t>& bytes) {
+                    return bytes.data() + (64 - reinterpret_cast<uintptr_t>(bytes.data()) % 64) % 64;
+                };
+                std::vector<uint8_t> sourceBytes(extent + 63);
+                uint8_t* const source = onLine(sourceBytes);
                 Random random(rowBytes + mask);
-                for (uint8_t& b : source) b = static_cast<uint8_t>(random.next());
+                for (size_t k = 0; k < extent; ++k) source[k] = static_cast<uint8_t>(random.next());
                 ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
-                    std::vector<uint8_t> out(rows * rowBytes + 40, 0xEE);
-                    const Quorin_Buffer src{source.data(), rows, 0, rowBytes}, dest{out.data(), rows, 0, rowBytes};
+                    std::vector<uint8_t> outBytes(extent + 40 + 63, 0xEE);
+                    uint8_t* const out = onLine(outBytes);
+                    const Quorin_Buffer src{source, rows, 0, rowBytes}, dest{out, rows, 0, rowBytes};
                     EXPECT_EQ(m.run({&src, &dest, pixel, mask, 0, flags}), kQuorinSuccess);
                     for (size_t y = 0; y < rows; ++y)
                         for (size_t k = 0; k < rowBytes; ++k) {
@@ -164,8 +176,9 @@ TEST(Channels, PixelOverwriteWalksTheCountItsRowBytesGive) {
                                                      : source[y * rowBytes + k];
                             if (*p != want) ADD_FAILURE() << "row " << y << " byte " << k;
                         }
-                    for (size_t k = rows * rowBytes; k < out.size(); ++k) EXPECT_EQ(out[k], 0xEE);
-                    return out;
+                    for (uint8_t* p = outBytes.data(); p != out; ++p) EXPECT_EQ(*p, 0xEE);
+                    for (size_t k = extent; k < extent + 40; ++k) EXPECT_EQ(out[k], 0xEE);
+                    return std::vector<uint8_t>(out, out + extent + 40);
                 }, KernelVariants());
             }
         }
