@@ -40,6 +40,11 @@ const char kLut[] = "OpenCV LUT 8UC1";
 const char kMixSelect[] = "OpenCV mixChannels select 8UC4";
 const char kMixPlane[] = "OpenCV mixChannels plane 8UC4";
 const char kVipsFlatten[] = "libvips flatten RGBA to RGB";
+// The 8-bit pixel overwrite reaches the first quarter of each row. The
+// quarter-rows ceiling row runs on buffers of its own, whose page backing
+// differs from run to run; this one copies the member's own quarter rows
+// with the same streaming stores, in the same run.
+const char kQuarterRowsCopy[] = "ceiling.stream-copy-quarter-rows.same-images";
 
 const char* PeerOf(const Member& m) {
     const std::string name = m.name;
@@ -49,6 +54,7 @@ const char* PeerOf(const Member& m) {
     if (name == "QuorinTableLookUp_ARGB8888") return kColorTable;
     if (name == "QuorinTableLookUp_Planar8") return kLut;
     if (name == "QuorinSelectChannels_ARGB8888") return kMixSelect;
+    if (name == "QuorinOverwriteChannelsWithPixel_ARGB8888") return kQuarterRowsCopy;
     if (name == "QuorinOverwriteChannels_ARGB8888") return kMixPlane;
     if (name == "QuorinFlatten_RGBA8888ToRGB888" || name == "QuorinFlatten_ARGB8888ToRGB888") return kVipsFlatten;
     return "";
@@ -128,6 +134,16 @@ const RegisterFamily kChannels([] {
                             },
                             PeerOf(m), prepare);
             }
+            if (&m == &channels::kOverwritePixelARGB8888)
+                RegisterRow({kQuarterRowsCopy, size, size, Split::Single, BytesMoved(m, pixels)},
+                            [images, size] {
+                                const size_t reached = (size + 3) / 4 * 4;  // bytes: the member's pixels a row
+                                Quorin_Buffer src = images->src->buffer, dest = images->dest->buffer;
+                                src.width = dest.width = reached;
+                                if (QuorinCopyBuffer(&src, &dest, 1, kQuorinFlag_SingleThreaded) != kQuorinSuccess)
+                                    std::abort();
+                            },
+                            {}, prepare);
             // The members with a peer also on each vector target and with the speed-ups off.
             if (PeerOf(m)[0] != '\0')
                 RegisterScalarRow({operation, size, size, Split::Single, BytesMoved(m, pixels)},
@@ -225,7 +241,8 @@ const RegisterFamily kChannels([] {
                         static const cv::Mat table(1, 256, CV_8UC1, kTable);
                         cv::LUT(src, table, dest);
                     },
-                    {}, prepareGray);
+                    // LUT splits large images over OpenCV's threads: one thread against ours.
+                    {}, [prepareGray] { prepareGray(), cv::setNumThreads(1); }, [] { cv::setNumThreads(-1); });
         RegisterRow({kMixSelect, size, size, Split::Single, pixels * 12},
                     [pick, side] {
                         // Alpha and red from one image, green and blue from the other.

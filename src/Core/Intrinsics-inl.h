@@ -14,6 +14,9 @@
 
 #include <hwy/highway.h>
 
+#include <cstdint>
+#include <cstring>
+
 HWY_BEFORE_NAMESPACE();
 namespace quorin::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
@@ -50,6 +53,28 @@ HWY_INLINE hn::VFromD<DI> TruncateInRange(DI di, VF v) {
     if constexpr (hn::MaxLanes(DI()) == 8) return hn::VFromD<DI>{_mm256_cvttps_epi32(v.raw)};
 #endif
     return hn::ConvertTo(di, v);
+}
+
+// `bytes` (a multiple of 4) copied from `from` to `to` (4-byte aligned) with
+// 4-byte streaming stores, for the partial vectors at the ends of a streamed
+// run that share a cache line with its streamed vectors (vectors narrower
+// than a line); the portable form stores plainly. A plain store into a line
+// that streaming stores also fill stalls them: measured on the 8-bit pixel
+// overwrite's rows (a quarter of each row, both buffers 16 bytes past a
+// 32-byte boundary, so each row starts and ends on a 16-byte partial
+// vector), Zen 3 with AVX2, three interleaved rounds: 17-21 GB/s with plain
+// stores at the ends, 23-28 GB/s with streamed ones, against 26-29 GB/s for
+// a streaming copy of the same rows.
+HWY_INLINE void StreamWords(void* to, const void* from, size_t bytes) {
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4
+    for (size_t k = 0; k < bytes; k += 4) {
+        int word;
+        std::memcpy(&word, static_cast<const uint8_t*>(from) + k, 4);
+        _mm_stream_si32(reinterpret_cast<int*>(static_cast<uint8_t*>(to) + k), word);
+    }
+#else
+    std::memcpy(to, from, bytes);
+#endif
 }
 
 #if HWY_TARGET != HWY_SCALAR  // needs lane tables; one lane never packs four vectors

@@ -52,16 +52,22 @@ namespace hn = hwy::HWY_NAMESPACE;
 namespace detail {
 
 // Runs `body` on zero-padded copies of the first `count` (fewer than a
-// vector's) elements of each source and stores that many results.
+// vector's) elements of each source and stores that many results, with
+// streaming stores when `streamed` and the bytes allow 4-byte ones.
 template <class T, class Body, class... Sources, size_t... kIndex>
-HWY_NOINLINE void PartialVector(std::index_sequence<kIndex...>, T* dst, size_t count, const Body& body,
+HWY_NOINLINE void PartialVector(std::index_sequence<kIndex...>, T* dst, size_t count, bool streamed, const Body& body,
                                 const Sources*... sources) {
     const hn::ScalableTag<uint8_t> d8;
     alignas(HWY_MAX_BYTES) T in[sizeof...(Sources)][HWY_MAX_BYTES / sizeof(T)] = {};
     (std::memcpy(in[kIndex], sources, count * sizeof(T)), ...);
     alignas(HWY_MAX_BYTES) uint8_t out[HWY_MAX_BYTES];
     hn::Store(body(in[kIndex]...), d8, out);
-    std::memcpy(dst, out, count * sizeof(T));
+    const size_t bytes = count * sizeof(T);
+    if (streamed && bytes % 4 == 0 && reinterpret_cast<uintptr_t>(dst) % 4 == 0) {
+        StreamWords(dst, out, bytes);
+    } else {
+        std::memcpy(dst, out, bytes);
+    }
 }
 
 }  // namespace detail
@@ -74,21 +80,25 @@ HWY_INLINE void ForEachVector(T* dst, size_t count, size_t pixelElements, bool s
                               const T* first, const Sources*... others) {
     const hn::ScalableTag<uint8_t> d8;
     const size_t bytes = hn::Lanes(d8), step = bytes / sizeof(T);
-    const auto partial = [&](size_t i, size_t n) {
-        detail::PartialVector(std::make_index_sequence<1 + sizeof...(Sources)>(), dst + i, n, body, first + i,
-                              (others + i)...);
-    };
     const size_t headBytes = (0 - reinterpret_cast<uintptr_t>(first)) & (bytes - 1);
     size_t i = headBytes % (pixelElements * sizeof(T)) == 0 ? std::min(headBytes / sizeof(T), count) : 0;
-    if (i != 0) partial(0, i);
     auto* out = reinterpret_cast<uint8_t*>(dst);
-    if (stream && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0) {
+    const bool streaming = stream && (reinterpret_cast<uintptr_t>(dst + i) & (bytes - 1)) == 0;
+    // Vectors narrower than a cache line share their line with the ends'
+    // partial vectors, which then stream too (StreamWords).
+    const bool streamedEnds = streaming && bytes < 64;
+    const auto partial = [&](size_t at, size_t n) {
+        detail::PartialVector(std::make_index_sequence<1 + sizeof...(Sources)>(), dst + at, n, streamedEnds, body,
+                              first + at, (others + at)...);
+    };
+    if (i != 0) partial(0, i);
+    if (streaming) {
         for (; i + step <= count; i += step) hn::Stream(body(first + i, (others + i)...), d8, out + i * sizeof(T));
-        if (!StreamFenceDeferred()) hwy::FlushStream();
     } else {
         for (; i + step <= count; i += step) hn::StoreU(body(first + i, (others + i)...), d8, out + i * sizeof(T));
     }
     if (i != count) partial(i, count - i);
+    if (streaming && !StreamFenceDeferred()) hwy::FlushStream();
 }
 
 // Calls body(i) for i = 0, step, 2 step, ... while a whole step fits in

@@ -23,6 +23,7 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Transform/MatrixKernels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "Core/CanonicalNaN-inl.h"
@@ -175,6 +176,27 @@ struct MultiplyFBody {
     }
 };
 
+// The float body's dozen operations between its load and its store slow the
+// hardware's own fetching of the source on Zen 3, so with AVX2 (all that was
+// measured) each step asks for the source 4 KB ahead itself while that lies
+// inside it; the padded copies of the row's ends lie outside and ask nothing.
+template <class Body>
+struct FetchingAhead {
+    static constexpr uintptr_t kAhead = 4096;
+    Body body;
+    uintptr_t first, fetched;  // the source's start; the bytes whose steps fetch
+
+    FetchingAhead(const Body& b, const float* src, size_t elements)
+        : body(b), first(reinterpret_cast<uintptr_t>(src)),
+          fetched(elements * sizeof(float) > kAhead ? elements * sizeof(float) - kAhead : 0) {}
+
+    Bytes operator()(const float* src) const {
+        const uintptr_t at = reinterpret_cast<uintptr_t>(src);
+        if (at - first < fetched) hwy::Prefetch(reinterpret_cast<const void*>(at + kAhead));
+        return body(src);
+    }
+};
+
 }  // namespace
 #endif
 
@@ -199,6 +221,8 @@ void MultiplyPixels8Vector(const uint8_t* src, uint8_t* dst, size_t pixels, cons
 void MultiplyPixelsFVector(const float* src, float* dst, size_t pixels, const matrix::MatrixF& p, bool stream) {
 #if HWY_TARGET == HWY_SCALAR
     matrix::MultiplyPixelsF(src, dst, pixels, p, stream);
+#elif HWY_TARGET == HWY_AVX2
+    ForEachVector(dst, pixels * 4, 4, stream, FetchingAhead<MultiplyFBody>(MultiplyFBody(p), src, pixels * 4), src);
 #else
     ForEachVector(dst, pixels * 4, 4, stream, MultiplyFBody(p), src);
 #endif

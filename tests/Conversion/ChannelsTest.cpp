@@ -141,15 +141,27 @@ TEST(Channels, PixelOverwriteWalksTheCountItsRowBytesGive) {
             } else {
                 count = rowBytes / pb;
             }
+            // Streamed rows (forced at every size) also stream their ends' partial vectors.
+            for (const bool streamed : {false, true})
             for (const uint32_t mask : {0x0u, 0x9u, 0x6u, 0xFu}) {
-                SCOPED_TRACE(testing::Message() << "rowBytes " << rowBytes << " mask " << mask);
-                const size_t rows = 7;
-                std::vector<uint8_t> source(rows * rowBytes);
+                std::optional<StreamingForced> forced;
+                if (streamed) forced.emplace();
+                SCOPED_TRACE(testing::Message() << "rowBytes " << rowBytes << " mask " << mask
+                                                << (streamed ? " streamed" : ""));
+                const size_t rows = 7, extent = rows * rowBytes;
+                // Both buffers start on a 64-byte boundary, so each row of one
+                // lies as far from a vector boundary as the same row of the other.
+                const auto onLine = [](std::vector<uint8_t>& bytes) {
+                    return bytes.data() + (64 - reinterpret_cast<uintptr_t>(bytes.data()) % 64) % 64;
+                };
+                std::vector<uint8_t> sourceBytes(extent + 63);
+                uint8_t* const source = onLine(sourceBytes);
                 Random random(rowBytes + mask);
-                for (uint8_t& b : source) b = static_cast<uint8_t>(random.next());
+                for (size_t k = 0; k < extent; ++k) source[k] = static_cast<uint8_t>(random.next());
                 ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
-                    std::vector<uint8_t> out(rows * rowBytes + 40, 0xEE);
-                    const Quorin_Buffer src{source.data(), rows, 0, rowBytes}, dest{out.data(), rows, 0, rowBytes};
+                    std::vector<uint8_t> outBytes(extent + 40 + 63, 0xEE);
+                    uint8_t* const out = onLine(outBytes);
+                    const Quorin_Buffer src{source, rows, 0, rowBytes}, dest{out, rows, 0, rowBytes};
                     EXPECT_EQ(m.run({&src, &dest, pixel, mask, 0, flags}), kQuorinSuccess);
                     for (size_t y = 0; y < rows; ++y)
                         for (size_t k = 0; k < rowBytes; ++k) {
@@ -164,8 +176,9 @@ TEST(Channels, PixelOverwriteWalksTheCountItsRowBytesGive) {
                                                      : source[y * rowBytes + k];
                             if (*p != want) ADD_FAILURE() << "row " << y << " byte " << k;
                         }
-                    for (size_t k = rows * rowBytes; k < out.size(); ++k) EXPECT_EQ(out[k], 0xEE);
-                    return out;
+                    for (uint8_t* p = outBytes.data(); p != out; ++p) EXPECT_EQ(*p, 0xEE);
+                    for (size_t k = extent; k < extent + 40; ++k) EXPECT_EQ(out[k], 0xEE);
+                    return std::vector<uint8_t>(out, out + extent + 40);
                 }, KernelVariants());
             }
         }
@@ -533,6 +546,34 @@ TEST(Channels, TableLookUpsWalkFourByteStepsToRowBytesUnderEveryKernel) {
         const uint8_t* const none[4] = {nullptr, tables[1], tables[2], tables[3]};
         EXPECT_EQ(m.run({&src, &dest, none, 0, 0, 0}), kQuorinError_BadArgument);
     }
+}
+
+// The vector lookup picks a byte's block by its high nibble's bits, shifting
+// them to the top of the byte in 16-bit lanes: every byte beside every other
+// byte in one 16-bit lane, below it and above it, against the table itself.
+TEST(Channels, TableLookUpOfEveryByteBesideEveryByteUnderEveryKernel) {
+    uint8_t table[256];
+    Random random(5);
+    for (uint8_t& entry : table) entry = static_cast<uint8_t>(random.next());
+    const uint8_t* const tables[4] = {table, table, table, table};
+    const Member& m = Named("QuorinTableLookUp_Planar8");
+    const size_t rows = 512, rowBytes = 512;
+    std::vector<uint8_t> source(rows * rowBytes);
+    for (size_t y = 0; y < rows; ++y)
+        for (size_t x = 0; x < 256; ++x) {
+            const bool below = y < 256;
+            source[y * rowBytes + 2 * x + (below ? 0 : 1)] = static_cast<uint8_t>(x);
+            source[y * rowBytes + 2 * x + (below ? 1 : 0)] = static_cast<uint8_t>(y);
+        }
+    ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+        std::vector<uint8_t> out(source.size(), 0xEE);
+        const Quorin_Buffer src{source.data(), rows, rowBytes, rowBytes}, dest{out.data(), rows, rowBytes, rowBytes};
+        EXPECT_EQ(m.run({&src, &dest, tables, 0, 0, flags}), kQuorinSuccess);
+        size_t wrong = 0;
+        for (size_t i = 0; i < source.size(); ++i) wrong += out[i] != table[source[i]];
+        EXPECT_EQ(wrong, 0u);
+        return out;
+    }, KernelVariants());
 }
 
 // ---- Select and overwrite from other images ----------------------------------------
