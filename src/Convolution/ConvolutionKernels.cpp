@@ -884,26 +884,22 @@ void BoxDownStep(uint16_t* sums, const uint8_t* add, const uint8_t* drop, uint8_
         sums[i] = static_cast<uint16_t>(sums[i] + add[i] - drop[i]);
         out[i] = static_cast<uint8_t>(sums[i] / divide.span);
     };
-    auto quotient = [&](size_t i) {
+    auto half = [&](size_t i) {
         const auto s = hn::Add(hn::LoadU(ds, sums + i), hn::Sub(hn::PromoteTo(ds, hn::LoadU(db, add + i)),
                                                                 hn::PromoteTo(ds, hn::LoadU(db, drop + i))));
         hn::StoreU(s, ds, sums + i);
-        return divide(s);
-    };
-    auto half = [&](size_t i) { return hn::TruncateTo(db, quotient(i)); };
-    // Two vectors of quotients narrowed by one pack of their low bytes.
-    auto both = [&](size_t i) {
-        const auto lo = quotient(i);
-        return hn::ConcatEven(d8, hn::BitCast(d8, quotient(i + N)), hn::BitCast(d8, lo));
+        return hn::TruncateTo(db, divide(s));
     };
     size_t i = 0;
     if (stream) {
         const auto misaligned = [&](size_t align) { return reinterpret_cast<uintptr_t>(out + i) % align != 0; };
         for (; i < count && misaligned(N); ++i) one(i);
         for (; i + N <= count && misaligned(2 * N); i += N) hn::StoreU(half(i), db, out + i);
-        for (; i + 2 * N <= count; i += 2 * N) hn::Stream(both(i), d8, out + i);
+        for (; i + 2 * N <= count; i += 2 * N) {
+            const auto lo = half(i);
+            hn::Stream(hn::Combine(d8, half(i + N), lo), d8, out + i);
+        }
     }
-    for (; i + 2 * N <= count; i += 2 * N) hn::StoreU(both(i), d8, out + i);
     for (; i + N <= count; i += N) hn::StoreU(half(i), db, out + i);
     for (; i < count; ++i) one(i);
 }
