@@ -709,23 +709,24 @@ hn::Vec<hn::CappedTag<uint16_t, P>> OnePixel(hn::Vec128<uint16_t> all) {
     if constexpr (P == 4) return hn::LowerHalf(all);
     else return hn::Set(hn::CappedTag<uint16_t, P>(), hn::GetLane(all));
 }
-// The last pixel of v in every pixel.
-template <size_t P>
-hn::Vec128<uint16_t> LastPixel(hn::Vec128<uint16_t> v) {
+// The last pixel of each 16-byte block of v in every pixel of that block.
+template <size_t P, class V>
+V LastPixel(V v) {
     if constexpr (P == 4) {
-        const hn::Full128<uint64_t> d64;
-        return hn::BitCast(hn::Full128<uint16_t>(), hn::InterleaveUpper(d64, hn::BitCast(d64, v), hn::BitCast(d64, v)));
+        const hn::DFromV<V> d;
+        const hn::Repartition<uint64_t, decltype(d)> d64;
+        return hn::BitCast(d, hn::InterleaveUpper(d64, hn::BitCast(d64, v), hn::BitCast(d64, v)));
     } else {
         return hn::Broadcast<7>(v);
     }
 }
 
-// The box's running sum along one line of n >= 2r pixels, for outputs
-// [x0, x1) into out (its bytes from x0 on): with the line at least a span
-// long the three loops of the running sum reduce to a sum over the span with
-// positions clamped to the line, started directly at x0 and then run on.
+// One running sum along a line of n >= 2r pixels, for outputs [x0, x1) into
+// out (its bytes from x0 on): with the line at least a span long the three
+// loops of the running sum reduce to a sum over the span with positions
+// clamped to the line, started directly at x0 and then run on.
 template <size_t P>
-void BoxAlongLine(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1, uint8_t* out,
+void BoxAlongSpan(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1, uint8_t* out,
                   const SpanDivide<DS>& divide, size_t ahead) {
     const hn::CappedTag<uint8_t, P> d8;
     const hn::CappedTag<uint16_t, P> d16;
@@ -780,6 +781,93 @@ void BoxAlongLine(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1,
         if (rightStart < xe) run(rightStart, xe, line + (n - 1) * P, 0, line + (rightStart - r) * P, P);
         SumsToBytes(sums, out + (xb - x0) * P, (xe - xb) * P, divide);
     }
+}
+
+// A vector whose 16-byte blocks come from `apart` bytes apart, and back.
+template <class D>
+hn::Vec<D> LoadBlocks(D d, const uint8_t* at, size_t apart) {
+    if constexpr (hn::MaxLanes(D()) == 16) return hn::LoadU(d, at);
+    else return hn::Combine(d, hn::LoadU(hn::Half<D>(), at + apart), hn::LoadU(hn::Half<D>(), at));
+}
+template <class D>
+void StoreBlocks(D d, hn::Vec<D> v, uint8_t* at, size_t apart) {
+    if constexpr (hn::MaxLanes(D()) == 16) {
+        hn::StoreU(v, d, at);
+    } else {
+        hn::StoreU(hn::LowerHalf(hn::Half<D>(), v), hn::Half<D>(), at);
+        hn::StoreU(hn::UpperHalf(hn::Half<D>(), v), hn::Half<D>(), at + apart);
+    }
+}
+
+// The interior of a line (outputs whose span lies inside it) as one
+// segment per 16-byte block of a vector, each with its own running sum: the
+// prefix sums across pixels then stay inside blocks, and the quotients are
+// packed to bytes without leaving them. Returns the outputs done, from x0:
+// a whole number of steps in each segment.
+template <size_t P>
+size_t BoxInterior(const uint8_t* line, size_t r, size_t x0, size_t x1, uint8_t* out, size_t ahead) {
+    using D8 = hn::CappedTag<uint8_t, 32>;
+    using D16 = hn::Repartition<uint16_t, D8>;
+    const D8 d8;
+    const D16 d16;
+    constexpr size_t kSegments = hn::MaxLanes(D8()) / 16, kStep = 16 / P;
+    const size_t length = (x1 - x0) / kSegments / kStep * kStep;
+    // Each segment starts with a span's direct sum: worth it when the spans are short beside it.
+    if (length < 4 * kStep || length < 8 * r) return 0;
+    alignas(32) uint16_t start[hn::MaxLanes(D16())];
+    for (size_t k = 0; k < kSegments; ++k) {
+        const size_t xs = x0 + k * length;
+        for (size_t c = 0; c < P; ++c) {
+            uint32_t sum = 0;
+            for (size_t t = xs - r; t < xs + r; ++t) sum += line[t * P + c];
+            for (size_t i = c; i < 8; i += P) start[k * 8 + i] = static_cast<uint16_t>(sum);
+        }
+    }
+    auto carry = hn::Load(d16, start);
+    const SpanDivide<D16> divide(r);
+    // Bytes 0..7 of a block in the low bytes of the first quotients' lanes,
+    // 8..15 in their high bytes, put back in order.
+    alignas(32) uint8_t order[hn::MaxLanes(D8())];
+    for (size_t i = 0; i < hn::MaxLanes(D8()); ++i) order[i] = static_cast<uint8_t>(i / 16 * 16 + (i % 16 < 8 ? 2 * (i % 16) : 2 * (i % 16 - 8) + 1));
+    const auto inOrder = hn::Load(d8, order);
+    auto blocks = [&](const uint8_t* at) { return LoadBlocks(d8, at, length * P); };
+    const auto zero = hn::Zero(d8);
+    for (size_t x = x0; x < x0 + length; x += kStep) {
+        const uint8_t* add = line + (x + r) * P;
+        const uint8_t* drop = line + (x - r) * P;
+        hwy::Prefetch(add + ahead);
+        if constexpr (kSegments > 1) hwy::Prefetch(add + length * P + ahead);
+        const auto a = blocks(add), b = blocks(drop);
+        auto lo = hn::Sub(hn::ZipLower(d16, a, zero), hn::ZipLower(d16, b, zero));
+        auto hi = hn::Sub(hn::ZipUpper(d16, a, zero), hn::ZipUpper(d16, b, zero));
+        lo = hn::Add(lo, hn::ShiftLeftLanes<P>(d16, lo));
+        hi = hn::Add(hi, hn::ShiftLeftLanes<P>(d16, hi));
+        if constexpr (P == 1) {
+            lo = hn::Add(lo, hn::ShiftLeftLanes<2>(d16, lo));
+            hi = hn::Add(hi, hn::ShiftLeftLanes<2>(d16, hi));
+            lo = hn::Add(lo, hn::ShiftLeftLanes<4>(d16, lo));
+            hi = hn::Add(hi, hn::ShiftLeftLanes<4>(d16, hi));
+        }
+        hi = hn::Add(hi, LastPixel<P>(lo));
+        const auto qlo = divide(hn::Add(lo, carry)), qhi = divide(hn::Add(hi, carry));
+        carry = hn::Add(carry, LastPixel<P>(hi));
+        const auto bytes = hn::TableLookupBytes(hn::BitCast(d8, hn::Or(qlo, hn::ShiftLeft<8>(qhi))), inOrder);
+        StoreBlocks(d8, bytes, out + (x - x0) * P, length * P);
+    }
+    return kSegments * length;
+}
+
+// The box's running sum along one line of n >= 2r pixels, for outputs
+// [x0, x1) into out (its bytes from x0 on): the interior by segments, the
+// ends by one running sum each.
+template <size_t P>
+void BoxAlongLine(const uint8_t* line, size_t n, size_t r, size_t x0, size_t x1, uint8_t* out,
+                  const SpanDivide<DS>& divide, size_t ahead) {
+    const size_t first = std::clamp(r, x0, x1), last = std::clamp(n - r, first, x1);
+    const size_t done = BoxInterior<P>(line, r, first, last, out + (first - x0) * P, ahead);
+    if (done == 0) return BoxAlongSpan<P>(line, n, r, x0, x1, out, divide, ahead);
+    if (x0 < first) BoxAlongSpan<P>(line, n, r, x0, first, out, divide, ahead);
+    if (first + done < x1) BoxAlongSpan<P>(line, n, r, first + done, x1, out + (first + done - x0) * P, divide, ahead);
 }
 
 // One output row of the vertical running sum: sums += add - drop, out = sums

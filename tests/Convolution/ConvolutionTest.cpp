@@ -315,6 +315,10 @@ TEST(BoxConvolve, BothPassesAtOnceMatchTheDescription) {
     cases.push_back({2049, 18, 15, 15});  // ARGB8888 past one strip
     cases.push_back({8200, 5, 3, 5});     // Planar8 past one strip
     cases.push_back({300, 40, 14, 6});    // spans of 16 and 8 (ARGB8888 even sizes)
+    // Interiors run as one segment per vector block: widths that leave
+    // pixels past the segments' whole steps, spans just short enough.
+    for (const size_t width : {size_t{173}, size_t{264}, size_t{512}})
+        for (const uint32_t k : {1u, 3u, 9u, 31u}) cases.push_back({width, 13, 3, k});
     for (const size_t bytes : {size_t{1}, size_t{4}})
         for (const Case c : cases) {
             if (bytes == 1 && (c.kh % 2 == 0 || c.kw % 2 == 0)) continue;
