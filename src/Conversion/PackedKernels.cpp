@@ -370,6 +370,23 @@ HWY_INLINE void LoadColourWords(D16 d16, const uint8_t* src, size_t i, const int
     }
 }
 
+// A field of packed words through its word rule. A narrowing or widening
+// between 5, 6 and 8 bits starts from the field times 2^shift, which one
+// shift of the word and a mask give (a field at the top of the word,
+// shifted to the bottom, needs no mask), in place of extracting the field
+// and then shifting it.
+template <class V>
+HWY_INLINE V RescaleField(V w, PackedField field, const WordRescale& r) {
+    const hn::DFromV<V> d;
+    if (r.form != WordForm::Narrow)
+        return RescaleWordLanes(hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d, MaxOf(field.bits))), r);
+    const int move = field.shift - r.shift;
+    V x = move > 0 ? hn::ShiftRightSame(w, move) : move < 0 ? hn::ShiftLeftSame(w, -move) : w;
+    if (r.shift != 0 || field.shift + field.bits < 16) x = hn::And(x, hn::Set(d, MaxOf(field.bits) << r.shift));
+    if (r.addend != 0) x = hn::Add(x, hn::Set(d, r.addend));
+    return hn::MulHigh(x, hn::Set(d, r.multiplier));
+}
+
 // Integer cells whose every colour has a word rule (WordRescale): the depth
 // rule in 16-bit lanes, twice the pixels a vector of the 32-bit path, and
 // whole vectors of bytes or 16-bit samples de-interleaved and interleaved
@@ -394,9 +411,18 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
                        const size_t i = start + k;
                        ReadAhead(src + i * kFrom.pixelBytes(), step * kFrom.pixelBytes());
                        V16 c[3][2];
-                       LoadColourWords<kFrom>(d16, src, i, C::from, c);
-                       for (int n = 0; n < 3; ++n)
-                           for (V16& v : c[n]) v = RescaleWordLanes(v, WordRescales<kFrom, kTo>::rules[n]);
+                       if constexpr (kFrom.packed()) {
+                           const auto* words = reinterpret_cast<const uint16_t*>(src) + i;
+                           for (int h = 0; h < 2; ++h) {
+                               const V16 w = hn::LoadU(d16, words + h * half);
+                               for (int n = 0; n < 3; ++n)
+                                   c[n][h] = RescaleField(w, kFrom.fields[C::from[n]], WordRescales<kFrom, kTo>::rules[n]);
+                           }
+                       } else {
+                           LoadColourWords<kFrom>(d16, src, i, C::from, c);
+                           for (int n = 0; n < 3; ++n)
+                               for (V16& v : c[n]) v = RescaleWordLanes(v, WordRescales<kFrom, kTo>::rules[n]);
+                       }
                        if constexpr (kTo.packed()) {
                            auto* const out = reinterpret_cast<uint16_t*>(dst) + i;
                            for (int h = 0; h < 2; ++h) {
