@@ -18,6 +18,7 @@
 #define HWY_TARGET_INCLUDE "Conversion/PackedPlanesKernels.cpp"
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
+#include <hwy/cache_control.h>
 
 #include <cstdint>
 
@@ -163,6 +164,7 @@ void PackRun(const uint8_t* src, uint8_t* dst, size_t bytes) {
             const auto inZipOrder = hn::SetTableIndices(d64, order);
             const auto third = hn::Set(d8, uint8_t{85});
             for (; i + step <= bytes; i += step) {
+                hwy::Prefetch(src + 4 * i + 1024);
                 const auto s = hn::TableLookupBytes(
                     hn::BitCast(d8, hn::TableLookupLanes(hn::BitCast(d64, hn::LoadU(d8, src + 4 * i)), inZipOrder)),
                     reverse);
