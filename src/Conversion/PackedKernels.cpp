@@ -11,6 +11,7 @@
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <iterator>
@@ -35,6 +36,17 @@ using quorin::HWY_NAMESPACE::WholeSteps;
 #if HWY_TARGET != HWY_SCALAR
 using quorin::HWY_NAMESPACE::ConcatBlockTriples;
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "packed words and byte pixels are read as little-endian words");
+
+// Sources are read a kilobyte ahead of the steps: single-threaded, the
+// hardware's own prefetching leaves reads that outnumber the streamed writes
+// short of the streaming-copy speed. Measured on the 16-bit-to-bytes cell,
+// 4096 x 4096 single-threaded with AVX2 on a Zen 3 processor (medians of
+// five interleaved runs, each beside the streaming-copy row of its run):
+// 63 % of the copy's speed without, 66 % at 512 bytes ahead, 77 and 82 % at
+// 1024, 73 % at 2048.
+HWY_INLINE void ReadAhead(const void* from, size_t bytes = 1) {
+    for (size_t b = 0; b < bytes; b += 64) hwy::Prefetch(static_cast<const uint8_t*>(from) + b + 1024);
+}
 
 template <PixelFormat kFrom, PixelFormat kTo>
 void ScalarPart(const uint8_t* src, uint8_t* dst, size_t first, size_t count) {
@@ -82,6 +94,7 @@ void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
             [&](size_t start, auto stores) {
                 return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
                            const uint8_t* in = src + (start + k) * kFrom.pixelBytes();
+                           ReadAhead(in, lanes * kFrom.pixelBytes());
                            uint8_t* out = dst + (start + k) * kTo.pixelBytes();
                            const auto c = [&](size_t v) { return hn::TableLookupBytesOr0(hn::LoadU(d8, in + v * n), pick); };
                            auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
@@ -357,6 +370,23 @@ HWY_INLINE void LoadColourWords(D16 d16, const uint8_t* src, size_t i, const int
     }
 }
 
+// A field of packed words through its word rule. A narrowing or widening
+// between 5, 6 and 8 bits starts from the field times 2^shift, which one
+// shift of the word and a mask give (a field at the top of the word,
+// shifted to the bottom, needs no mask), in place of extracting the field
+// and then shifting it.
+template <class V>
+HWY_INLINE V RescaleField(V w, PackedField field, const WordRescale& r) {
+    const hn::DFromV<V> d;
+    if (r.form != WordForm::Narrow)
+        return RescaleWordLanes(hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d, MaxOf(field.bits))), r);
+    const int move = field.shift - r.shift;
+    V x = move > 0 ? hn::ShiftRightSame(w, move) : move < 0 ? hn::ShiftLeftSame(w, -move) : w;
+    if (r.shift != 0 || field.shift + field.bits < 16) x = hn::And(x, hn::Set(d, MaxOf(field.bits) << r.shift));
+    if (r.addend != 0) x = hn::Add(x, hn::Set(d, r.addend));
+    return hn::MulHigh(x, hn::Set(d, r.multiplier));
+}
+
 // Integer cells whose every colour has a word rule (WordRescale): the depth
 // rule in 16-bit lanes, twice the pixels a vector of the 32-bit path, and
 // whole vectors of bytes or 16-bit samples de-interleaved and interleaved
@@ -379,10 +409,20 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
         [&](size_t start, auto stores) {
             return start + WholeSteps(pixels - start, step, [&](size_t k) {
                        const size_t i = start + k;
+                       ReadAhead(src + i * kFrom.pixelBytes(), step * kFrom.pixelBytes());
                        V16 c[3][2];
-                       LoadColourWords<kFrom>(d16, src, i, C::from, c);
-                       for (int n = 0; n < 3; ++n)
-                           for (V16& v : c[n]) v = RescaleWordLanes(v, WordRescales<kFrom, kTo>::rules[n]);
+                       if constexpr (kFrom.packed()) {
+                           const auto* words = reinterpret_cast<const uint16_t*>(src) + i;
+                           for (int h = 0; h < 2; ++h) {
+                               const V16 w = hn::LoadU(d16, words + h * half);
+                               for (int n = 0; n < 3; ++n)
+                                   c[n][h] = RescaleField(w, kFrom.fields[C::from[n]], WordRescales<kFrom, kTo>::rules[n]);
+                           }
+                       } else {
+                           LoadColourWords<kFrom>(d16, src, i, C::from, c);
+                           for (int n = 0; n < 3; ++n)
+                               for (V16& v : c[n]) v = RescaleWordLanes(v, WordRescales<kFrom, kTo>::rules[n]);
+                       }
                        if constexpr (kTo.packed()) {
                            auto* const out = reinterpret_cast<uint16_t*>(dst) + i;
                            for (int h = 0; h < 2; ++h) {
@@ -415,6 +455,60 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
                            stores(o0, d8, dst + 3 * i);
                            stores(o1, d8, dst + 3 * i + step);
                            stores(o2, d8, dst + 3 * i + 2 * step);
+                       }
+                   });
+        },
+        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+}
+
+// Whether a cell maps each source sample to the destination sample in its
+// place by one depth rule: three whole samples a pixel on both sides, in
+// one order, of one depth each (or a copy).
+template <PixelFormat kFrom, PixelFormat kTo>
+constexpr bool MapsSamples() {
+    using C = Cell<kFrom, kTo>;
+    if (kFrom.packed() || kTo.packed() || kFrom.channels != 3 || C::floats || kTo.sample == SampleKind::F32)
+        return false;
+    for (int n = 0; n < 3; ++n)
+        if (C::from[n] != C::to[n]) return false;
+    return RescalesInWords<kFrom, kTo>();
+}
+
+// Such a cell as a run of 3 x pixels samples, without de-interleaving: a
+// step is three vectors of bytes on the narrower side, taken from or widened
+// into twice as many words on a 16-bit side.
+template <PixelFormat kFrom, PixelFormat kTo>
+void MapSamples(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    constexpr WordRescale kRule = WordRescales<kFrom, kTo>::rules[0];
+    constexpr size_t kInBytes = kFrom.sampleBytes(), kOutBytes = kTo.sampleBytes();
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Half<decltype(d8)> dh8;
+    const hn::Repartition<uint16_t, decltype(d8)> d16;
+    const size_t n = hn::Lanes(d8), half = hn::Lanes(d16);
+    uint8_t* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), n, n * kTo.pixelBytes());
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, n, [&](size_t k) {
+                       const size_t first = 3 * (start + k);
+                       for (size_t v = 0; v < 3 * std::min(kInBytes, kOutBytes); ++v) {
+                           const size_t at = first * std::min(kInBytes, kOutBytes) + v * n;
+                           ReadAhead(src + at * kInBytes / std::min(kInBytes, kOutBytes));
+                           if constexpr (kInBytes == kOutBytes) {
+                               stores(hn::LoadU(d8, src + at), d8, dst + at);
+                           } else if constexpr (kInBytes == 2) {
+                               const auto* words = reinterpret_cast<const uint16_t*>(src) + at;
+                               const auto lower = RescaleWordLanes(hn::LoadU(d16, words), kRule);
+                               const auto upper = RescaleWordLanes(hn::LoadU(d16, words + half), kRule);
+                               stores(hn::ConcatEven(d8, hn::BitCast(d8, upper), hn::BitCast(d8, lower)), d8, dst + at);
+                           } else {
+                               const auto bytes = hn::LoadU(d8, src + at);
+                               auto* const words = reinterpret_cast<uint16_t*>(dst) + at;
+                               stores(RescaleWordLanes(hn::PromoteTo(d16, hn::LowerHalf(dh8, bytes)), kRule), d16, words);
+                               stores(RescaleWordLanes(hn::PromoteTo(d16, hn::UpperHalf(dh8, bytes)), kRule), d16,
+                                      words + half);
+                           }
                        }
                    });
         },
@@ -648,7 +742,8 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     (void)stream;
     ConvertPixels<kFrom, kTo>(src, dst, pixels);
 #else
-    if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
+    if constexpr (MapsSamples<kFrom, kTo>()) MapSamples<kFrom, kTo>(src, dst, pixels, stream);
+    else if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
     else if constexpr (RescalesInWords<kFrom, kTo>())
         RescaleWords<kFrom, kTo>(src, dst, pixels, stream);
     else ToFloats<kFrom, kTo>(src, dst, pixels, stream);

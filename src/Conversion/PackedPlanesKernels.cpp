@@ -7,10 +7,10 @@
 // and contributes its share of the plane value. The shares (255; 0xAA and 0x55; 0x88, 0x44, 0x22 and 0x11)
 // have no bit in common, so or-ing them gives field x step exactly.
 //
-// Packing quantizes two plane bytes per 16-bit lane (a multiply-high that
-// equals the division for every byte value) and then folds neighbouring
-// lanes into wider ones until one lane holds a whole packed byte, the first
-// pixel highest, which is then truncated to a byte.
+// Packing to 4 bits quantizes two plane bytes per 16-bit lane (a
+// multiply-high that equals the division for every byte value), the first
+// pixel highest, then truncates the lanes to bytes; packing to 1 and 2 bits
+// stores the top bits of bytes as mask bits (PackRun).
 //
 // The bytes no whole vector covers go to the scalar kernel, so no byte
 // outside the run is read or written.
@@ -18,6 +18,7 @@
 #define HWY_TARGET_INCLUDE "Conversion/PackedPlanesKernels.cpp"
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
+#include <hwy/cache_control.h>
 
 #include <cstdint>
 
@@ -111,42 +112,65 @@ HWY_INLINE hn::Vec<D16> Quantize(D16 d16, hn::Vec<D16> v) {
     }
 }
 
-// Lanes of width 2w holding two w-wide groups of `bits` bits each, the lower
-// lane's group first: one group of 2 x bits bits.
-template <unsigned kGroupBits, class D>
-HWY_INLINE hn::Vec<D> Fold(D d, hn::Vec<D> v) {
-    constexpr int kHalf = static_cast<int>(4 * sizeof(hn::TFromD<D>));
-    using T = hn::TFromD<D>;
-    const T lowHalf = static_cast<T>((T{1} << kHalf) - 1);
-    return hn::Or(hn::ShiftLeft<kGroupBits>(hn::And(v, hn::Set(d, lowHalf))), hn::ShiftRight<kHalf>(v));
-}
+// Packing 1- and 2-bit fields from bytes whose top bits are the field bits,
+// in mask-bit order (lane 8k + b is bit b of packed byte k): one comparison
+// and one movemask-style store of mask bits per eight packed pixels' bits.
+// A 1-bit field is the byte's top bit. A 2-bit field (s + 42) / 85 counts
+// the thresholds 43, 128 and 213 that s reaches, so its high bit is s's top
+// bit and its low bit the top bit of (s +sat 85) ^ s ^ (s -sat 85), which
+// reach 128 at 43 and 213. The plane bytes are reversed within each packed
+// byte's pixels first (the first pixel goes highest), and for 2 bits the low
+// and high bits are zipped, after a move of 64-bit lanes that makes the
+// per-block zips take the pixels in order.
+template <unsigned kBits>
+struct MaskPackTables {
+    static constexpr size_t kPer = PixelsPerByte(kBits);
+    alignas(16) uint8_t reverse[16] = {};
+    constexpr MaskPackTables() {
+        for (size_t l = 0; l < 16; ++l) reverse[l] = static_cast<uint8_t>(l - l % kPer + (kPer - 1 - l % kPer));
+    }
+};
+template <unsigned kBits>
+inline constexpr MaskPackTables<kBits> kMaskPackTables{};
 
 template <unsigned kBits>
 void PackRun(const uint8_t* src, uint8_t* dst, size_t bytes) {
     constexpr size_t kPer = PixelsPerByte(kBits);
     const hn::ScalableTag<uint8_t> d8;
-    const hn::Repartition<uint16_t, decltype(d8)> d16;
-    const hn::Repartition<uint32_t, decltype(d8)> d32;
-    const hn::Repartition<uint64_t, decltype(d8)> d64;
-    const size_t step = hn::Lanes(d8) / kPer;
+    const hn::RebindToSigned<decltype(d8)> di8;
+    const size_t lanes = hn::Lanes(d8), step = lanes / kPer;
     size_t i = 0;
-    for (; i + step <= bytes; i += step) {
-        const auto words = hn::BitCast(d16, hn::LoadU(d8, src + kPer * i));
-        const auto first = Quantize<kBits>(d16, hn::And(words, hn::Set(d16, uint16_t{0xFF})));
-        const auto second = Quantize<kBits>(d16, hn::ShiftRight<8>(words));
-        const auto pairs = hn::Or(hn::ShiftLeft<kBits>(first), second);
-        if constexpr (kBits == 4) {
-            hn::StoreU(hn::TruncateTo(hn::Rebind<uint8_t, decltype(d16)>(), pairs),
-                       hn::Rebind<uint8_t, decltype(d16)>(), dst + i);
+    if constexpr (kBits == 4) {
+        const hn::Repartition<uint16_t, decltype(d8)> d16;
+        const hn::Rebind<uint8_t, decltype(d16)> dh;
+        for (; i + step <= bytes; i += step) {
+            const auto words = hn::BitCast(d16, hn::LoadU(d8, src + kPer * i));
+            const auto first = Quantize<kBits>(d16, hn::And(words, hn::Set(d16, uint16_t{0xFF})));
+            const auto second = Quantize<kBits>(d16, hn::ShiftRight<8>(words));
+            hn::StoreU(hn::TruncateTo(dh, hn::Or(hn::ShiftLeft<kBits>(first), second)), dh, dst + i);
+        }
+    } else if (lanes >= 16) {
+        const auto reverse = hn::LoadDup128(d8, kMaskPackTables<kBits>.reverse);
+        const auto topBits = [&](auto v) { return hn::Lt(hn::BitCast(di8, v), hn::Zero(di8)); };
+        if constexpr (kBits == 1) {
+            for (; i + step <= bytes; i += step)
+                hn::StoreMaskBits(di8, topBits(hn::TableLookupBytes(hn::LoadU(d8, src + 8 * i), reverse)), dst + i);
         } else {
-            const auto quads = Fold<2 * kBits>(d32, hn::BitCast(d32, pairs));
-            if constexpr (kBits == 2) {
-                hn::StoreU(hn::TruncateTo(hn::Rebind<uint8_t, decltype(d32)>(), quads),
-                           hn::Rebind<uint8_t, decltype(d32)>(), dst + i);
-            } else {
-                const auto octets = Fold<4 * kBits>(d64, hn::BitCast(d64, quads));
-                hn::StoreU(hn::TruncateTo(hn::Rebind<uint8_t, decltype(d64)>(), octets),
-                           hn::Rebind<uint8_t, decltype(d64)>(), dst + i);
+            const hn::Repartition<uint64_t, decltype(d8)> d64;
+            const size_t blocks = lanes / 16;
+            HWY_ALIGN int64_t order[HWY_MAX_BYTES / 8];
+            for (size_t b = 0; b < blocks; ++b)
+                order[2 * b] = static_cast<int64_t>(b), order[2 * b + 1] = static_cast<int64_t>(blocks + b);
+            const auto inZipOrder = hn::SetTableIndices(d64, order);
+            const auto third = hn::Set(d8, uint8_t{85});
+            for (; i + step <= bytes; i += step) {
+                hwy::Prefetch(src + 4 * i + 1024);
+                const auto s = hn::TableLookupBytes(
+                    hn::BitCast(d8, hn::TableLookupLanes(hn::BitCast(d64, hn::LoadU(d8, src + 4 * i)), inZipOrder)),
+                    reverse);
+                const auto low = hn::Xor(hn::Xor(hn::SaturatedAdd(s, third), s), hn::SaturatedSub(s, third));
+                hn::StoreMaskBits(di8, topBits(hn::InterleaveLower(d8, low, s)), dst + i);
+                hn::StoreMaskBits(di8, topBits(hn::InterleaveUpper(d8, low, s)), dst + i + step / 2);
             }
         }
     }

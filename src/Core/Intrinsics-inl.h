@@ -275,8 +275,9 @@ constexpr TripleResult TripleResultOf(int m) {
 }
 
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+using TripleRaw = __m512i;
 template <bool kZipped, int kResult>
-HWY_INLINE __m512i TripleResult512(const __m512i (&c)[4]) {
+HWY_INLINE TripleRaw TripleResultRaw(const TripleRaw (&c)[4]) {
     static constexpr TripleResult kR = TripleResultOf<kZipped, 16>(kResult);
     const __m512i index = _mm512_load_si512(kR.index[0]);
     if constexpr (kR.pair >= 0) {
@@ -287,8 +288,9 @@ HWY_INLINE __m512i TripleResult512(const __m512i (&c)[4]) {
     }
 }
 #elif HWY_TARGET == HWY_AVX2
+using TripleRaw = __m256i;
 template <bool kZipped, int kResult>
-HWY_INLINE __m256i TripleResult256(const __m256i (&c)[4]) {
+HWY_INLINE TripleRaw TripleResultRaw(const TripleRaw (&c)[4]) {
     static constexpr TripleResult kR = TripleResultOf<kZipped, 8>(kResult);
     const __m256i index = _mm256_load_si256(reinterpret_cast<const __m256i*>(kR.index[0]));
     __m256i a, b;
@@ -314,20 +316,12 @@ HWY_INLINE __m256i TripleResult256(const __m256i (&c)[4]) {
 // against 17.2 and 20.5.
 template <bool kZipped, class D8, class V8 = hn::VFromD<D8>>
 HWY_INLINE void ConcatBlockTriples(D8 d8, V8 c0, V8 c1, V8 c2, V8 c3, V8& out0, V8& out1, V8& out2) {
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    if constexpr (hn::MaxLanes(D8()) == 64) {
-        const __m512i c[4] = {c0.raw, c1.raw, c2.raw, c3.raw};
-        out0 = V8{TripleResult512<kZipped, 0>(c)};
-        out1 = V8{TripleResult512<kZipped, 1>(c)};
-        out2 = V8{TripleResult512<kZipped, 2>(c)};
-        return;
-    }
-#elif HWY_TARGET == HWY_AVX2
-    if constexpr (hn::MaxLanes(D8()) == 32) {
-        const __m256i c[4] = {c0.raw, c1.raw, c2.raw, c3.raw};
-        out0 = V8{TripleResult256<kZipped, 0>(c)};
-        out1 = V8{TripleResult256<kZipped, 1>(c)};
-        out2 = V8{TripleResult256<kZipped, 2>(c)};
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX2
+    if constexpr (hn::MaxLanes(D8()) == sizeof(TripleRaw)) {
+        const TripleRaw c[4] = {c0.raw, c1.raw, c2.raw, c3.raw};
+        out0 = V8{TripleResultRaw<kZipped, 0>(c)};
+        out1 = V8{TripleResultRaw<kZipped, 1>(c)};
+        out2 = V8{TripleResultRaw<kZipped, 2>(c)};
         return;
     }
 #endif
