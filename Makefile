@@ -10,7 +10,10 @@
 #   make demo-check  what a fresh machine meets: the demo configured and built with
 #                    the test-only and bench-only packages hidden from CMake
 #   make test-clang  build with Debian's Clang and run the suite
-#   make test-tsan   build the suite under ThreadSanitizer (Clang) and run it
+#   make test-tsan   build the suite under ThreadSanitizer (Clang) and run it with the scalar
+#                    and the best vector kernel only (a race depends on the split, not the
+#                    instruction set) and without the sweeps of the blend and 8-bit flatten
+#                    rules over their input spaces (arithmetic the other builds check)
 #   make fuzz        fuzz every image entry point for FUZZ_SECONDS (default 300)
 #                    under ASan+UBSan; new inputs go to build-fuzz/corpus,
 #                    findings to build-fuzz/artifacts

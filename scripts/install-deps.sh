@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project needs, only those missing.
-# Usage: scripts/install-deps.sh [build|test|bench|clang|cross|all]   (default: all)
+# Usage: scripts/install-deps.sh [build|test|bench|clang|cross|ci|all]   (default: all)
 #        scripts/install-deps.sh python VENV
 # clang: the test packages plus Debian's Clang and its sanitizer and libFuzzer
 # runtimes, for the clang, tsan and fuzz presets only.
 # cross: Debian's cross compilers for aarch64 and armv7 hard-float, qemu-user,
 # and the two architectures' Highway and GoogleTest from Debian's multiarch
 # packages (the architectures are added to dpkg first); not part of all.
+# ci: ccache, which lets CI's builds with the same flags share their objects.
 # python: the build packages, then a virtual environment VENV holding what the
 # Python package's tests need from PyPI (python/tests/requirements.txt).
 # Quiet when nothing is missing; fails with a clear message otherwise.
@@ -29,8 +30,9 @@ case "${1:-all}" in
     clang) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${clang_pkgs[@]}") ;;
     python) wanted=("${build_pkgs[@]}" python3-venv) ;;
     cross) wanted=("${cross_pkgs[@]}") ;;
+    ci) wanted=(ccache) ;;
     all) wanted=("${build_pkgs[@]}" "${test_pkgs[@]}" "${bench_pkgs[@]}" "${clang_pkgs[@]}") ;;
-    *) echo "usage: $0 [build|test|bench|clang|cross|all] | $0 python VENV" >&2; exit 2 ;;
+    *) echo "usage: $0 [build|test|bench|clang|cross|ci|all] | $0 python VENV" >&2; exit 2 ;;
 esac
 
 sudo=()
