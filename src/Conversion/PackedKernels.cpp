@@ -558,6 +558,54 @@ void AddAlphaBytes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
     scalar(steps, pixels - steps);
 }
 
+// 16-bit samples into 16-bit samples, colours unchanged: as AddAlphaBytes,
+// with each 128-bit block holding the twelve bytes of two six-byte pixels
+// (the same spread of 32-bit words) and the alpha in one 64-bit lane a pixel.
+template <PixelFormat kFrom, PixelFormat kTo>
+void AddAlphaWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                   bool stream) {
+    using C = Cell<kFrom, kTo>;
+    const D32 d;
+    const hn::Repartition<uint8_t, D32> d8;
+    const hn::Repartition<uint64_t, D32> d64;
+    const hn::Rebind<uint32_t, decltype(d64)> dh;
+    const hn::Rebind<uint8_t, decltype(d64)> dq;
+    const size_t lanes = hn::Lanes(d), step = hn::Lanes(d64);
+    HWY_ALIGN uint32_t spread[hn::MaxLanes(d)];
+    for (size_t i = 0; i < lanes; ++i) spread[i] = static_cast<uint32_t>(i / 4 * 3 + (i % 4 < 3 ? i % 4 : 2));
+    const auto indices = hn::SetTableIndices(d, spread);
+    constexpr int kAlpha = kTo.positionOf('A');
+    HWY_ALIGN uint8_t order[16];
+    for (int p = 0; p < 2; ++p) {
+        order[8 * p + 2 * kAlpha] = order[8 * p + 2 * kAlpha + 1] = 0x80;
+        for (int n = 0; n < 3; ++n)
+            for (int byte = 0; byte < 2; ++byte)
+                order[8 * p + 2 * C::to[n] + byte] = static_cast<uint8_t>(6 * p + 2 * C::from[n] + byte);
+    }
+    const auto shuffle = hn::LoadDup128(d8, order);
+    const auto fixedAlpha = hn::Set(d64, uint64_t{constant.integer} << (16 * kAlpha));
+    // An 8-bit alpha at 16 bits is v x 65535 / 255 = v x 257, exactly.
+    const auto planeAlpha = [&](size_t i) {
+        const auto words = hn::Mul(hn::PromoteTo(dh, hn::LoadU(dq, plane + i)), hn::Set(dh, 257u));
+        return hn::ShiftLeft<16 * kAlpha>(hn::PromoteTo(d64, words));
+    };
+    // A step loads a whole vector, a third more than its pixels' 6 x step bytes.
+    const size_t overread = (step + 2) / 3;
+    const size_t steps = pixels > overread ? pixels - overread : 0;
+    auto* const out = reinterpret_cast<uint64_t*>(dst);
+    const auto body = [&](size_t i, auto store) {
+        const V32 words = hn::TableLookupLanes(hn::BitCast(d, hn::LoadU(d8, src + 6 * i)), indices);
+        const auto colours = hn::BitCast(d64, hn::TableLookupBytesOr0(hn::BitCast(d8, words), shuffle));
+        store(hn::Or(colours, plane ? planeAlpha(i) : fixedAlpha), out + i);
+    };
+    const auto scalar = [&](size_t first, size_t count) {
+        AddAlphaPixels<kFrom, kTo>(src + 6 * first, plane ? plane + first : nullptr, dst + 8 * first, count, constant,
+                                   false);
+    };
+    StoreRun(d64, stream, dst, steps, 8, step, body, scalar);
+    scalar(steps, pixels - steps);
+}
+
 // Packed words into bytes, colours unchanged by any premultiplication: one
 // pixel a 16-bit lane rather than a 32-bit one, since every step of the
 // depth rule between depths of at most 8 bits fits 16 bits (as in
@@ -619,6 +667,9 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
     if constexpr (kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed() && RescalesInWords<kFrom, kTo>()) {
         if (!premultiply) return AddAlphaFromWords<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
     }
+    if constexpr (kFrom.sample == SampleKind::U16 && kTo.sample == SampleKind::U16) {
+        if (!premultiply) return AddAlphaWords<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
+    }
     using C = Cell<kFrom, kTo>;
     constexpr unsigned kDepth = static_cast<unsigned>(8 * kTo.sampleBytes());
     const D32 d;
@@ -672,7 +723,7 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
 // Adding alpha to float pixels: whole vectors of floats.
 template <PixelFormat kFrom, PixelFormat kTo>
 void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
-                    bool premultiply) {
+                    bool premultiply, bool stream) {
     using C = Cell<kFrom, kTo>;
     const hn::ScalableTag<float> df;
     const hn::Rebind<int32_t, decltype(df)> di;
@@ -684,11 +735,14 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
         AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
                                    dst + first * kTo.pixelBytes(), count, constant, premultiply);
     };
+    uint8_t* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, 16, hn::Lanes(hn::ScalableTag<uint8_t>()),
+                                        16 * lanes);
     // As in the scalar rule, the copying variant has no multiply in it at all.
     const auto run = [&](auto multiply) {
         RunSteps(
-            kNoStreaming, pixels,
-            [&](size_t start, auto) {
+            head, pixels,
+            [&](size_t start, auto stores) {
                 return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
                            const size_t i = start + k;
                            auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
@@ -702,7 +756,7 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
                                if constexpr (multiply) out[C::to[n]] = CanonicalNaNs(hn::Mul(in[C::from[n]], a));
                                else out[C::to[n]] = in[C::from[n]];
                            }
-                           hn::StoreInterleaved4(out[0], out[1], out[2], out[3], df, to + 4 * i);
+                           stores.Interleaved(df, to + 4 * i, out[0], out[1], out[2], out[3]);
                        });
             },
             scalar);
@@ -719,7 +773,8 @@ void AddAlphaRun(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t 
     (void)stream;
     AddAlphaPixels<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
 #else
-    if constexpr (Cell<kFrom, kTo>::floats) AddAlphaFloats<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply);
+    if constexpr (Cell<kFrom, kTo>::floats)
+        AddAlphaFloats<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply, stream);
     else AddAlphaLanes<kFrom, kTo>(src, plane, dst, pixels, constant, premultiply, stream);
 #endif
 }
