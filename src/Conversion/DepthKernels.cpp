@@ -58,7 +58,7 @@ void MergeQ12(const int16_t* const* planes, uint8_t fill, const Q12ToByte& trans
     MergeRow<C, Q12ToByte>(planes, fill, transform, pixels, n, stream);
 }
 template <size_t C>
-void SplitQ12(const uint8_t* pixels, int16_t* const* planes, const ByteToQ12& transform, size_t n, bool stream) {
+void SplitQ12(const uint8_t* pixels, int16_t* const* planes, const ByteToQ12& transform, size_t n, SplitStreaming stream) {
     if (RowsOverlap<C>(pixels, planes, n)) return SplitRowScalar<C>(pixels, planes, transform, n);
     SplitRow<C, ByteToQ12>(pixels, planes, transform, n, stream);
 }
@@ -71,10 +71,10 @@ void MergeQ12x3(const int16_t* const* planes, uint8_t fill, const Q12ToByte& tra
                 bool stream) {
     MergeQ12<3>(planes, fill, transform, pixels, n, stream);
 }
-void SplitQ12x4(const uint8_t* pixels, int16_t* const* planes, const ByteToQ12& transform, size_t n, bool stream) {
+void SplitQ12x4(const uint8_t* pixels, int16_t* const* planes, const ByteToQ12& transform, size_t n, SplitStreaming stream) {
     SplitQ12<4>(pixels, planes, transform, n, stream);
 }
-void SplitQ12x3(const uint8_t* pixels, int16_t* const* planes, const ByteToQ12& transform, size_t n, bool stream) {
+void SplitQ12x3(const uint8_t* pixels, int16_t* const* planes, const ByteToQ12& transform, size_t n, SplitStreaming stream) {
     SplitQ12<3>(pixels, planes, transform, n, stream);
 }
 

@@ -261,7 +261,10 @@ Quorin_Error SplitPixels(const SplitCall<Transform, C>& call, std::span<const Ch
     const Transform transform(call.ranges);
     const bool vector = UseVectorKernels() && transform.vectorKernelsApply();
     const SplitRowKernel<C, Transform> kernel = LayoutKernels<C, Transform>::split.pick(vector);
-    const bool streaming = vector && WantsStreaming(region->width * region->height * (count - 1) * sizeof(To));
+    const SplitStreaming streaming =
+        !vector || !WantsStreaming(region->width * region->height * (count - 1) * sizeof(To)) ? SplitStreaming::kNever
+        : WantsRowsOrGrid(flags, region->width, region->height)                              ? SplitStreaming::kAlways
+                                                                                              : SplitStreaming::kWholeLinesOnly;
     ConvertRows(
         flags, region,
         [&](const From* pixels, const std::array<To*, C>& planes, size_t n) {

@@ -21,14 +21,14 @@ void MergeU8x4(const uint8_t* const* planes, uint8_t fill, const Copy<uint8_t>& 
                uint8_t* pixels, size_t n, bool stream) {
     MergeRow<4, Copy<uint8_t>>(planes, fill, transform, pixels, n, stream);
 }
-void SplitU8x4(const uint8_t* pixels, uint8_t* const* planes, const Copy<uint8_t>& transform, size_t n, bool stream) {
+void SplitU8x4(const uint8_t* pixels, uint8_t* const* planes, const Copy<uint8_t>& transform, size_t n, SplitStreaming stream) {
     SplitRow<4, Copy<uint8_t>>(pixels, planes, transform, n, stream);
 }
 void MergeU8x3(const uint8_t* const* planes, uint8_t fill, const Copy<uint8_t>& transform,
                uint8_t* pixels, size_t n, bool stream) {
     MergeRow<3, Copy<uint8_t>>(planes, fill, transform, pixels, n, stream);
 }
-void SplitU8x3(const uint8_t* pixels, uint8_t* const* planes, const Copy<uint8_t>& transform, size_t n, bool stream) {
+void SplitU8x3(const uint8_t* pixels, uint8_t* const* planes, const Copy<uint8_t>& transform, size_t n, SplitStreaming stream) {
     SplitRow<3, Copy<uint8_t>>(pixels, planes, transform, n, stream);
 }
 void MergeU16x4(const uint16_t* const* planes, uint16_t fill, const Copy<uint16_t>& transform,
@@ -36,7 +36,7 @@ void MergeU16x4(const uint16_t* const* planes, uint16_t fill, const Copy<uint16_
     MergeRow<4, Copy<uint16_t>>(planes, fill, transform, pixels, n, stream);
 }
 void SplitU16x4(const uint16_t* pixels, uint16_t* const* planes, const Copy<uint16_t>& transform,
-                size_t n, bool stream) {
+                size_t n, SplitStreaming stream) {
     SplitRow<4, Copy<uint16_t>>(pixels, planes, transform, n, stream);
 }
 void MergeU16x3(const uint16_t* const* planes, uint16_t fill, const Copy<uint16_t>& transform,
@@ -44,7 +44,7 @@ void MergeU16x3(const uint16_t* const* planes, uint16_t fill, const Copy<uint16_
     MergeRow<3, Copy<uint16_t>>(planes, fill, transform, pixels, n, stream);
 }
 void SplitU16x3(const uint16_t* pixels, uint16_t* const* planes, const Copy<uint16_t>& transform,
-                size_t n, bool stream) {
+                size_t n, SplitStreaming stream) {
     SplitRow<3, Copy<uint16_t>>(pixels, planes, transform, n, stream);
 }
 void MergeU32x4(const uint32_t* const* planes, uint32_t fill, const Copy<uint32_t>& transform,
@@ -52,7 +52,7 @@ void MergeU32x4(const uint32_t* const* planes, uint32_t fill, const Copy<uint32_
     MergeRow<4, Copy<uint32_t>>(planes, fill, transform, pixels, n, stream);
 }
 void SplitU32x4(const uint32_t* pixels, uint32_t* const* planes, const Copy<uint32_t>& transform,
-                size_t n, bool stream) {
+                size_t n, SplitStreaming stream) {
     SplitRow<4, Copy<uint32_t>>(pixels, planes, transform, n, stream);
 }
 void MergeU32x3(const uint32_t* const* planes, uint32_t fill, const Copy<uint32_t>& transform,
@@ -60,7 +60,7 @@ void MergeU32x3(const uint32_t* const* planes, uint32_t fill, const Copy<uint32_
     MergeRow<3, Copy<uint32_t>>(planes, fill, transform, pixels, n, stream);
 }
 void SplitU32x3(const uint32_t* pixels, uint32_t* const* planes, const Copy<uint32_t>& transform,
-                size_t n, bool stream) {
+                size_t n, SplitStreaming stream) {
     SplitRow<3, Copy<uint32_t>>(pixels, planes, transform, n, stream);
 }
 void MergeByteToFloatx4(const uint8_t* const* planes, float fill, const ByteToFloat& transform,
@@ -68,7 +68,7 @@ void MergeByteToFloatx4(const uint8_t* const* planes, float fill, const ByteToFl
     MergeRow<4, ByteToFloat>(planes, fill, transform, pixels, n, stream);
 }
 void SplitByteToFloatx4(const uint8_t* pixels, float* const* planes, const ByteToFloat& transform,
-                        size_t n, bool stream) {
+                        size_t n, SplitStreaming stream) {
     SplitRow<4, ByteToFloat>(pixels, planes, transform, n, stream);
 }
 void MergeFloatToBytex4(const float* const* planes, uint8_t fill, const FloatToByte& transform,
@@ -76,7 +76,7 @@ void MergeFloatToBytex4(const float* const* planes, uint8_t fill, const FloatToB
     MergeRow<4, FloatToByte>(planes, fill, transform, pixels, n, stream);
 }
 void SplitFloatToBytex4(const float* pixels, uint8_t* const* planes, const FloatToByte& transform,
-                        size_t n, bool stream) {
+                        size_t n, SplitStreaming stream) {
     SplitRow<4, FloatToByte>(pixels, planes, transform, n, stream);
 }
 

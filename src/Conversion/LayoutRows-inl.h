@@ -500,7 +500,7 @@ void MergeRow(const typename Transform::From* const* planes, typename Transform:
 
 template <size_t C, class Transform>
 void SplitRow(const typename Transform::From* pixels, typename Transform::To* const* planes, const Transform& transform,
-              size_t n, bool stream) {
+              size_t n, SplitStreaming stream) {
     using To = typename Transform::To;
     const auto scalar = [&](size_t first, size_t count) {
         To* rest[C];
@@ -544,7 +544,10 @@ void SplitRow(const typename Transform::From* pixels, typename Transform::To* co
         // megapixels/s against 826-978 with plain stores (AVX2 on Zen 3,
         // 4096 x 4096, one thread; 1086 against 1277 on two).
         constexpr bool kPartialLinesIntoNarrowPlanes = !kFourChannels && C > 1 && sizeof(To) < sizeof(From);
-        const size_t head = StreamingHeadOf(stream && !kPartialLinesIntoNarrowPlanes &&
+        const bool streamed =
+            stream == SplitStreaming::kAlways ||
+            (stream == SplitStreaming::kWholeLinesOnly && (planeBytes % 64 == 0 || sizeof(To) > sizeof(From)));
+        const size_t head = StreamingHeadOf(streamed && !kPartialLinesIntoNarrowPlanes &&
                                                 (planeBytes & (planeBytes - 1)) == 0,
                                             planes, C, n, sizeof(To), planeBytes, planeBytes);
         const auto steps = [&](size_t i, const auto& store) {
