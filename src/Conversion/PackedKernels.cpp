@@ -515,94 +515,60 @@ void MapSamples(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
         [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
 }
 
-// Bytes into bytes, colours unchanged (nothing to premultiply): each
-// vector of four-byte pixels comes from one load of three-byte pixels, its
-// words spread so that every 128-bit block holds the twelve bytes of its
-// four pixels, then one byte shuffle per block places the colours and
-// leaves the alpha byte zero for the alpha to be or-ed in. The load takes a
-// whole vector, a third more than its pixels, so the steps stop where that
-// would pass the end of the run and the scalar rule takes the rest.
+// Samples into samples of the same size, colours unchanged (nothing to
+// premultiply): each vector of four-sample pixels comes from one load of
+// three-sample pixels, its 32-bit words spread so that every 128-bit block
+// holds the twelve bytes of its pixels (four of bytes, two of 16-bit
+// samples), then one byte shuffle per block places the colours and leaves
+// the alpha zero for the alpha to be or-ed in. The load takes a whole
+// vector, a third more than its pixels, so the steps stop where that would
+// pass the end of the run and the scalar rule takes the rest.
 template <PixelFormat kFrom, PixelFormat kTo>
-void AddAlphaBytes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
-                   bool stream) {
+void AddAlphaSamples(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
+                     bool stream) {
     using C = Cell<kFrom, kTo>;
+    constexpr size_t kSample = kTo.sampleBytes();
+    using Pixel = std::conditional_t<kSample == 1, uint32_t, uint64_t>;
     const D32 d;
     const hn::Repartition<uint8_t, D32> d8;
-    const hn::Rebind<uint8_t, D32> dq;
-    const size_t lanes = hn::Lanes(d);
+    const hn::Repartition<Pixel, D32> dp;
+    const hn::Rebind<uint32_t, decltype(dp)> dw;
+    const hn::Rebind<uint8_t, decltype(dp)> dq;
+    const size_t lanes = hn::Lanes(d), step = hn::Lanes(dp);
     HWY_ALIGN uint32_t spread[hn::MaxLanes(d)];
     for (size_t i = 0; i < lanes; ++i) spread[i] = static_cast<uint32_t>(i / 4 * 3 + (i % 4 < 3 ? i % 4 : 2));
     const auto indices = hn::SetTableIndices(d, spread);
     constexpr int kAlpha = kTo.positionOf('A');
     HWY_ALIGN uint8_t order[16];
-    for (int p = 0; p < 4; ++p) {
-        order[4 * p + kAlpha] = 0x80;
-        for (int n = 0; n < 3; ++n) order[4 * p + C::to[n]] = static_cast<uint8_t>(3 * p + C::from[n]);
-    }
+    for (size_t p = 0; p < 4 / kSample; ++p)
+        for (size_t byte = 0; byte < kSample; ++byte) {
+            order[kSample * (4 * p + kAlpha) + byte] = 0x80;
+            for (int n = 0; n < 3; ++n)
+                order[kSample * (4 * p + C::to[n]) + byte] = static_cast<uint8_t>(kSample * (3 * p + C::from[n]) + byte);
+        }
     const auto shuffle = hn::LoadDup128(d8, order);
-    const V32 fixedAlpha = hn::Set(d, constant.integer << (8 * kAlpha));
-    const size_t overread = (lanes + 2) / 3;
-    const size_t steps = pixels > overread ? pixels - overread : 0;
-    auto* const out = reinterpret_cast<uint32_t*>(dst);
-    const auto step = [&](size_t i, auto store) {
-        const V32 words = hn::TableLookupLanes(hn::BitCast(d, hn::LoadU(d8, src + 3 * i)), indices);
-        const V32 colours = hn::BitCast(d, hn::TableLookupBytesOr0(hn::BitCast(d8, words), shuffle));
-        const V32 alpha = plane ? hn::ShiftLeft<8 * kAlpha>(hn::PromoteTo(d, hn::LoadU(dq, plane + i))) : fixedAlpha;
-        store(hn::Or(colours, alpha), out + i);
-    };
-    const auto scalar = [&](size_t first, size_t count) {
-        AddAlphaPixels<kFrom, kTo>(src + 3 * first, plane ? plane + first : nullptr, dst + 4 * first, count, constant,
-                                   false);
-    };
-    StoreRun(d, stream, dst, steps, 4, lanes, step, scalar);
-    scalar(steps, pixels - steps);
-}
-
-// 16-bit samples into 16-bit samples, colours unchanged: as AddAlphaBytes,
-// with each 128-bit block holding the twelve bytes of two six-byte pixels
-// (the same spread of 32-bit words) and the alpha in one 64-bit lane a pixel.
-template <PixelFormat kFrom, PixelFormat kTo>
-void AddAlphaWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
-                   bool stream) {
-    using C = Cell<kFrom, kTo>;
-    const D32 d;
-    const hn::Repartition<uint8_t, D32> d8;
-    const hn::Repartition<uint64_t, D32> d64;
-    const hn::Rebind<uint32_t, decltype(d64)> dh;
-    const hn::Rebind<uint8_t, decltype(d64)> dq;
-    const size_t lanes = hn::Lanes(d), step = hn::Lanes(d64);
-    HWY_ALIGN uint32_t spread[hn::MaxLanes(d)];
-    for (size_t i = 0; i < lanes; ++i) spread[i] = static_cast<uint32_t>(i / 4 * 3 + (i % 4 < 3 ? i % 4 : 2));
-    const auto indices = hn::SetTableIndices(d, spread);
-    constexpr int kAlpha = kTo.positionOf('A');
-    HWY_ALIGN uint8_t order[16];
-    for (int p = 0; p < 2; ++p) {
-        order[8 * p + 2 * kAlpha] = order[8 * p + 2 * kAlpha + 1] = 0x80;
-        for (int n = 0; n < 3; ++n)
-            for (int byte = 0; byte < 2; ++byte)
-                order[8 * p + 2 * C::to[n] + byte] = static_cast<uint8_t>(6 * p + 2 * C::from[n] + byte);
-    }
-    const auto shuffle = hn::LoadDup128(d8, order);
-    const auto fixedAlpha = hn::Set(d64, uint64_t{constant.integer} << (16 * kAlpha));
-    // An 8-bit alpha at 16 bits is v x 65535 / 255 = v x 257, exactly.
+    const auto fixedAlpha = hn::Set(dp, Pixel{constant.integer} << (8 * kSample * kAlpha));
     const auto planeAlpha = [&](size_t i) {
-        const auto words = hn::Mul(hn::PromoteTo(dh, hn::LoadU(dq, plane + i)), hn::Set(dh, 257u));
-        return hn::ShiftLeft<16 * kAlpha>(hn::PromoteTo(d64, words));
+        const auto bytes = hn::PromoteTo(dw, hn::LoadU(dq, plane + i));
+        if constexpr (kSample == 1) {
+            return hn::ShiftLeft<8 * kAlpha>(bytes);
+        } else {  // an 8-bit alpha at 16 bits is v x 65535 / 255 = v x 257, exactly
+            return hn::ShiftLeft<16 * kAlpha>(hn::PromoteTo(dp, hn::Mul(bytes, hn::Set(dw, 257u))));
+        }
     };
-    // A step loads a whole vector, a third more than its pixels' 6 x step bytes.
     const size_t overread = (step + 2) / 3;
     const size_t steps = pixels > overread ? pixels - overread : 0;
-    auto* const out = reinterpret_cast<uint64_t*>(dst);
+    auto* const out = reinterpret_cast<Pixel*>(dst);
     const auto body = [&](size_t i, auto store) {
-        const V32 words = hn::TableLookupLanes(hn::BitCast(d, hn::LoadU(d8, src + 6 * i)), indices);
-        const auto colours = hn::BitCast(d64, hn::TableLookupBytesOr0(hn::BitCast(d8, words), shuffle));
+        const V32 words = hn::TableLookupLanes(hn::BitCast(d, hn::LoadU(d8, src + 3 * kSample * i)), indices);
+        const auto colours = hn::BitCast(dp, hn::TableLookupBytesOr0(hn::BitCast(d8, words), shuffle));
         store(hn::Or(colours, plane ? planeAlpha(i) : fixedAlpha), out + i);
     };
     const auto scalar = [&](size_t first, size_t count) {
-        AddAlphaPixels<kFrom, kTo>(src + 6 * first, plane ? plane + first : nullptr, dst + 8 * first, count, constant,
-                                   false);
+        AddAlphaPixels<kFrom, kTo>(src + 3 * kSample * first, plane ? plane + first : nullptr,
+                                   dst + 4 * kSample * first, count, constant, false);
     };
-    StoreRun(d64, stream, dst, steps, 8, step, body, scalar);
+    StoreRun(dp, stream, dst, steps, 4 * kSample, step, body, scalar);
     scalar(steps, pixels - steps);
 }
 
@@ -661,14 +627,12 @@ void AddAlphaFromWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, s
 template <PixelFormat kFrom, PixelFormat kTo>
 void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_t pixels, AlphaConstant constant,
                    bool premultiply, bool stream) {
-    if constexpr (kFrom.sample == SampleKind::U8 && !kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed()) {
-        if (!premultiply) return AddAlphaBytes<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
+    if constexpr (!kFrom.packed() && !kTo.packed() && kFrom.sample == kTo.sample &&
+                  (kTo.sample == SampleKind::U8 || kTo.sample == SampleKind::U16)) {
+        if (!premultiply) return AddAlphaSamples<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
     }
     if constexpr (kFrom.packed() && kTo.sample == SampleKind::U8 && !kTo.packed() && RescalesInWords<kFrom, kTo>()) {
         if (!premultiply) return AddAlphaFromWords<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
-    }
-    if constexpr (kFrom.sample == SampleKind::U16 && kTo.sample == SampleKind::U16) {
-        if (!premultiply) return AddAlphaWords<kFrom, kTo>(src, plane, dst, pixels, constant, stream);
     }
     using C = Cell<kFrom, kTo>;
     constexpr unsigned kDepth = static_cast<unsigned>(8 * kTo.sampleBytes());
