@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Core/Streaming.h"
 #include "Geometry/GeometryMembers.h"
 #include "Geometry/Rotate90Kernels.h"
 #include "quorin/Conversion.h"
@@ -87,12 +88,13 @@ Quorin_Error Rotate90(const Quorin_Buffer* src, const Quorin_Buffer* dest, uint8
             const uint8_t* origin = s + x.crop * sr + y.crop * kBytes;
             TransposeKernel transpose = &TransposeBlocked<kBytes>;
             if constexpr (kBytes == 4) transpose = kTransposeWords.choose();
+            const bool stream = WantsStreaming(cw * ch * kBytes);
             if (rotation == 1) {
                 transpose(origin, sr, d + (H - 1 - y.offset) * dr + x.offset * kBytes, -static_cast<ptrdiff_t>(dr),
-                          static_cast<ptrdiff_t>(kBytes), cw, ch);
+                          static_cast<ptrdiff_t>(kBytes), cw, ch, stream);
             } else {
                 transpose(origin, sr, d + y.offset * dr + (W - 1 - x.offset) * kBytes, static_cast<ptrdiff_t>(dr),
-                          -static_cast<ptrdiff_t>(kBytes), cw, ch);
+                          -static_cast<ptrdiff_t>(kBytes), cw, ch, stream);
             }
         }
     }

@@ -2,8 +2,10 @@
 // tiles of pixels, loaded as four source rows of 128 bits, transposed with
 // two rounds of interleaves (32-bit, then 64-bit lanes) and stored as four
 // destination rows, reversed where the destination is walked leftward; the
-// tiles go in strips of source rows. Pixels outside whole tiles are moved
-// one by one, so no byte outside the covered rectangle is read or written.
+// tiles go in strips of source rows. Where vectors hold 256 bits, 8 x 8 tiles
+// go first, and on AVX2 large destinations are streamed whole lines at a time
+// from square tiles. Pixels outside whole tiles are moved one by one, so no
+// byte outside the covered rectangle is read or written.
 #include <cstddef>
 #include <cstdint>
 
@@ -20,23 +22,23 @@ namespace quorin::geometry::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-// Source rows i..i+7, columns j..j+7, to destination rows j..j+7: 32-bit
-// and 64-bit interleaves inside each 128-bit half, then the halves swapped
-// across. at(i, j) is where source pixel (i, j) goes.
-template <class At>
-HWY_INLINE void TileOf8(const uint8_t* src, size_t srcRowBytes, const At& at, bool rightward, size_t i, size_t j) {
-    const hn::FixedTag<uint32_t, 8> d;
-    const hn::Repartition<uint64_t, decltype(d)> d64;
-    hn::Vec<decltype(d)> r[8];
-    for (size_t k = 0; k < 8; ++k)
-        r[k] = hn::LoadU(d, reinterpret_cast<const uint32_t*>(src + (i + k) * srcRowBytes + j * 4));
+using Words8 = hn::FixedTag<uint32_t, 8>;
+
+// Source rows i..i+7, columns j..j+7 (from `s`, the pixel (i, j)): columns[m]
+// holds column j + m, rows in order. 32-bit and 64-bit interleaves inside
+// each 128-bit half, then the halves swapped across.
+HWY_INLINE void ColumnsOf8(const uint8_t* s, size_t srcRowBytes, hn::Vec<Words8> columns[8]) {
+    const Words8 d;
+    const hn::Repartition<uint64_t, Words8> d64;
+    hn::Vec<Words8> r[8];
+    for (size_t k = 0; k < 8; ++k) r[k] = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + k * srcRowBytes));
     hn::Vec<decltype(d64)> t[8];
     for (size_t k = 0; k < 4; ++k) {
         t[2 * k] = hn::BitCast(d64, hn::InterleaveLower(d, r[2 * k], r[2 * k + 1]));
         t[2 * k + 1] = hn::BitCast(d64, hn::InterleaveUpper(d, r[2 * k], r[2 * k + 1]));
     }
     // u[4h + m]: columns m and m + 4 of rows 4h..4h+3, in the low and high halves.
-    hn::Vec<decltype(d)> u[8];
+    hn::Vec<Words8> u[8];
     for (size_t h = 0; h < 2; ++h) {
         const auto* q = t + 4 * h;
         u[4 * h + 0] = hn::BitCast(d, hn::InterleaveLower(d64, q[0], q[2]));
@@ -44,19 +46,29 @@ HWY_INLINE void TileOf8(const uint8_t* src, size_t srcRowBytes, const At& at, bo
         u[4 * h + 2] = hn::BitCast(d, hn::InterleaveLower(d64, q[1], q[3]));
         u[4 * h + 3] = hn::BitCast(d, hn::InterleaveUpper(d64, q[1], q[3]));
     }
+    for (size_t m = 0; m < 8; ++m)
+        columns[m] = m < 4 ? hn::ConcatLowerLower(d, u[4 + m], u[m]) : hn::ConcatUpperUpper(d, u[m], u[m - 4]);
+}
+
+// Source rows i..i+7, columns j..j+7 to destination rows j..j+7. at(i, j)
+// is where source pixel (i, j) goes.
+template <class At>
+HWY_INLINE void TileOf8(const uint8_t* src, size_t srcRowBytes, const At& at, bool rightward, size_t i, size_t j) {
+    const Words8 d;
+    hn::Vec<Words8> columns[8];
+    ColumnsOf8(src + i * srcRowBytes + j * 4, srcRowBytes, columns);
     for (size_t m = 0; m < 8; ++m) {
-        const auto column = m < 4 ? hn::ConcatLowerLower(d, u[4 + m], u[m]) : hn::ConcatUpperUpper(d, u[m], u[m - 4]);
-        if (rightward) hn::StoreU(column, d, reinterpret_cast<uint32_t*>(at(i, j + m)));
-        else hn::StoreU(hn::Reverse(d, column), d, reinterpret_cast<uint32_t*>(at(i + 7, j + m)));
+        if (rightward) hn::StoreU(columns[m], d, reinterpret_cast<uint32_t*>(at(i, j + m)));
+        else hn::StoreU(hn::Reverse(d, columns[m]), d, reinterpret_cast<uint32_t*>(at(i + 7, j + m)));
     }
 }
 #endif
 
-void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
-                    ptrdiff_t destPixelStep, size_t across, size_t down) {
-#if HWY_TARGET == HWY_SCALAR
-    TransposeBlocked<4>(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down);
-#else
+#if HWY_TARGET != HWY_SCALAR
+// The transpose in strips of source rows, plain stores: the whole of it where
+// vectors hold 128 bits or 512, the edges the tiles leave elsewhere.
+void TransposeInStrips(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
+                       ptrdiff_t destPixelStep, size_t across, size_t down) {
     const hn::FixedTag<uint32_t, 4> d;
     const hn::Repartition<uint64_t, decltype(d)> d64;
     auto at = [&](size_t i, size_t j) {
@@ -126,6 +138,108 @@ void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdi
         for (; j < down; ++j)
             for (size_t i = i0; i < i1; ++i) one(i, j);
     }
+}
+#endif
+
+#if HWY_TARGET == HWY_AVX2
+// Source rows i..i+15, columns j..j+7: eight whole 64-byte destination lines,
+// each streamed by two stores back to back, so that every line leaves the
+// processor whole and none is read in first. `line(m)` is the start of the
+// line that takes column j + m.
+template <class Line>
+HWY_INLINE void StreamLinesOf16(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
+    const Words8 d;
+    hn::Vec<Words8> upper[8], lower[8];
+    ColumnsOf8(s, srcRowBytes, upper);
+    ColumnsOf8(s + 8 * srcRowBytes, srcRowBytes, lower);
+    for (size_t m = 0; m < 8; ++m) {
+        auto* p = reinterpret_cast<uint32_t*>(line(m));
+        hn::Stream(rightward ? upper[m] : hn::Reverse(d, lower[m]), d, p);
+        hn::Stream(rightward ? lower[m] : hn::Reverse(d, upper[m]), d, p + 8);
+    }
+}
+
+// Source rows [0, rows) by 16, columns [0, columns) by 8, in square tiles of
+// kTileSide pixels; a tile goes by bands of 16 source rows, each along its
+// width in blocks of 16 x 16 pixels, which read 16 source lines and write 16
+// destination lines whole, so no line is needed again once its block is done.
+// A tile touches 128 source and 128 destination pages; the strips meet a new
+// destination page every 8 pixels. The blocks' source lines are too scattered
+// for the processor to fetch them ahead on its own: each block asks for the
+// same block of the next tile (one tile along, or the first tile of the next
+// band of tiles).
+void StreamInTiles(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
+                   ptrdiff_t destPixelStep, size_t rows, size_t columns) {
+    constexpr size_t kTileSide = 128;
+    const bool rightward = destPixelStep > 0;
+    // Leftward walks start a band's line at its last source row.
+    const ptrdiff_t lineShift = rightward ? 0 : 15 * destPixelStep;
+    for (size_t i0 = 0; i0 < rows; i0 += kTileSide) {
+        const size_t i1 = i0 + kTileSide < rows ? i0 + kTileSide : rows;
+        for (size_t j0 = 0; j0 < columns; j0 += kTileSide) {
+            const size_t j1 = j0 + kTileSide < columns ? j0 + kTileSide : columns;
+            const bool lastAlong = j1 == columns;
+            for (size_t i = i0; i < i1; i += 16) {
+                const uint8_t* band = src + i * srcRowBytes;
+                for (size_t j = j0; j < j1; j += 8) {
+                    if ((j - j0) % 16 == 0) {
+                        const size_t nextI = lastAlong ? i + kTileSide : i, nextJ = lastAlong ? j - j0 : j + kTileSide;
+                        if (nextI + 16 <= rows && nextJ < columns)
+                            for (size_t k = 0; k < 16; ++k) hwy::Prefetch(src + (nextI + k) * srcRowBytes + nextJ * 4);
+                    }
+                    uint8_t* first = dest + static_cast<ptrdiff_t>(j) * destRowStep +
+                                     static_cast<ptrdiff_t>(i) * destPixelStep + lineShift;
+                    StreamLinesOf16(band + j * 4, srcRowBytes,
+                                    [&](size_t m) { return first + static_cast<ptrdiff_t>(m) * destRowStep; }, rightward);
+                }
+            }
+        }
+    }
+    hwy::FlushStream();
+}
+
+// The first source row whose band of 16 starts a line in every destination
+// row, or 16 where none does (rows not a whole number of lines apart, or
+// pixels off four-byte boundaries).
+size_t FirstLineStartingRow(const uint8_t* dest, ptrdiff_t destRowStep, ptrdiff_t destPixelStep) {
+    if (static_cast<size_t>(destRowStep) % 64 != 0) return 16;
+    const ptrdiff_t lineFirst = destPixelStep > 0 ? 0 : 15;
+    size_t i = 0;
+    const auto start = [&](size_t row) {
+        return reinterpret_cast<uintptr_t>(dest) +
+               static_cast<uintptr_t>((static_cast<ptrdiff_t>(row) + lineFirst) * destPixelStep);
+    };
+    while (i < 16 && start(i) % 64 != 0) ++i;
+    return i;
+}
+#endif
+
+void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
+                    ptrdiff_t destPixelStep, size_t across, size_t down, bool stream) {
+#if HWY_TARGET == HWY_SCALAR
+    TransposeBlocked<4>(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down, stream);
+#elif HWY_TARGET == HWY_AVX2
+    // Large destinations are streamed in tiles of whole lines; the source
+    // rows before the first band that starts a line, the rows after the last
+    // whole band and the columns right of the last whole tile column go by
+    // strips with plain stores.
+    const size_t head = stream ? FirstLineStartingRow(dest, destRowStep, destPixelStep) : 16;
+    const size_t rows = head < 16 && across > head ? (across - head) / 16 * 16 : 0, columns = down / 8 * 8;
+    if (rows == 0 || columns == 0) return TransposeInStrips(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down);
+    const auto at = [&](size_t i, size_t j) {
+        return dest + static_cast<ptrdiff_t>(j) * destRowStep + static_cast<ptrdiff_t>(i) * destPixelStep;
+    };
+    const uint8_t* tiled = src + head * srcRowBytes;
+    StreamInTiles(tiled, srcRowBytes, at(head, 0), destRowStep, destPixelStep, rows, columns);
+    const size_t after = head + rows;
+    TransposeInStrips(src, srcRowBytes, dest, destRowStep, destPixelStep, head, down);
+    TransposeInStrips(src + after * srcRowBytes, srcRowBytes, at(after, 0), destRowStep, destPixelStep, across - after,
+                      down);
+    TransposeInStrips(tiled + columns * 4, srcRowBytes, at(head, columns), destRowStep, destPixelStep, rows,
+                      down - columns);
+#else
+    (void)stream;
+    TransposeInStrips(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down);
 #endif
 }
 
