@@ -163,11 +163,16 @@ HWY_INLINE void StreamLinesOf16(const uint8_t* s, size_t srcRowBytes, const Line
 // kTileSide pixels; a tile goes by bands of 16 source rows, each along its
 // width in blocks of 16 x 16 pixels, which read 16 source lines and write 16
 // destination lines whole, so no line is needed again once its block is done.
-// A tile touches 128 source and 128 destination pages; the strips meet a new
-// destination page every 8 pixels. The blocks' source lines are too scattered
-// for the processor to fetch them ahead on its own: each block asks for the
-// same block of the next tile (one tile along, or the first tile of the next
-// band of tiles).
+// A tile touches 128 source and 128 destination pages, where the strips meet
+// a new destination page every 8 pixels. The blocks' source lines are too
+// scattered for the processor to fetch them ahead on its own: each block asks
+// for the same block of the next tile (one tile along, or the first tile of
+// the next band of tiles).
+// Measured on 4096 x 4096, AVX2, single-threaded: 13.5-15.5 ms a turn against
+// 23-34 ms for the strips, at the streaming copy of the same bytes (12-17 ms
+// in the same runs). Tiles of 64 and 256 pixels measured the same, 32 slower
+// (20 ms). Without the requests ahead the benchmark's back-to-back calls
+// measured the same, and calls between other copies 20-25% slower.
 void StreamInTiles(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
                    ptrdiff_t destPixelStep, size_t rows, size_t columns) {
     constexpr size_t kTileSide = 128;
