@@ -142,60 +142,94 @@ void TransposeInStrips(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, pt
 #endif
 
 #if HWY_TARGET == HWY_AVX2
-// Source rows i..i+15, columns j..j+7: eight whole 64-byte destination lines,
-// each streamed by two stores back to back, so that every line leaves the
+// The whole destination lines a block of source pixels fills: kRows source
+// rows (one 64-byte line's worth of pixels), kColumns source columns, each
+// line streamed by two stores back to back, so that every line leaves the
 // processor whole and none is read in first. `line(m)` is the start of the
 // line that takes column j + m.
-template <class Line>
-HWY_INLINE void StreamLinesOf16(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
-    const Words8 d;
-    hn::Vec<Words8> upper[8], lower[8];
-    ColumnsOf8(s, srcRowBytes, upper);
-    ColumnsOf8(s + 8 * srcRowBytes, srcRowBytes, lower);
-    for (size_t m = 0; m < 8; ++m) {
-        auto* p = reinterpret_cast<uint32_t*>(line(m));
-        hn::Stream(rightward ? upper[m] : hn::Reverse(d, lower[m]), d, p);
-        hn::Stream(rightward ? lower[m] : hn::Reverse(d, upper[m]), d, p + 8);
-    }
-}
+template <size_t kBytes>
+struct WholeLines;
 
-// Source rows [0, rows) by 16, columns [0, columns) by 8, in square tiles of
-// kTileSide pixels; a tile goes by bands of 16 source rows, each along its
-// width in blocks of 16 x 16 pixels, which read 16 source lines and write 16
-// destination lines whole, so no line is needed again once its block is done.
-// A tile touches 128 source and 128 destination pages, where the strips meet
-// a new destination page every 8 pixels. The blocks' source lines are too
-// scattered for the processor to fetch them ahead on its own: each block asks
-// for the same block of the next tile (one tile along, or the first tile of
-// the next band of tiles).
-// Measured on 4096 x 4096, AVX2, single-threaded: 13.5-15.5 ms a turn against
-// 23-34 ms for the strips, at the streaming copy of the same bytes (12-17 ms
-// in the same runs). Tiles of 64 and 256 pixels measured the same, 32 slower
-// (20 ms). Without the requests ahead the benchmark's back-to-back calls
-// measured the same, and calls between other copies 20-25% slower.
+// Four-byte pixels: 16 rows by 8 columns, two 8 x 8 tiles a line.
+template <>
+struct WholeLines<4> {
+    static constexpr size_t kRows = 16, kColumns = 8;
+    template <class Line>
+    static HWY_INLINE void Stream(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
+        const Words8 d;
+        hn::Vec<Words8> upper[8], lower[8];
+        ColumnsOf8(s, srcRowBytes, upper);
+        ColumnsOf8(s + 8 * srcRowBytes, srcRowBytes, lower);
+        for (size_t m = 0; m < 8; ++m) {
+            auto* p = reinterpret_cast<uint32_t*>(line(m));
+            hn::Stream(rightward ? upper[m] : hn::Reverse(d, lower[m]), d, p);
+            hn::Stream(rightward ? lower[m] : hn::Reverse(d, upper[m]), d, p + 8);
+        }
+    }
+};
+
+// Sixteen-byte pixels: 4 rows by 2 columns, the two pixels of a row pair's
+// vector split between two lines.
+template <>
+struct WholeLines<16> {
+    static constexpr size_t kRows = 4, kColumns = 2;
+    template <class Line>
+    static HWY_INLINE void Stream(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
+        const hn::FixedTag<uint32_t, 8> d;
+        hn::Vec<decltype(d)> r[4];
+        for (size_t k = 0; k < 4; ++k) r[k] = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + k * srcRowBytes));
+        for (size_t h = 0; h < 2; ++h) {
+            // Rows 2h and 2h + 1 of each column, in the order the line walks them.
+            const auto& first = r[rightward ? 2 * h : 3 - 2 * h];
+            const auto& second = r[rightward ? 2 * h + 1 : 2 - 2 * h];
+            hn::Stream(hn::ConcatLowerLower(d, second, first), d, reinterpret_cast<uint32_t*>(line(0)) + 8 * h);
+            hn::Stream(hn::ConcatUpperUpper(d, second, first), d, reinterpret_cast<uint32_t*>(line(1)) + 8 * h);
+        }
+    }
+};
+
+// Source rows [0, rows) by kRows, columns [0, columns) by kColumns, in square
+// tiles of 512 bytes of pixels a side; a tile goes by bands of kRows source
+// rows, each along its width in blocks of one line's pixels each way, which
+// read kRows source lines and write as many destination lines whole, so no
+// line is needed again once its block is done. A tile touches 128 source
+// and 128 destination pages, where the strips meet a new destination page
+// every 8 pixels. The blocks' source lines are too scattered for the
+// processor to fetch them ahead on its own: each block asks for the same
+// block of the next tile (one tile along, or the first tile of the next band
+// of tiles).
+// Measured on 4096 x 4096 four-byte pixels, AVX2, single-threaded: 13.5-15.5
+// ms a turn against 23-34 ms for the strips, at the streaming copy of the
+// same bytes (12-17 ms in the same runs). Tiles of 64 and 256 pixels
+// measured the same, 32 slower (20 ms). Without the requests ahead the
+// benchmark's back-to-back calls measured the same, and calls between other
+// copies 20-25% slower.
+template <size_t kBytes>
 void StreamInTiles(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
                    ptrdiff_t destPixelStep, size_t rows, size_t columns) {
-    constexpr size_t kTileSide = 128;
+    using Lines = WholeLines<kBytes>;
+    constexpr size_t kTileSide = 512 / kBytes, kLine = Lines::kRows;
     const bool rightward = destPixelStep > 0;
     // Leftward walks start a band's line at its last source row.
-    const ptrdiff_t lineShift = rightward ? 0 : 15 * destPixelStep;
+    const ptrdiff_t lineShift = rightward ? 0 : static_cast<ptrdiff_t>(kLine - 1) * destPixelStep;
     for (size_t i0 = 0; i0 < rows; i0 += kTileSide) {
         const size_t i1 = i0 + kTileSide < rows ? i0 + kTileSide : rows;
         for (size_t j0 = 0; j0 < columns; j0 += kTileSide) {
             const size_t j1 = j0 + kTileSide < columns ? j0 + kTileSide : columns;
             const bool lastAlong = j1 == columns;
-            for (size_t i = i0; i < i1; i += 16) {
+            for (size_t i = i0; i < i1; i += kLine) {
                 const uint8_t* band = src + i * srcRowBytes;
-                for (size_t j = j0; j < j1; j += 8) {
-                    if ((j - j0) % 16 == 0) {
+                for (size_t j = j0; j < j1; j += Lines::kColumns) {
+                    if ((j - j0) % kLine == 0) {
                         const size_t nextI = lastAlong ? i + kTileSide : i, nextJ = lastAlong ? j - j0 : j + kTileSide;
-                        if (nextI + 16 <= rows && nextJ < columns)
-                            for (size_t k = 0; k < 16; ++k) hwy::Prefetch(src + (nextI + k) * srcRowBytes + nextJ * 4);
+                        if (nextI + kLine <= rows && nextJ < columns)
+                            for (size_t k = 0; k < kLine; ++k)
+                                hwy::Prefetch(src + (nextI + k) * srcRowBytes + nextJ * kBytes);
                     }
                     uint8_t* first = dest + static_cast<ptrdiff_t>(j) * destRowStep +
                                      static_cast<ptrdiff_t>(i) * destPixelStep + lineShift;
-                    StreamLinesOf16(band + j * 4, srcRowBytes,
-                                    [&](size_t m) { return first + static_cast<ptrdiff_t>(m) * destRowStep; }, rightward);
+                    Lines::Stream(band + j * kBytes, srcRowBytes,
+                                  [&](size_t m) { return first + static_cast<ptrdiff_t>(m) * destRowStep; }, rightward);
                 }
             }
         }
@@ -203,19 +237,43 @@ void StreamInTiles(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdif
     hwy::FlushStream();
 }
 
-// The first source row whose band of 16 starts a line in every destination
-// row, or 16 where none does (rows not a whole number of lines apart, or
-// pixels off four-byte boundaries).
-size_t FirstLineStartingRow(const uint8_t* dest, ptrdiff_t destRowStep, ptrdiff_t destPixelStep) {
-    if (static_cast<size_t>(destRowStep) % 64 != 0) return 16;
-    const ptrdiff_t lineFirst = destPixelStep > 0 ? 0 : 15;
+// The first source row whose band of `line` rows starts a line in every
+// destination row, or `line` where none does (rows not a whole number of
+// lines apart, or pixels off four-byte boundaries).
+size_t FirstLineStartingRow(const uint8_t* dest, ptrdiff_t destRowStep, ptrdiff_t destPixelStep, size_t line) {
+    if (static_cast<size_t>(destRowStep) % 64 != 0) return line;
+    const ptrdiff_t lineFirst = destPixelStep > 0 ? 0 : static_cast<ptrdiff_t>(line) - 1;
     size_t i = 0;
     const auto start = [&](size_t row) {
         return reinterpret_cast<uintptr_t>(dest) +
                static_cast<uintptr_t>((static_cast<ptrdiff_t>(row) + lineFirst) * destPixelStep);
     };
-    while (i < 16 && start(i) % 64 != 0) ++i;
+    while (i < line && start(i) % 64 != 0) ++i;
     return i;
+}
+
+// Large destinations are streamed in tiles of whole lines; the source rows
+// before the first band that starts a line, the rows after the last whole
+// band and the columns right of the last whole block go to `edges` (the
+// same arguments as the transpose, without `stream`), which takes the whole
+// rectangle where there are no whole blocks or no streaming.
+template <size_t kBytes, class Edges>
+void StreamWholeLines(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
+                      ptrdiff_t destPixelStep, size_t across, size_t down, bool stream, const Edges& edges) {
+    using Lines = WholeLines<kBytes>;
+    const size_t head = stream ? FirstLineStartingRow(dest, destRowStep, destPixelStep, Lines::kRows) : Lines::kRows;
+    const size_t rows = head < Lines::kRows && across > head ? (across - head) / Lines::kRows * Lines::kRows : 0;
+    const size_t columns = down / Lines::kColumns * Lines::kColumns;
+    if (rows == 0 || columns == 0) return edges(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down);
+    const auto at = [&](size_t i, size_t j) {
+        return dest + static_cast<ptrdiff_t>(j) * destRowStep + static_cast<ptrdiff_t>(i) * destPixelStep;
+    };
+    const uint8_t* tiled = src + head * srcRowBytes;
+    StreamInTiles<kBytes>(tiled, srcRowBytes, at(head, 0), destRowStep, destPixelStep, rows, columns);
+    const size_t after = head + rows;
+    edges(src, srcRowBytes, dest, destRowStep, destPixelStep, head, down);
+    edges(src + after * srcRowBytes, srcRowBytes, at(after, 0), destRowStep, destPixelStep, across - after, down);
+    edges(tiled + columns * kBytes, srcRowBytes, at(head, columns), destRowStep, destPixelStep, rows, down - columns);
 }
 #endif
 
@@ -224,27 +282,23 @@ void TransposeWords(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdi
 #if HWY_TARGET == HWY_SCALAR
     TransposeBlocked<4>(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down, stream);
 #elif HWY_TARGET == HWY_AVX2
-    // Large destinations are streamed in tiles of whole lines; the source
-    // rows before the first band that starts a line, the rows after the last
-    // whole band and the columns right of the last whole tile column go by
-    // strips with plain stores.
-    const size_t head = stream ? FirstLineStartingRow(dest, destRowStep, destPixelStep) : 16;
-    const size_t rows = head < 16 && across > head ? (across - head) / 16 * 16 : 0, columns = down / 8 * 8;
-    if (rows == 0 || columns == 0) return TransposeInStrips(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down);
-    const auto at = [&](size_t i, size_t j) {
-        return dest + static_cast<ptrdiff_t>(j) * destRowStep + static_cast<ptrdiff_t>(i) * destPixelStep;
-    };
-    const uint8_t* tiled = src + head * srcRowBytes;
-    StreamInTiles(tiled, srcRowBytes, at(head, 0), destRowStep, destPixelStep, rows, columns);
-    const size_t after = head + rows;
-    TransposeInStrips(src, srcRowBytes, dest, destRowStep, destPixelStep, head, down);
-    TransposeInStrips(src + after * srcRowBytes, srcRowBytes, at(after, 0), destRowStep, destPixelStep, across - after,
-                      down);
-    TransposeInStrips(tiled + columns * 4, srcRowBytes, at(head, columns), destRowStep, destPixelStep, rows,
-                      down - columns);
+    StreamWholeLines<4>(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down, stream, &TransposeInStrips);
 #else
     (void)stream;
     TransposeInStrips(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down);
+#endif
+}
+
+// Sixteen-byte pixels are moved one by one except on AVX2, whose large
+// destinations are streamed whole lines at a time as above.
+void TransposeQuads(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
+                    ptrdiff_t destPixelStep, size_t across, size_t down, bool stream) {
+#if HWY_TARGET == HWY_AVX2
+    const auto edges = [stream](const uint8_t* s, size_t sr, uint8_t* d, ptrdiff_t rowStep, ptrdiff_t pixelStep,
+                                size_t a, size_t b) { TransposeBlocked<16>(s, sr, d, rowStep, pixelStep, a, b, stream); };
+    StreamWholeLines<16>(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down, stream, edges);
+#else
+    TransposeBlocked<16>(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down, stream);
 #endif
 }
 
@@ -255,8 +309,10 @@ HWY_AFTER_NAMESPACE();
 namespace quorin::geometry {
 
 HWY_EXPORT(TransposeWords);
+HWY_EXPORT(TransposeQuads);
 
 const KernelPair<TransposeKernel> kTransposeWords{&TransposeBlocked<4>, HWY_DISPATCH_TABLE(TransposeWords)};
+const KernelPair<TransposeKernel> kTransposeQuads{&TransposeBlocked<16>, HWY_DISPATCH_TABLE(TransposeQuads)};
 
 }  // namespace quorin::geometry
 #endif

@@ -58,5 +58,8 @@ using TransposeKernel = void (*)(const uint8_t* src, size_t srcRowBytes, uint8_t
 // Four-byte pixels: TransposeBlocked<4> and its vector twin of 4 x 4 and
 // 8 x 8 tiles (Rotate90Kernels.cpp), the same bytes either way.
 extern const KernelPair<TransposeKernel> kTransposeWords;
+// Sixteen-byte pixels: TransposeBlocked<16> and its vector twin, which
+// streams large destinations whole lines at a time where vectors hold 256 bits.
+extern const KernelPair<TransposeKernel> kTransposeQuads;
 
 }  // namespace quorin::geometry

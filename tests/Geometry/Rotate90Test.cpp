@@ -111,14 +111,15 @@ TEST(Rotate90, StreamedQuarterTurnsAtEveryLineOffset) {
     // the rows before the first whole line, the partial bands, tiles and
     // columns all occur; cropped and offset, more than a tile each way.
     const StreamingForced streaming;
-    const Rotate90Member& m = geometry::kRotate90ARGB8888;
-    for (const unsigned r : {1u, 3u})
-        for (const size_t offset : {0, 2, 4, 20, 60})
-            for (const int d : {-5, 0, 7}) {
-                const size_t sw = 150, sh = 291, dw = sh + d, dh = sw - d;
-                ExpectTurn(m, sw, sh, dw, dh, r, d > 0, (64 - dw * 4 % 64) % 64, offset);
-                if (testing::Test::HasFailure()) return;
-            }
+    for (const Rotate90Member* m : geometry::kRotate90Members)
+        for (const unsigned r : {1u, 3u})
+            for (const size_t offset : {0, 2, 4, 20, 60})
+                for (const int d : {-5, 0, 7}) {
+                    const size_t sw = 150, sh = 291, dw = sh + d, dh = sw - d;
+                    const size_t rowBytes = dw * m->format.pixelBytes();
+                    ExpectTurn(*m, sw, sh, dw, dh, r, d > 0, (64 - rowBytes % 64) % 64, offset);
+                    if (testing::Test::HasFailure()) return;
+                }
 }
 
 TEST(Rotate90, WorkedExamples) {
