@@ -113,7 +113,7 @@ TEST(Rotate90, StreamedQuarterTurnsAtEveryLineOffset) {
     const StreamingForced streaming;
     for (const Rotate90Member* m : geometry::kRotate90Members)
         for (const unsigned r : {1u, 3u})
-            for (const size_t offset : {0, 2, 4, 20, 60})
+            for (const size_t offset : {0, 2, 4, 16, 20, 48, 60})
                 for (const int d : {-5, 0, 7}) {
                     const size_t sw = 150, sh = 291, dw = sh + d, dh = sw - d;
                     const size_t rowBytes = dw * m->format.pixelBytes();
