@@ -175,15 +175,18 @@ struct WholeLines<16> {
     static constexpr size_t kRows = 4, kColumns = 2;
     template <class Line>
     static HWY_INLINE void Stream(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
-        const hn::FixedTag<uint32_t, 8> d;
-        hn::Vec<decltype(d)> r[4];
+        const Words8 d;
+        hn::Vec<Words8> r[4];
         for (size_t k = 0; k < 4; ++k) r[k] = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + k * srcRowBytes));
-        for (size_t h = 0; h < 2; ++h) {
-            // Rows 2h and 2h + 1 of each column, in the order the line walks them.
-            const auto& first = r[rightward ? 2 * h : 3 - 2 * h];
-            const auto& second = r[rightward ? 2 * h + 1 : 2 - 2 * h];
-            hn::Stream(hn::ConcatLowerLower(d, second, first), d, reinterpret_cast<uint32_t*>(line(0)) + 8 * h);
-            hn::Stream(hn::ConcatUpperUpper(d, second, first), d, reinterpret_cast<uint32_t*>(line(1)) + 8 * h);
+        for (size_t c = 0; c < 2; ++c) {
+            auto* p = reinterpret_cast<uint32_t*>(line(c));
+            for (size_t h = 0; h < 2; ++h) {
+                // The line's rows 2h and 2h + 1, in the order it walks them.
+                const auto& first = r[rightward ? 2 * h : 3 - 2 * h];
+                const auto& second = r[rightward ? 2 * h + 1 : 2 - 2 * h];
+                hn::Stream(c == 0 ? hn::ConcatLowerLower(d, second, first) : hn::ConcatUpperUpper(d, second, first), d,
+                           p + 8 * h);
+            }
         }
     }
 };
@@ -200,8 +203,9 @@ struct WholeLines<16> {
 // of tiles).
 // Measured on 4096 x 4096 four-byte pixels, AVX2, single-threaded: 13.5-15.5
 // ms a turn against 23-34 ms for the strips, 52-60% of the streaming copy's
-// bytes a second in the same runs; sixteen-byte pixels 55-63 ms against 110-
-// 122 ms moved one by one. Tiles of 64 and 256 pixels measured the same, 32
+// bytes a second in the same runs; sixteen-byte pixels 44-46 ms against 110-
+// 122 ms moved one by one (56 ms when their two lines took their halves in
+// turn rather than one line after the other). Tiles of 64 and 256 pixels measured the same, 32
 // slower (20 ms). Without the requests ahead the benchmark's back-to-back
 // calls measured the same, and calls between other copies 20-25% slower.
 template <size_t kBytes>
