@@ -8,6 +8,7 @@
 // byte outside the covered rectangle is read or written.
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Geometry/Rotate90Kernels.cpp"
@@ -142,59 +143,52 @@ void TransposeInStrips(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, pt
 #endif
 
 #if HWY_TARGET == HWY_AVX2
-// The whole destination lines a block of source pixels fills: kRows source
-// rows (one 64-byte line's worth of pixels), kColumns source columns, each
-// line streamed by two stores back to back, so that every line leaves the
-// processor whole and none is read in first. `line(m)` is the start of the
-// line that takes column j + m.
+// A block of source pixels fills whole destination lines: kLineRows<kBytes>
+// source rows (one 64-byte line's worth of pixels) by kBlockColumns<kBytes>
+// source columns, one line each.
 template <size_t kBytes>
-struct WholeLines;
+inline constexpr size_t kLineRows = 64 / kBytes;
+template <size_t kBytes>
+inline constexpr size_t kBlockColumns = kBytes == 4 ? 8 : 2;
 
-// Four-byte pixels: 16 rows by 8 columns, two 8 x 8 tiles a line.
-template <>
-struct WholeLines<4> {
-    static constexpr size_t kRows = 16, kColumns = 8;
-    template <class Line>
-    static HWY_INLINE void Stream(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
-        const Words8 d;
+// Streams a block's lines, each by its two 32-byte halves back to back, so
+// that every line leaves the processor whole and none is read in first
+// (sixteen-byte pixels measured 56 ms for 4096 x 4096 where two lines took
+// their halves in turn, 44-46 ms this way). `line(m)` is the start of the
+// line that takes column j + m.
+template <size_t kBytes, class Line>
+HWY_INLINE void StreamBlock(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
+    static_assert(kBytes == 4 || kBytes == 16);
+    const Words8 d;
+    hn::Vec<Words8> first[kBlockColumns<kBytes>], second[kBlockColumns<kBytes>];
+    if constexpr (kBytes == 4) {
+        // Two 8 x 8 tiles a line.
         hn::Vec<Words8> upper[8], lower[8];
         ColumnsOf8(s, srcRowBytes, upper);
         ColumnsOf8(s + 8 * srcRowBytes, srcRowBytes, lower);
         for (size_t m = 0; m < 8; ++m) {
-            auto* p = reinterpret_cast<uint32_t*>(line(m));
-            hn::Stream(rightward ? upper[m] : hn::Reverse(d, lower[m]), d, p);
-            hn::Stream(rightward ? lower[m] : hn::Reverse(d, upper[m]), d, p + 8);
+            first[m] = rightward ? upper[m] : hn::Reverse(d, lower[m]);
+            second[m] = rightward ? lower[m] : hn::Reverse(d, upper[m]);
         }
-    }
-};
-
-// Sixteen-byte pixels: 4 rows by 2 columns, the two pixels of a row pair's
-// vector split between two lines.
-template <>
-struct WholeLines<16> {
-    static constexpr size_t kRows = 4, kColumns = 2;
-    template <class Line>
-    static HWY_INLINE void Stream(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
-        const Words8 d;
+    } else {
+        // The two pixels of a row pair's vector go to two lines.
         hn::Vec<Words8> r[4];
         for (size_t k = 0; k < 4; ++k) r[k] = hn::LoadU(d, reinterpret_cast<const uint32_t*>(s + k * srcRowBytes));
-        for (size_t c = 0; c < 2; ++c) {
-            auto* p = reinterpret_cast<uint32_t*>(line(c));
-            for (size_t h = 0; h < 2; ++h) {
-                // The line's rows 2h and 2h + 1, in the order it walks them.
-                const auto& first = r[rightward ? 2 * h : 3 - 2 * h];
-                const auto& second = r[rightward ? 2 * h + 1 : 2 - 2 * h];
-                hn::Stream(c == 0 ? hn::ConcatLowerLower(d, second, first) : hn::ConcatUpperUpper(d, second, first), d,
-                           p + 8 * h);
-            }
-        }
+        if (!rightward) std::swap(r[0], r[3]), std::swap(r[1], r[2]);
+        first[0] = hn::ConcatLowerLower(d, r[1], r[0]), first[1] = hn::ConcatUpperUpper(d, r[1], r[0]);
+        second[0] = hn::ConcatLowerLower(d, r[3], r[2]), second[1] = hn::ConcatUpperUpper(d, r[3], r[2]);
     }
-};
+    for (size_t m = 0; m < kBlockColumns<kBytes>; ++m) {
+        auto* p = reinterpret_cast<uint32_t*>(line(m));
+        hn::Stream(first[m], d, p);
+        hn::Stream(second[m], d, p + 8);
+    }
+}
 
-// Source rows [0, rows) by kRows, columns [0, columns) by kColumns, in square
-// tiles of 512 bytes of pixels a side; a tile goes by bands of kRows source
+// Source rows [0, rows) by kLineRows, columns [0, columns) by kBlockColumns, in square
+// tiles of 512 bytes of pixels a side; a tile goes by bands of kLineRows source
 // rows, each along its width in blocks of one line's pixels each way, which
-// read kRows source lines and write as many destination lines whole, so no
+// read kLineRows source lines and write as many destination lines whole, so no
 // line is needed again once its block is done. A tile touches 128 source
 // and 128 destination pages, where the strips meet a new destination page
 // every 8 pixels. The blocks' source lines are too scattered for the
@@ -204,15 +198,13 @@ struct WholeLines<16> {
 // Measured on 4096 x 4096 four-byte pixels, AVX2, single-threaded: 13.5-15.5
 // ms a turn against 23-34 ms for the strips, 52-60% of the streaming copy's
 // bytes a second in the same runs; sixteen-byte pixels 44-46 ms against 110-
-// 122 ms moved one by one (56 ms when their two lines took their halves in
-// turn rather than one line after the other). Tiles of 64 and 256 pixels measured the same, 32
+// 122 ms moved one by one. Tiles of 64 and 256 pixels measured the same, 32
 // slower (20 ms). Without the requests ahead the benchmark's back-to-back
 // calls measured the same, and calls between other copies 20-25% slower.
 template <size_t kBytes>
 void StreamInTiles(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
                    ptrdiff_t destPixelStep, size_t rows, size_t columns) {
-    using Lines = WholeLines<kBytes>;
-    constexpr size_t kTileSide = 512 / kBytes, kLine = Lines::kRows;
+    constexpr size_t kTileSide = 512 / kBytes, kLine = kLineRows<kBytes>;
     const bool rightward = destPixelStep > 0;
     // Leftward walks start a band's line at its last source row.
     const ptrdiff_t lineShift = rightward ? 0 : static_cast<ptrdiff_t>(kLine - 1) * destPixelStep;
@@ -223,7 +215,7 @@ void StreamInTiles(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdif
             const bool lastAlong = j1 == columns;
             for (size_t i = i0; i < i1; i += kLine) {
                 const uint8_t* band = src + i * srcRowBytes;
-                for (size_t j = j0; j < j1; j += Lines::kColumns) {
+                for (size_t j = j0; j < j1; j += kBlockColumns<kBytes>) {
                     if ((j - j0) % kLine == 0) {
                         const size_t nextI = lastAlong ? i + kTileSide : i, nextJ = lastAlong ? j - j0 : j + kTileSide;
                         if (nextI + kLine <= rows && nextJ < columns)
@@ -232,8 +224,9 @@ void StreamInTiles(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdif
                     }
                     uint8_t* first = dest + static_cast<ptrdiff_t>(j) * destRowStep +
                                      static_cast<ptrdiff_t>(i) * destPixelStep + lineShift;
-                    Lines::Stream(band + j * kBytes, srcRowBytes,
-                                  [&](size_t m) { return first + static_cast<ptrdiff_t>(m) * destRowStep; }, rightward);
+                    StreamBlock<kBytes>(band + j * kBytes, srcRowBytes,
+                                        [&](size_t m) { return first + static_cast<ptrdiff_t>(m) * destRowStep; },
+                                        rightward);
                 }
             }
         }
@@ -264,10 +257,10 @@ size_t FirstLineStartingRow(const uint8_t* dest, ptrdiff_t destRowStep, ptrdiff_
 template <size_t kBytes, class Edges>
 void StreamWholeLines(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
                       ptrdiff_t destPixelStep, size_t across, size_t down, bool stream, const Edges& edges) {
-    using Lines = WholeLines<kBytes>;
-    const size_t head = stream ? FirstLineStartingRow(dest, destRowStep, destPixelStep, Lines::kRows) : Lines::kRows;
-    const size_t rows = head < Lines::kRows && across > head ? (across - head) / Lines::kRows * Lines::kRows : 0;
-    const size_t columns = down / Lines::kColumns * Lines::kColumns;
+    constexpr size_t kLine = kLineRows<kBytes>, kColumns = kBlockColumns<kBytes>;
+    const size_t head = stream ? FirstLineStartingRow(dest, destRowStep, destPixelStep, kLine) : kLine;
+    const size_t rows = head < kLine && across > head ? (across - head) / kLine * kLine : 0;
+    const size_t columns = down / kColumns * kColumns;
     if (rows == 0 || columns == 0) return edges(src, srcRowBytes, dest, destRowStep, destPixelStep, across, down);
     const auto at = [&](size_t i, size_t j) {
         return dest + static_cast<ptrdiff_t>(j) * destRowStep + static_cast<ptrdiff_t>(i) * destPixelStep;
