@@ -154,7 +154,7 @@ inline constexpr size_t kBlockColumns = kBytes == 4 ? 8 : 2;
 // Streams a block's lines, each by its two 32-byte halves back to back, so
 // that every line leaves the processor whole and none is read in first
 // (sixteen-byte pixels measured 56 ms for 4096 x 4096 where two lines took
-// their halves in turn, 44-46 ms this way). `line(m)` is the start of the
+// their halves in turn, 40-46 ms this way). `line(m)` is the start of the
 // line that takes column j + m.
 template <size_t kBytes, class Line>
 HWY_INLINE void StreamBlock(const uint8_t* s, size_t srcRowBytes, const Line& line, bool rightward) {
@@ -197,7 +197,7 @@ HWY_INLINE void StreamBlock(const uint8_t* s, size_t srcRowBytes, const Line& li
 // of tiles).
 // Measured on 4096 x 4096 four-byte pixels, AVX2, single-threaded: 13.5-15.5
 // ms a turn against 23-34 ms for the strips, 52-60% of the streaming copy's
-// bytes a second in the same runs; sixteen-byte pixels 44-46 ms against 110-
+// bytes a second in the same runs; sixteen-byte pixels 40-46 ms against 110-
 // 122 ms moved one by one. Tiles of 64 and 256 pixels measured the same, 32
 // slower (20 ms). Without the requests ahead the benchmark's back-to-back
 // calls measured the same, and calls between other copies 20-25% slower.
