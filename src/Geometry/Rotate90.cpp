@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Core/Streaming.h"
 #include "Geometry/GeometryMembers.h"
 #include "Geometry/Rotate90Kernels.h"
 #include "quorin/Conversion.h"
@@ -38,6 +39,7 @@ template <PixelFormat F>
 Quorin_Error Rotate90(const Quorin_Buffer* src, const Quorin_Buffer* dest, uint8_t rotation, const void* background,
                       Quorin_Flags flags) {
     constexpr size_t kBytes = F.pixelBytes();
+    static_assert(kBytes == 4 || kBytes == 16, "the transposes move four- or sixteen-byte pixels");
     const Operand operands[] = {{src, kBytes}, {dest, kBytes}};
     const std::span<const CheckStep> steps = kRotate90Checks;
     if (const Quorin_Error error = RunChecks(steps.first(kRotationTestedAfter), operands, flags)) return error;
@@ -85,14 +87,14 @@ Quorin_Error Rotate90(const Quorin_Buffer* src, const Quorin_Buffer* dest, uint8
             // source rows. Rotation 1 writes rows upward from the bottom,
             // rotation 3 each row from its right end leftward.
             const uint8_t* origin = s + x.crop * sr + y.crop * kBytes;
-            TransposeKernel transpose = &TransposeBlocked<kBytes>;
-            if constexpr (kBytes == 4) transpose = kTransposeWords.choose();
+            const TransposeKernel transpose = (kBytes == 4 ? kTransposeWords : kTransposeQuads).choose();
+            const bool stream = WantsStreaming(cw * ch * kBytes);
             if (rotation == 1) {
                 transpose(origin, sr, d + (H - 1 - y.offset) * dr + x.offset * kBytes, -static_cast<ptrdiff_t>(dr),
-                          static_cast<ptrdiff_t>(kBytes), cw, ch);
+                          static_cast<ptrdiff_t>(kBytes), cw, ch, stream);
             } else {
                 transpose(origin, sr, d + y.offset * dr + (W - 1 - x.offset) * kBytes, static_cast<ptrdiff_t>(dr),
-                          -static_cast<ptrdiff_t>(kBytes), cw, ch);
+                          -static_cast<ptrdiff_t>(kBytes), cw, ch, stream);
             }
         }
     }

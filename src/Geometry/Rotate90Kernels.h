@@ -30,9 +30,10 @@ inline constexpr size_t kTransposeBlock = kBytes <= 4 ? 32 : 16;
 // For i < across and j < down: the pixel at src + i * srcRowBytes + j * kBytes
 // goes to dest + j * destRowStep + i * destPixelStep. The steps may be
 // negative: the quarter turns walk the destination upward or leftward.
+// `stream` asks for stores that bypass the caches where the kernel has them.
 template <size_t kBytes>
 void TransposeBlocked(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
-                      ptrdiff_t destPixelStep, size_t across, size_t down) {
+                      ptrdiff_t destPixelStep, size_t across, size_t down, bool /*stream*/) {
     constexpr size_t B = kTransposeBlock<kBytes>;
     for (size_t j0 = 0; j0 < down; j0 += B) {
         const size_t j1 = j0 + B < down ? j0 + B : down;
@@ -52,10 +53,13 @@ void TransposeBlocked(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptr
 inline constexpr size_t kTransposeStrip = 64;
 
 using TransposeKernel = void (*)(const uint8_t* src, size_t srcRowBytes, uint8_t* dest, ptrdiff_t destRowStep,
-                                 ptrdiff_t destPixelStep, size_t across, size_t down);
+                                 ptrdiff_t destPixelStep, size_t across, size_t down, bool stream);
 
-// Four-byte pixels: TransposeBlocked<4> and its vector twin of 4 x 4 tiles
-// (Rotate90Kernels.cpp), the same bytes either way.
+// Four-byte pixels: TransposeBlocked<4> and its vector twin of 4 x 4 and
+// 8 x 8 tiles (Rotate90Kernels.cpp), the same bytes either way.
 extern const KernelPair<TransposeKernel> kTransposeWords;
+// Sixteen-byte pixels: TransposeBlocked<16> and its vector twin, which
+// streams large destinations whole lines at a time where vectors hold 256 bits.
+extern const KernelPair<TransposeKernel> kTransposeQuads;
 
 }  // namespace quorin::geometry

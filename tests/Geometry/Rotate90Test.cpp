@@ -51,11 +51,15 @@ std::vector<std::vector<uint8_t>> Expected(const GuardedImage& src, const Guarde
     return out;
 }
 
-void ExpectTurn(const Rotate90Member& m, size_t sw, size_t sh, size_t dw, size_t dh, unsigned r, bool withBackground) {
+// The destination's rows end in `destPadding` bytes and its first pixel lies
+// `destOffset` bytes into a 64-byte line.
+void ExpectTurn(const Rotate90Member& m, size_t sw, size_t sh, size_t dw, size_t dh, unsigned r, bool withBackground,
+                size_t destPadding = 4, size_t destOffset = 0) {
     SCOPED_TRACE(testing::Message() << m.name << " " << sw << "x" << sh << " -> " << dw << "x" << dh << " turn " << r
-                                    << (withBackground ? " with background" : ""));
+                                    << (withBackground ? " with background" : "") << " destination offset "
+                                    << destOffset);
     const size_t bytes = m.format.pixelBytes();
-    GuardedImage src(sw, sh, bytes, 3 * 4, 4), dest(dw, dh, bytes, 4);
+    GuardedImage src(sw, sh, bytes, 3 * 4, 4), dest(dw, dh, bytes, destPadding, destOffset);
     src.fillRandom(sw * 7 + sh);
     dest.fillRandom(dw * 5 + dh);
     std::vector<uint8_t> background(bytes);
@@ -99,6 +103,23 @@ TEST(Rotate90, QuarterTurnsLongerThanATransposeStrip) {
                 ExpectTurn(*m, sw, sh, sh + d, sw - d, r, d > 0);
                 if (testing::Test::HasFailure()) return;
             }
+}
+
+TEST(Rotate90, StreamedQuarterTurnsAtEveryLineOffset) {
+    // Streamed destinations whose rows are whole lines apart, the first pixel
+    // at several places in a line (and off four-byte boundaries), so that
+    // the rows before the first whole line, the partial bands, tiles and
+    // columns all occur; cropped and offset, more than a tile each way.
+    const StreamingForced streaming;
+    for (const Rotate90Member* m : geometry::kRotate90Members)
+        for (const unsigned r : {1u, 3u})
+            for (const size_t offset : {0, 2, 4, 16, 20, 48, 60})
+                for (const int d : {-5, 0, 7}) {
+                    const size_t sw = 150, sh = 291, dw = sh + d, dh = sw - d;
+                    const size_t rowBytes = dw * m->format.pixelBytes();
+                    ExpectTurn(*m, sw, sh, dw, dh, r, d > 0, (64 - rowBytes % 64) % 64, offset);
+                    if (testing::Test::HasFailure()) return;
+                }
 }
 
 TEST(Rotate90, WorkedExamples) {
