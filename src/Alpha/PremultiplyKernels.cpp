@@ -6,7 +6,8 @@
 // moves across 128-bit blocks:
 //  - 8-bit: one pixel per u32 lane. Its even bytes (channels 0, 2) and odd
 //    bytes (1, 3) become u16 lanes, multiplied there by the pixel's alpha,
-//    which is spread into both u16 halves of the lane.
+//    which is spread into both u16 halves of the lane. (The AVX2 unpremultiply
+//    widens each channel to the whole lane and divides in single precision.)
 //  - 16-bit: one pixel per u64 lane; its even and odd channels become u32
 //    lanes beside a copy of the alpha in both u32 lanes of the pixel.
 //  - float: one pixel per 128-bit block; alpha is broadcast within the block.
@@ -154,7 +155,7 @@ struct Premultiply8Body {
     }
 };
 
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#if HWY_TARGET != HWY_AVX2
 // (min(c, a) * 255 + a / 2) / a for u16 lanes, given a, d = max(a, 1), d - 1
 // and the reciprocal of d (DivideByAlpha, whose dividends may reach 255.5 d).
 // min(c, a) keeps the quotient within 255, which is also the rule's result
@@ -218,8 +219,13 @@ HWY_INLINE V32 Channel8(V32 pixels) {
 // as in the rule. Alpha 0 gives s = -255 x 2^12 and q <= 0 for every
 // colour: the rule's 0, with no infinity or NaN. Every q lies far inside
 // the int32 range, and the pack saturates each to 0..255. Against the 16-bit
-// division with its exact correction (kept for AVX-512), no multiplication
-// of integers and one division per eight pixels instead of per sixteen slots.
+// division with its exact correction: no multiplication of integers, one
+// division per eight pixels instead of per sixteen slots. Zen 3, 1024 x 1024
+// ARGB8888 single-threaded, 41 interleaved calls each (medians): 532 us
+// against 613 for the 16-bit division (libyuv's unattenuate 589). The other
+// targets keep the 16-bit division: on SSE4, where the conversion and the
+// pack take several instructions each, this body measured 519 megapixels/s
+// against 746; AVX-512 was not measured.
 template <size_t kAlpha>
 struct Unpremultiply8Body {
     Bytes operator()(const uint8_t* src) const {
@@ -238,7 +244,7 @@ struct Unpremultiply8Body {
                                                         channel(std::integral_constant<size_t, 3>())));
     }
 };
-#endif  // HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#endif  // HWY_TARGET != HWY_AVX2
 
 struct Premultiply8PlaneBody {
     Bytes operator()(const uint8_t* src, const uint8_t* alpha) const {
