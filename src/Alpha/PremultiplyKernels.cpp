@@ -6,7 +6,8 @@
 // moves across 128-bit blocks:
 //  - 8-bit: one pixel per u32 lane. Its even bytes (channels 0, 2) and odd
 //    bytes (1, 3) become u16 lanes, multiplied there by the pixel's alpha,
-//    which is spread into both u16 halves of the lane.
+//    which is spread into both u16 halves of the lane. (The AVX2 unpremultiply
+//    widens each channel to the whole lane and divides in single precision.)
 //  - 16-bit: one pixel per u64 lane; its even and odd channels become u32
 //    lanes beside a copy of the alpha in both u32 lanes of the pixel.
 //  - float: one pixel per 128-bit block; alpha is broadcast within the block.
@@ -17,6 +18,7 @@
 // large destinations (except the 8-bit unpremultiply, measured faster with
 // plain ones).
 #include <cstdint>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Alpha/PremultiplyKernels.cpp"
@@ -153,6 +155,7 @@ struct Premultiply8Body {
     }
 };
 
+#if HWY_TARGET != HWY_AVX2
 // (min(c, a) * 255 + a / 2) / a for u16 lanes, given a, d = max(a, 1), d - 1
 // and the reciprocal of d (DivideByAlpha, whose dividends may reach 255.5 d).
 // min(c, a) keeps the quotient within 255, which is also the rule's result
@@ -182,6 +185,66 @@ struct Unpremultiply8Body {
                               hn::BitCast(d8, JoinBytes(even, odd)));
     }
 };
+
+#else
+// Channel k of each pixel zero-extended into the pixel's u32 lane: the last
+// by a shift, the first by a mask, a middle one by one byte shuffle (a shift
+// and a mask would take two instructions).
+template <size_t k>
+struct ChannelToLane8 {
+    static constexpr uint8_t z = 0x80;
+    alignas(16) static constexpr uint8_t kIndices[16] = {k,     z, z, z, k + 4,  z, z, z,
+                                                         k + 8, z, z, z, k + 12, z, z, z};
+};
+
+template <size_t k>
+HWY_INLINE V32 Channel8(V32 pixels) {
+    if constexpr (k == 3) return hn::ShiftRight<24>(pixels);
+    else if constexpr (k == 0) return hn::And(pixels, hn::Set(D32(), 0xFFu));
+    else
+        return hn::BitCast(D32(), hn::TableLookupBytesOr0(hn::BitCast(D8(), pixels),
+                                                          hn::LoadDup128(D8(), ChannelToLane8<k>::kIndices)));
+}
+
+// One pixel per u32 lane, in single precision: q = trunc(c s + 1/2) with
+// s = 255 / (a - d), d = 2^-12, every operation rounded. For a > 0 this is
+// the rule's (c * 255 + a / 2) / a: for whole numbers floor((255 c + a / 2) / a)
+// equals floor((255 c + floor(a / 2)) / a), which is floor(t) for
+// t = 255 c / a + 1/2, a multiple of 1 / (2 a). Lowering the divisor by d
+// raises t by 255 c d / (a (a - d)), under 1 / (2 a) for c <= a, so never to
+// the next multiple, yet by more than the three roundings (each within
+// 2^-24 of t) can take from a t that is a whole number. The tests try every
+// colour with every alpha; any d from 1.5e-5 to 2e-3 gives the rule's
+// bytes. A colour above its alpha only raises q past 255, which saturates
+// as in the rule. Alpha 0 gives s = -255 x 2^12 and q <= 0 for every
+// colour: the rule's 0, with no infinity or NaN. Every q lies far inside
+// the int32 range, and the pack saturates each to 0..255. Against the 16-bit
+// division with its exact correction: no multiplication of integers, one
+// division per eight pixels instead of per sixteen slots. Zen 3, 1024 x 1024
+// ARGB8888 single-threaded, 41 interleaved calls each (medians): 532 us
+// against 613 for the 16-bit division (libyuv's unattenuate 589). The other
+// targets keep the 16-bit division: on SSE4, where the conversion and the
+// pack take several instructions each, this body measured 519 megapixels/s
+// against 746; AVX-512 was not measured.
+template <size_t kAlpha>
+struct Unpremultiply8Body {
+    Bytes operator()(const uint8_t* src) const {
+        const DF df;
+        const DI32 di;
+        const V32 pixels = hn::BitCast(D32(), hn::LoadU(D8(), src));
+        const V32 alpha = Channel8<kAlpha>(pixels);
+        const auto scale = hn::Div(hn::Set(df, 255.0f), hn::Sub(ToFloat(alpha), hn::Set(df, 1.0f / 4096)));
+        const auto channel = [&](auto k) {
+            if constexpr (k == kAlpha) return hn::BitCast(di, alpha);
+            else return TruncateInRange(di, hn::Add(hn::Mul(ToFloat(Channel8<k>(pixels)), scale), hn::Set(df, 0.5f)));
+        };
+        return hn::BitCast(D8(), PackClampedPixelBytes(di, channel(std::integral_constant<size_t, 0>()),
+                                                        channel(std::integral_constant<size_t, 1>()),
+                                                        channel(std::integral_constant<size_t, 2>()),
+                                                        channel(std::integral_constant<size_t, 3>())));
+    }
+};
+#endif  // HWY_TARGET != HWY_AVX2
 
 struct Premultiply8PlaneBody {
     Bytes operator()(const uint8_t* src, const uint8_t* alpha) const {
