@@ -447,6 +447,74 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
     }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
 }
 
+// Four-byte pixels of bytes into words of fields, each pixel worked in
+// place as its two 16-bit halves rather than de-interleaved: one saturating
+// add puts every byte's rounding addend in, the bytes of each parity (0 and
+// 2, 1 and 3) are brought to the bottom of their halves and multiplied high
+// by their rule's multiplier (0 for the alpha byte), and a multiply-add of
+// each 32-bit lane's halves by powers of two places the fields in the low
+// half, which one narrow keeps. It takes the narrowing rules that multiply
+// the byte itself (no shift) and give at 255 what they give at every sum
+// past it.
+template <PixelFormat kFrom, PixelFormat kTo>
+constexpr bool PacksInPlace() {
+    if constexpr (kFrom.sample != SampleKind::U8 || kFrom.channels != 4 || kFrom.packed() || !kTo.packed() ||
+                  !RescalesInWords<kFrom, kTo>()) {
+        return false;
+    } else {
+        for (const WordRescale& r : WordRescales<kFrom, kTo>::rules) {
+            if (r.form != WordForm::Narrow || r.shift != 0) return false;
+            for (uint32_t v = 0; v <= 255; ++v)
+                if ((std::min(v + r.addend, 255u) * r.multiplier) >> 16 != packed::Rescale(v, 8, r.to)) return false;
+        }
+        return true;
+    }
+}
+static_assert(PacksInPlace<kARGB8888, kRGB565>() && PacksInPlace<kARGB8888, kBGR565>() &&
+              PacksInPlace<kRGBA8888, kRGB565>() && PacksInPlace<kRGBA8888, kBGR565>());
+
+template <PixelFormat kFrom, PixelFormat kTo>
+void PackInPlace(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    using C = Cell<kFrom, kTo>;
+    const D32 d;
+    const hn::Repartition<uint8_t, D32> d8;
+    const hn::Repartition<uint16_t, D32> d16;
+    const hn::Repartition<int16_t, D32> di16;
+    const hn::RebindToSigned<D32> di;
+    using V16 = hn::Vec<decltype(d16)>;
+    const size_t quarter = hn::Lanes(d), step = hn::Lanes(d16);
+    // Per byte of a pixel: its rule's addend; per parity, per half: the
+    // multiplier and the field's weight 2^shift (0 and 0 for alpha).
+    uint32_t addends = 0, multipliers[2] = {0, 0}, weights[2] = {0, 0};
+    for (int n = 0; n < 3; ++n) {
+        const WordRescale& r = WordRescales<kFrom, kTo>::rules[n];
+        const int byte = C::from[n], half = 16 * (byte / 2);
+        addends |= uint32_t{r.addend} << (8 * byte);
+        multipliers[byte % 2] |= uint32_t{r.multiplier} << half;
+        weights[byte % 2] |= (uint32_t{1} << kTo.fields[C::to[n]].shift) << half;
+    }
+    const auto addend = hn::BitCast(d8, hn::Set(d, addends));
+    const V16 multiplier[2] = {hn::BitCast(d16, hn::Set(d, multipliers[0])), hn::BitCast(d16, hn::Set(d, multipliers[1]))};
+    const hn::Vec<decltype(di16)> weight[2] = {hn::BitCast(di16, hn::Set(d, weights[0])),
+                                               hn::BitCast(di16, hn::Set(d, weights[1]))};
+    const auto words = [&](const uint8_t* in) {
+        const V16 q = hn::BitCast(d16, hn::SaturatedAdd(hn::LoadU(d8, in), addend));
+        const V16 even = hn::MulHigh(hn::And(q, hn::Set(d16, 0xFF)), multiplier[0]);
+        const V16 odd = hn::MulHigh(hn::ShiftRight<8>(q), multiplier[1]);
+        auto more = hn::Zero(di);
+        const auto sum = hn::ReorderWidenMulAccumulate(
+            di, hn::BitCast(di16, odd), weight[1],
+            hn::ReorderWidenMulAccumulate(di, hn::BitCast(di16, even), weight[0], hn::Zero(di), more), more);
+        return hn::BitCast(d16, hn::RearrangeToOddPlusEven(sum, more));
+    };
+    auto* const out = reinterpret_cast<uint16_t*>(dst);
+    RunWholeSteps(stream, dst, pixels, 2, step, [&](size_t i, auto stores) {
+        const uint8_t* in = src + 4 * i;
+        ReadAhead(in, 4 * step);
+        stores(hn::ConcatEven(d16, words(in + 4 * quarter), words(in)), d16, out + i);
+    }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+}
+
 // Whether a cell maps each source sample to the destination sample in its
 // place by one depth rule: three whole samples a pixel on both sides, in
 // one order, of one depth each (or a copy).
@@ -699,6 +767,7 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
 #else
     if constexpr (MapsSamples<kFrom, kTo>()) MapSamples<kFrom, kTo>(src, dst, pixels, stream);
     else if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
+    else if constexpr (PacksInPlace<kFrom, kTo>()) PackInPlace<kFrom, kTo>(src, dst, pixels, stream);
     else if constexpr (RescalesInWords<kFrom, kTo>()) RescaleWords<kFrom, kTo>(src, dst, pixels, stream);
     else ToFloats<kFrom, kTo>(src, dst, pixels, stream);
 #endif
