@@ -27,7 +27,6 @@ HWY_BEFORE_NAMESPACE();
 namespace quorin::packed::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 using quorin::HWY_NAMESPACE::CanonicalNaNs;
-using quorin::HWY_NAMESPACE::kNoStreaming;
 using quorin::HWY_NAMESPACE::RunSteps;
 using quorin::HWY_NAMESPACE::StoreRun;
 using quorin::HWY_NAMESPACE::StreamingHeadOf;
@@ -46,6 +45,24 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "packed words and byte 
 // 1024, 73 % at 2048.
 HWY_INLINE void ReadAhead(const void* from, size_t bytes = 1) {
     for (size_t b = 0; b < bytes; b += 64) hwy::Prefetch(static_cast<const uint8_t*>(from) + b + 1024);
+}
+
+// The run of a kernel writing one destination of `pixelBytes` a pixel in
+// whole steps of `step` pixels: body(i, stores) stores the step from pixel
+// i on, scalar(first, count) takes the pixels no whole step covers. Large
+// destinations (`stream`) are streamed when the steps fill whole vectors.
+template <class Body, class Scalar>
+HWY_INLINE void RunWholeSteps(bool stream, uint8_t* dst, size_t pixels, size_t pixelBytes, size_t step,
+                              const Body& body, const Scalar& scalar) {
+    uint8_t* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, pixelBytes,
+                                        hn::Lanes(hn::ScalableTag<uint8_t>()), step * pixelBytes);
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, stores); });
+        },
+        scalar);
 }
 
 template <PixelFormat kFrom, PixelFormat kTo>
@@ -79,9 +96,6 @@ void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     using T = Sample<kFrom>;
     const hn::ScalableTag<T> d;
     const size_t lanes = hn::Lanes(d);
-    uint8_t* const destinations[1] = {dst};
-    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
-                                        hn::Lanes(hn::ScalableTag<uint8_t>()), 3 * lanes * sizeof(T));
     if constexpr (kFrom.channels == 4) {
         // Four-sample pixels into three: whole vectors of pixels, one byte
         // shuffle per block keeping and placing three samples of each, and
@@ -89,40 +103,29 @@ void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
         const hn::ScalableTag<uint8_t> d8;
         const size_t n = hn::Lanes(d8);
         const auto pick = hn::LoadDup128(d8, PickTriples<kFrom, kTo>().bytes);
-        RunSteps(
-            head, pixels,
-            [&](size_t start, auto stores) {
-                return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                           const uint8_t* in = src + (start + k) * kFrom.pixelBytes();
-                           ReadAhead(in, lanes * kFrom.pixelBytes());
-                           uint8_t* out = dst + (start + k) * kTo.pixelBytes();
-                           const auto c = [&](size_t v) { return hn::TableLookupBytesOr0(hn::LoadU(d8, in + v * n), pick); };
-                           auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
-                           ConcatBlockTriples<false>(d8, c(0), c(1), c(2), c(3), o0, o1, o2);
-                           stores(o0, d8, out);
-                           stores(o1, d8, out + n);
-                           stores(o2, d8, out + 2 * n);
-                       });
-            },
-            [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+        RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+            const uint8_t* in = src + i * kFrom.pixelBytes();
+            ReadAhead(in, lanes * kFrom.pixelBytes());
+            uint8_t* out = dst + i * kTo.pixelBytes();
+            const auto c = [&](size_t v) { return hn::TableLookupBytesOr0(hn::LoadU(d8, in + v * n), pick); };
+            auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
+            ConcatBlockTriples<false>(d8, c(0), c(1), c(2), c(3), o0, o1, o2);
+            stores(o0, d8, out);
+            stores(o1, d8, out + n);
+            stores(o2, d8, out + 2 * n);
+        }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
     } else {
         using C = Cell<kFrom, kTo>;
         const T* from = reinterpret_cast<const T*>(src);
         T* to = reinterpret_cast<T*>(dst);
-        RunSteps(
-            head, pixels,
-            [&](size_t start, auto stores) {
-                return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                           const size_t i = start + k;
-                           auto v0 = hn::Zero(d), v1 = v0, v2 = v0;
-                           hn::LoadInterleaved3(d, from + 3 * i, v0, v1, v2);
-                           const decltype(v0) in[3] = {v0, v1, v2};
-                           decltype(v0) out[3] = {v0, v0, v0};
-                           for (int c = 0; c < 3; ++c) out[C::to[c]] = in[C::from[c]];
-                           stores.Interleaved(d, to + 3 * i, out[0], out[1], out[2]);
-                       });
-            },
-            [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+        RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+            auto v0 = hn::Zero(d), v1 = v0, v2 = v0;
+            hn::LoadInterleaved3(d, from + 3 * i, v0, v1, v2);
+            const decltype(v0) in[3] = {v0, v1, v2};
+            decltype(v0) out[3] = {v0, v0, v0};
+            for (int c = 0; c < 3; ++c) out[C::to[c]] = in[C::from[c]];
+            stores.Interleaved(d, to + 3 * i, out[0], out[1], out[2]);
+        }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
     }
 }
 
@@ -311,26 +314,17 @@ void ToFloats(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     const size_t lanes = hn::Lanes(d);
     // Interleaved steps stream only when they fill whole vectors (three
     // vectors of 32-bit lanes).
-    uint8_t* const destinations[1] = {dst};
-    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
-                                        hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * kTo.pixelBytes());
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                       const size_t i = start + k;
-                       V32 c[3];
-                       LoadColours<kFrom>(src, i, C::from, c);
-                       const hn::Rebind<float, D32> df;
-                       auto f0 = hn::Zero(df);
-                       decltype(f0) out[3] = {f0, f0, f0};
-                       for (int n = 0; n < 3; ++n)
-                           out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
-                                                   hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
-                       stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
-                   });
-        },
-        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+        V32 c[3];
+        LoadColours<kFrom>(src, i, C::from, c);
+        const hn::Rebind<float, D32> df;
+        auto f0 = hn::Zero(df);
+        decltype(f0) out[3] = {f0, f0, f0};
+        for (int n = 0; n < 3; ++n)
+            out[C::to[n]] = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, c[n])),
+                                    hn::Set(df, ReciprocalOf(DepthOf(kFrom, C::from[n]))));
+        stores.Interleaved(df, reinterpret_cast<float*>(dst) + 3 * i, out[0], out[1], out[2]);
+    }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
 }
 
 // The colour channels of a step of pixels, one pixel a 16-bit lane, as two
@@ -402,63 +396,123 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
     // four-byte pixel.
     static constexpr uint8_t kKeepThree[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0x80, 0x80, 0x80, 0x80};
     [[maybe_unused]] const auto pick = hn::LoadDup128(d8, kKeepThree);
-    uint8_t* const destinations[1] = {dst};
-    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), step, step * kTo.pixelBytes());
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, step, [&](size_t k) {
-                       const size_t i = start + k;
-                       ReadAhead(src + i * kFrom.pixelBytes(), step * kFrom.pixelBytes());
-                       V16 c[3][2];
-                       if constexpr (kFrom.packed()) {
-                           const auto* words = reinterpret_cast<const uint16_t*>(src) + i;
-                           for (int h = 0; h < 2; ++h) {
-                               const V16 w = hn::LoadU(d16, words + h * half);
-                               for (int n = 0; n < 3; ++n)
-                                   c[n][h] = RescaleField(w, kFrom.fields[C::from[n]], WordRescales<kFrom, kTo>::rules[n]);
-                           }
-                       } else {
-                           LoadColourWords<kFrom>(d16, src, i, C::from, c);
-                           for (int n = 0; n < 3; ++n)
-                               for (V16& v : c[n]) v = RescaleWordLanes(v, WordRescales<kFrom, kTo>::rules[n]);
-                       }
-                       if constexpr (kTo.packed()) {
-                           auto* const out = reinterpret_cast<uint16_t*>(dst) + i;
-                           for (int h = 0; h < 2; ++h) {
-                               V16 word = hn::Zero(d16);
-                               for (int n = 0; n < 3; ++n)
-                                   word = hn::Or(word, hn::ShiftLeftSame(c[n][h], kTo.fields[C::to[n]].shift));
-                               stores(word, d16, out + h * half);
-                           }
-                       } else if constexpr (kTo.sample == SampleKind::U16) {
-                           auto* const out = reinterpret_cast<uint16_t*>(dst) + 3 * i;
-                           for (int h = 0; h < 2; ++h) {
-                               V16 o[3] = {c[0][h], c[0][h], c[0][h]};
-                               for (int n = 0; n < 3; ++n) o[C::to[n]] = c[n][h];
-                               stores.Interleaved(d16, out + 3 * h * half, o[0], o[1], o[2]);
-                           }
-                       } else {
-                           // Each pixel's first two bytes as one word and its
-                           // third in the next: zipped, four-byte pixels,
-                           // whose three bytes ConcatBlockTriples joins.
-                           hn::Vec<decltype(d8)> words[4];
-                           for (int h = 0; h < 2; ++h) {
-                               V16 o[3] = {c[0][h], c[0][h], c[0][h]};
-                               for (int n = 0; n < 3; ++n) o[C::to[n]] = c[n][h];
-                               const V16 low = hn::Or(o[0], hn::ShiftLeft<8>(o[1])), high = o[2];
-                               words[2 * h] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveLower(d16, low, high)), pick);
-                               words[2 * h + 1] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveUpper(d16, low, high)), pick);
-                           }
-                           auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
-                           ConcatBlockTriples<true>(d8, words[0], words[1], words[2], words[3], o0, o1, o2);
-                           stores(o0, d8, dst + 3 * i);
-                           stores(o1, d8, dst + 3 * i + step);
-                           stores(o2, d8, dst + 3 * i + 2 * step);
-                       }
-                   });
-        },
-        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), step, [&](size_t i, auto stores) {
+        ReadAhead(src + i * kFrom.pixelBytes(), step * kFrom.pixelBytes());
+        V16 c[3][2];
+        if constexpr (kFrom.packed()) {
+            const auto* words = reinterpret_cast<const uint16_t*>(src) + i;
+            for (int h = 0; h < 2; ++h) {
+                const V16 w = hn::LoadU(d16, words + h * half);
+                for (int n = 0; n < 3; ++n)
+                    c[n][h] = RescaleField(w, kFrom.fields[C::from[n]], WordRescales<kFrom, kTo>::rules[n]);
+            }
+        } else {
+            LoadColourWords<kFrom>(d16, src, i, C::from, c);
+            for (int n = 0; n < 3; ++n)
+                for (V16& v : c[n]) v = RescaleWordLanes(v, WordRescales<kFrom, kTo>::rules[n]);
+        }
+        if constexpr (kTo.packed()) {
+            auto* const out = reinterpret_cast<uint16_t*>(dst) + i;
+            for (int h = 0; h < 2; ++h) {
+                V16 word = hn::Zero(d16);
+                for (int n = 0; n < 3; ++n)
+                    word = hn::Or(word, hn::ShiftLeftSame(c[n][h], kTo.fields[C::to[n]].shift));
+                stores(word, d16, out + h * half);
+            }
+        } else if constexpr (kTo.sample == SampleKind::U16) {
+            auto* const out = reinterpret_cast<uint16_t*>(dst) + 3 * i;
+            for (int h = 0; h < 2; ++h) {
+                V16 o[3] = {c[0][h], c[0][h], c[0][h]};
+                for (int n = 0; n < 3; ++n) o[C::to[n]] = c[n][h];
+                stores.Interleaved(d16, out + 3 * h * half, o[0], o[1], o[2]);
+            }
+        } else {
+            // Each pixel's first two bytes as one word and its
+            // third in the next: zipped, four-byte pixels,
+            // whose three bytes ConcatBlockTriples joins.
+            hn::Vec<decltype(d8)> words[4];
+            for (int h = 0; h < 2; ++h) {
+                V16 o[3] = {c[0][h], c[0][h], c[0][h]};
+                for (int n = 0; n < 3; ++n) o[C::to[n]] = c[n][h];
+                const V16 low = hn::Or(o[0], hn::ShiftLeft<8>(o[1])), high = o[2];
+                words[2 * h] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveLower(d16, low, high)), pick);
+                words[2 * h + 1] = hn::TableLookupBytesOr0(hn::BitCast(d8, hn::InterleaveUpper(d16, low, high)), pick);
+            }
+            auto o0 = hn::Zero(d8), o1 = o0, o2 = o0;
+            ConcatBlockTriples<true>(d8, words[0], words[1], words[2], words[3], o0, o1, o2);
+            stores(o0, d8, dst + 3 * i);
+            stores(o1, d8, dst + 3 * i + step);
+            stores(o2, d8, dst + 3 * i + 2 * step);
+        }
+    }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+}
+
+// Four-byte pixels of bytes into words of fields, each pixel worked in
+// place as its two 16-bit halves rather than de-interleaved: one saturating
+// add puts every byte's rounding addend in, the bytes of each parity (0 and
+// 2, 1 and 3) are brought to the bottom of their halves and multiplied high
+// by their rule's multiplier (0 for the alpha byte), and a multiply-add of
+// each 32-bit lane's halves by powers of two places the fields in the low
+// half, which one narrow keeps. It takes the narrowing rules that multiply
+// the byte itself (no shift) and give at 255 what they give at every sum
+// past it.
+template <PixelFormat kFrom, PixelFormat kTo>
+constexpr bool PacksInPlace() {
+    if constexpr (kFrom.sample != SampleKind::U8 || kFrom.channels != 4 || kFrom.packed() || !kTo.packed() ||
+                  !RescalesInWords<kFrom, kTo>()) {
+        return false;
+    } else {
+        for (const WordRescale& r : WordRescales<kFrom, kTo>::rules) {
+            if (r.form != WordForm::Narrow || r.shift != 0) return false;
+            for (uint32_t v = 0; v <= 255; ++v)
+                if ((std::min(v + r.addend, 255u) * r.multiplier) >> 16 != packed::Rescale(v, 8, r.to)) return false;
+        }
+        return true;
+    }
+}
+static_assert(PacksInPlace<kARGB8888, kRGB565>() && PacksInPlace<kARGB8888, kBGR565>() &&
+              PacksInPlace<kRGBA8888, kRGB565>() && PacksInPlace<kRGBA8888, kBGR565>());
+
+template <PixelFormat kFrom, PixelFormat kTo>
+void PackInPlace(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
+    using C = Cell<kFrom, kTo>;
+    const D32 d;
+    const hn::Repartition<uint8_t, D32> d8;
+    const hn::Repartition<uint16_t, D32> d16;
+    const hn::Repartition<int16_t, D32> di16;
+    const hn::RebindToSigned<D32> di;
+    using V16 = hn::Vec<decltype(d16)>;
+    const size_t quarter = hn::Lanes(d), step = hn::Lanes(d16);
+    // Per byte of a pixel: its rule's addend; per parity, per half: the
+    // multiplier and the field's weight 2^shift (0 and 0 for alpha).
+    uint32_t addends = 0, multipliers[2] = {0, 0}, weights[2] = {0, 0};
+    for (int n = 0; n < 3; ++n) {
+        const WordRescale& r = WordRescales<kFrom, kTo>::rules[n];
+        const int byte = C::from[n], half = 16 * (byte / 2);
+        addends |= uint32_t{r.addend} << (8 * byte);
+        multipliers[byte % 2] |= uint32_t{r.multiplier} << half;
+        weights[byte % 2] |= (uint32_t{1} << kTo.fields[C::to[n]].shift) << half;
+    }
+    const auto addend = hn::BitCast(d8, hn::Set(d, addends));
+    const V16 multiplier[2] = {hn::BitCast(d16, hn::Set(d, multipliers[0])), hn::BitCast(d16, hn::Set(d, multipliers[1]))};
+    const hn::Vec<decltype(di16)> weight[2] = {hn::BitCast(di16, hn::Set(d, weights[0])),
+                                               hn::BitCast(di16, hn::Set(d, weights[1]))};
+    const auto words = [&](const uint8_t* in) {
+        const V16 q = hn::BitCast(d16, hn::SaturatedAdd(hn::LoadU(d8, in), addend));
+        const V16 even = hn::MulHigh(hn::And(q, hn::Set(d16, 0xFF)), multiplier[0]);
+        const V16 odd = hn::MulHigh(hn::ShiftRight<8>(q), multiplier[1]);
+        auto more = hn::Zero(di);
+        const auto sum = hn::ReorderWidenMulAccumulate(
+            di, hn::BitCast(di16, odd), weight[1],
+            hn::ReorderWidenMulAccumulate(di, hn::BitCast(di16, even), weight[0], hn::Zero(di), more), more);
+        return hn::BitCast(d16, hn::RearrangeToOddPlusEven(sum, more));
+    };
+    auto* const out = reinterpret_cast<uint16_t*>(dst);
+    RunWholeSteps(stream, dst, pixels, 2, step, [&](size_t i, auto stores) {
+        const uint8_t* in = src + 4 * i;
+        ReadAhead(in, 4 * step);
+        stores(hn::ConcatEven(d16, words(in + 4 * quarter), words(in)), d16, out + i);
+    }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
 }
 
 // Whether a cell maps each source sample to the destination sample in its
@@ -485,34 +539,27 @@ void MapSamples(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     const hn::Half<decltype(d8)> dh8;
     const hn::Repartition<uint16_t, decltype(d8)> d16;
     const size_t n = hn::Lanes(d8), half = hn::Lanes(d16);
-    uint8_t* const destinations[1] = {dst};
-    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(), n, n * kTo.pixelBytes());
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, n, [&](size_t k) {
-                       const size_t first = 3 * (start + k);
-                       for (size_t v = 0; v < 3 * std::min(kInBytes, kOutBytes); ++v) {
-                           const size_t at = first * std::min(kInBytes, kOutBytes) + v * n;
-                           ReadAhead(src + at * kInBytes / std::min(kInBytes, kOutBytes));
-                           if constexpr (kInBytes == kOutBytes) {
-                               stores(hn::LoadU(d8, src + at), d8, dst + at);
-                           } else if constexpr (kInBytes == 2) {
-                               const auto* words = reinterpret_cast<const uint16_t*>(src) + at;
-                               const auto lower = RescaleWordLanes(hn::LoadU(d16, words), kRule);
-                               const auto upper = RescaleWordLanes(hn::LoadU(d16, words + half), kRule);
-                               stores(hn::ConcatEven(d8, hn::BitCast(d8, upper), hn::BitCast(d8, lower)), d8, dst + at);
-                           } else {
-                               const auto bytes = hn::LoadU(d8, src + at);
-                               auto* const words = reinterpret_cast<uint16_t*>(dst) + at;
-                               stores(RescaleWordLanes(hn::PromoteTo(d16, hn::LowerHalf(dh8, bytes)), kRule), d16, words);
-                               stores(RescaleWordLanes(hn::PromoteTo(d16, hn::UpperHalf(dh8, bytes)), kRule), d16,
-                                      words + half);
-                           }
-                       }
-                   });
-        },
-        [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
+    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), n, [&](size_t i, auto stores) {
+        const size_t first = 3 * i;
+        for (size_t v = 0; v < 3 * std::min(kInBytes, kOutBytes); ++v) {
+            const size_t at = first * std::min(kInBytes, kOutBytes) + v * n;
+            ReadAhead(src + at * kInBytes / std::min(kInBytes, kOutBytes));
+            if constexpr (kInBytes == kOutBytes) {
+                stores(hn::LoadU(d8, src + at), d8, dst + at);
+            } else if constexpr (kInBytes == 2) {
+                const auto* words = reinterpret_cast<const uint16_t*>(src) + at;
+                const auto lower = RescaleWordLanes(hn::LoadU(d16, words), kRule);
+                const auto upper = RescaleWordLanes(hn::LoadU(d16, words + half), kRule);
+                stores(hn::ConcatEven(d8, hn::BitCast(d8, upper), hn::BitCast(d8, lower)), d8, dst + at);
+            } else {
+                const auto bytes = hn::LoadU(d8, src + at);
+                auto* const words = reinterpret_cast<uint16_t*>(dst) + at;
+                stores(RescaleWordLanes(hn::PromoteTo(d16, hn::LowerHalf(dh8, bytes)), kRule), d16, words);
+                stores(RescaleWordLanes(hn::PromoteTo(d16, hn::UpperHalf(dh8, bytes)), kRule), d16,
+                       words + half);
+            }
+        }
+    }, [&](size_t first, size_t count) { ScalarPart<kFrom, kTo>(src, dst, first, count); });
 }
 
 // Samples into samples of the same size, colours unchanged (nothing to
@@ -592,33 +639,24 @@ void AddAlphaFromWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, s
         AddAlphaPixels<kFrom, kTo>(src + 2 * first, plane ? plane + first : nullptr, dst + 4 * first, count, constant,
                                    false);
     };
-    uint8_t* const destinations[1] = {dst};
-    const size_t head =
-        StreamingHeadOf(stream, destinations, 1, pixels, 4, hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * 4);
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                       const size_t i = start + k;
-                       const auto w = hn::LoadU(d16, words + i);
-                       const auto a = plane ? hn::PromoteTo(d16, hn::LoadU(d8, plane + i))
-                                            : hn::Set(d16, static_cast<uint16_t>(constant.integer));
-                       std::remove_const_t<decltype(a)> byte[4] = {a, a, a, a};
-                       for (int n = 0; n < 3; ++n) {
-                           const PackedField field = kFrom.fields[C::from[n]];
-                           const auto c = hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d16, MaxOf(field.bits)));
-                           byte[C::to[n]] = RescaleWordLanes(c, WordRescales<kFrom, kTo>::rules[n]);
-                       }
-                       const auto low = hn::Or(byte[0], hn::ShiftLeft<8>(byte[1]));
-                       const auto high = hn::Or(byte[2], hn::ShiftLeft<8>(byte[3]));
-                       const auto join = [&](auto lowHalf, auto highHalf) {
-                           return hn::Or(hn::PromoteTo(d, lowHalf), hn::ShiftLeft<16>(hn::PromoteTo(d, highHalf)));
-                       };
-                       stores(join(hn::LowerHalf(dh, low), hn::LowerHalf(dh, high)), d, out + i);
-                       stores(join(hn::UpperHalf(dh, low), hn::UpperHalf(dh, high)), d, out + i + half);
-                   });
-        },
-        scalar);
+    RunWholeSteps(stream, dst, pixels, 4, lanes, [&](size_t i, auto stores) {
+        const auto w = hn::LoadU(d16, words + i);
+        const auto a = plane ? hn::PromoteTo(d16, hn::LoadU(d8, plane + i))
+                             : hn::Set(d16, static_cast<uint16_t>(constant.integer));
+        std::remove_const_t<decltype(a)> byte[4] = {a, a, a, a};
+        for (int n = 0; n < 3; ++n) {
+            const PackedField field = kFrom.fields[C::from[n]];
+            const auto c = hn::And(hn::ShiftRightSame(w, field.shift), hn::Set(d16, MaxOf(field.bits)));
+            byte[C::to[n]] = RescaleWordLanes(c, WordRescales<kFrom, kTo>::rules[n]);
+        }
+        const auto low = hn::Or(byte[0], hn::ShiftLeft<8>(byte[1]));
+        const auto high = hn::Or(byte[2], hn::ShiftLeft<8>(byte[3]));
+        const auto join = [&](auto lowHalf, auto highHalf) {
+            return hn::Or(hn::PromoteTo(d, lowHalf), hn::ShiftLeft<16>(hn::PromoteTo(d, highHalf)));
+        };
+        stores(join(hn::LowerHalf(dh, low), hn::LowerHalf(dh, high)), d, out + i);
+        stores(join(hn::UpperHalf(dh, low), hn::UpperHalf(dh, high)), d, out + i + half);
+    }, scalar);
 }
 
 // Adding alpha to integer pixels: colours and alpha in 32-bit lanes at the
@@ -644,44 +682,35 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
         AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
                                    dst + first * kTo.pixelBytes(), count, constant, premultiply);
     };
-    uint8_t* const destinations[1] = {dst};
-    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, kTo.pixelBytes(),
-                                        hn::Lanes(hn::ScalableTag<uint8_t>()), lanes * kTo.pixelBytes());
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                       const size_t i = start + k;
-                       V32 c[3];
-                       LoadColours<kFrom>(src, i, C::from, c);
-                       const V32 a = plane ? RescaleLanes(hn::PromoteTo(d, hn::LoadU(d8, plane + i)), 8, kDepth)
-                                           : hn::Set(d, constant.integer);
-                       V32 out[4] = {a, a, a, a};
-                       for (int n = 0; n < 3; ++n) {
-                           V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), kDepth);
-                           if (premultiply && kDepth == 8) {
-                               v = DivideExactly(hn::Add(hn::Mul(v, a), hn::Set(d, 127u)), 255);
-                           } else if (premultiply) {  // (t + (t >> 16)) >> 16 of t = c x a + 32768
-                               const V32 t = hn::Add(hn::Mul(v, a), hn::Set(d, 32768u));
-                               v = hn::ShiftRight<16>(hn::Add(t, hn::ShiftRight<16>(t)));
-                           }
-                           out[C::to[n]] = v;
-                       }
-                       if constexpr (kDepth == 8) {
-                           const V32 word = hn::Or(hn::Or(out[0], hn::ShiftLeft<8>(out[1])),
-                                                   hn::Or(hn::ShiftLeft<16>(out[2]), hn::ShiftLeft<24>(out[3])));
-                           stores(word, d, reinterpret_cast<uint32_t*>(dst) + i);
-                       } else {
-                           const hn::Rebind<uint16_t, D32> d16;
-                           stores.Interleaved(d16, reinterpret_cast<uint16_t*>(dst) + 4 * i,
-                                              hn::DemoteTo(d16, hn::BitCast(di, out[0])),
-                                              hn::DemoteTo(d16, hn::BitCast(di, out[1])),
-                                              hn::DemoteTo(d16, hn::BitCast(di, out[2])),
-                                              hn::DemoteTo(d16, hn::BitCast(di, out[3])));
-                       }
-                   });
-        },
-        scalar);
+    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+        V32 c[3];
+        LoadColours<kFrom>(src, i, C::from, c);
+        const V32 a = plane ? RescaleLanes(hn::PromoteTo(d, hn::LoadU(d8, plane + i)), 8, kDepth)
+                            : hn::Set(d, constant.integer);
+        V32 out[4] = {a, a, a, a};
+        for (int n = 0; n < 3; ++n) {
+            V32 v = RescaleLanes(c[n], DepthOf(kFrom, C::from[n]), kDepth);
+            if (premultiply && kDepth == 8) {
+                v = DivideExactly(hn::Add(hn::Mul(v, a), hn::Set(d, 127u)), 255);
+            } else if (premultiply) {  // (t + (t >> 16)) >> 16 of t = c x a + 32768
+                const V32 t = hn::Add(hn::Mul(v, a), hn::Set(d, 32768u));
+                v = hn::ShiftRight<16>(hn::Add(t, hn::ShiftRight<16>(t)));
+            }
+            out[C::to[n]] = v;
+        }
+        if constexpr (kDepth == 8) {
+            const V32 word = hn::Or(hn::Or(out[0], hn::ShiftLeft<8>(out[1])),
+                                    hn::Or(hn::ShiftLeft<16>(out[2]), hn::ShiftLeft<24>(out[3])));
+            stores(word, d, reinterpret_cast<uint32_t*>(dst) + i);
+        } else {
+            const hn::Rebind<uint16_t, D32> d16;
+            stores.Interleaved(d16, reinterpret_cast<uint16_t*>(dst) + 4 * i,
+                               hn::DemoteTo(d16, hn::BitCast(di, out[0])),
+                               hn::DemoteTo(d16, hn::BitCast(di, out[1])),
+                               hn::DemoteTo(d16, hn::BitCast(di, out[2])),
+                               hn::DemoteTo(d16, hn::BitCast(di, out[3])));
+        }
+    }, scalar);
 }
 
 // Adding alpha to float pixels: whole vectors of floats.
@@ -699,31 +728,22 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
         AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
                                    dst + first * kTo.pixelBytes(), count, constant, premultiply);
     };
-    uint8_t* const destinations[1] = {dst};
-    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, 16, hn::Lanes(hn::ScalableTag<uint8_t>()),
-                                        16 * lanes);
     // As in the scalar rule, the copying variant has no multiply in it at all.
     const auto run = [&](auto multiply) {
-        RunSteps(
-            head, pixels,
-            [&](size_t start, auto stores) {
-                return start + WholeSteps(pixels - start, lanes, [&](size_t k) {
-                           const size_t i = start + k;
-                           auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
-                           hn::LoadInterleaved3(df, from + 3 * i, v0, v1, v2);
-                           const auto a = plane ? hn::Mul(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, plane + i))),
-                                                          hn::Set(df, ReciprocalOf(8)))
-                                                : hn::Set(df, constant.real);
-                           const decltype(v0) in[3] = {v0, v1, v2};
-                           decltype(v0) out[4] = {a, a, a, a};
-                           for (int n = 0; n < 3; ++n) {
-                               if constexpr (multiply) out[C::to[n]] = CanonicalNaNs(hn::Mul(in[C::from[n]], a));
-                               else out[C::to[n]] = in[C::from[n]];
-                           }
-                           stores.Interleaved(df, to + 4 * i, out[0], out[1], out[2], out[3]);
-                       });
-            },
-            scalar);
+        RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+            auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
+            hn::LoadInterleaved3(df, from + 3 * i, v0, v1, v2);
+            const auto a = plane ? hn::Mul(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, plane + i))),
+                                           hn::Set(df, ReciprocalOf(8)))
+                                 : hn::Set(df, constant.real);
+            const decltype(v0) in[3] = {v0, v1, v2};
+            decltype(v0) out[4] = {a, a, a, a};
+            for (int n = 0; n < 3; ++n) {
+                if constexpr (multiply) out[C::to[n]] = CanonicalNaNs(hn::Mul(in[C::from[n]], a));
+                else out[C::to[n]] = in[C::from[n]];
+            }
+            stores.Interleaved(df, to + 4 * i, out[0], out[1], out[2], out[3]);
+        }, scalar);
     };
     if (premultiply) run(std::true_type{});
     else run(std::false_type{});
@@ -763,8 +783,8 @@ void ConvertRun(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
 #else
     if constexpr (MapsSamples<kFrom, kTo>()) MapSamples<kFrom, kTo>(src, dst, pixels, stream);
     else if constexpr (Cell<kFrom, kTo>::reorders) Reorder<kFrom, kTo>(src, dst, pixels, stream);
-    else if constexpr (RescalesInWords<kFrom, kTo>())
-        RescaleWords<kFrom, kTo>(src, dst, pixels, stream);
+    else if constexpr (PacksInPlace<kFrom, kTo>()) PackInPlace<kFrom, kTo>(src, dst, pixels, stream);
+    else if constexpr (RescalesInWords<kFrom, kTo>()) RescaleWords<kFrom, kTo>(src, dst, pixels, stream);
     else ToFloats<kFrom, kTo>(src, dst, pixels, stream);
 #endif
 }
