@@ -32,6 +32,10 @@ using channels::Shape;
 const char kRect[] = "libyuv ARGBRect";
 const char kShuffle[] = "libyuv ARGBShuffle";
 const char kExtractAlpha[] = "libyuv ARGBExtractAlpha";
+// The extract member writes rows as long as its source's (see Images), a
+// quarter of each filled; the peer's own row writes a packed plane, which it
+// walks as one row. This one writes the member's rows.
+const char kExtractAlphaSameRows[] = "libyuv ARGBExtractAlpha.same-rows";
 const char kSetTo[] = "OpenCV setTo 8UC4";
 const char kMix[] = "OpenCV mixChannels 8UC4";
 const char kExtractChannel[] = "OpenCV extractChannel 8UC4";
@@ -202,6 +206,12 @@ const RegisterFamily kChannels([] {
                                                  static_cast<uint8_t*>(alpha->dest->buffer.data), side, side, side);
                     },
                     kExtractChannel, prepareAlpha);
+        RegisterRow({kExtractAlphaSameRows, size, size, Split::Single, pixels * 5},
+                    [alpha, side, stride] {
+                        libyuv::ARGBExtractAlpha(static_cast<const uint8_t*>(alpha->src->buffer.data), stride,
+                                                 static_cast<uint8_t*>(alpha->dest->buffer.data), stride, side, side);
+                    },
+                    {}, prepareAlpha);
         RegisterRow({kColorTable, size, size, Split::Single, pixels * 8},
                     [peer, side, stride] {
                         // The peer looks up in place; its table holds four entries an index.

@@ -1,14 +1,26 @@
-// Vector twins of the flatten rule (FlattenRules.h). Pixels are split into
-// channel vectors, widened to lanes that hold every intermediate, and the
-// divisions are replaced by identities proven equal to the truncating
-// division over the whole range they meet (FlattenTest.cpp):
-//   t / 255   = (t + 1 + (t >> 8)) >> 8             for t <= 65152 (u16 lanes)
-//   t / 65535 = (s + (s >> 16)) >> 16, s = t + 1    for t <= 65535^2 + 32767 (u32)
-//   t / 4096  = (t + (t < 0 ? 4095 : 0)) >> 12      (signed, toward zero; i32)
-// With unsigned samples a premultiplied colour is c + (M/2 + (M - a) bg) / M,
-// the same value as the rule's (c M + M/2 + (M - a) bg) / M, whose terms are
-// all non-negative; the sum fits the lanes where c M would not.
+// Vector twins of the flatten rule (FlattenRules.h). A step loads whole
+// pixels and, without moving a byte, splits their samples into those at even
+// positions (0 and 2) and those at odd ones (1 and 3), each in a lane of
+// twice the sample's width; one byte shuffle puts the pixel's alpha beside
+// every sample, each lane follows the rule on its own, and the two halves
+// join back into pixels where they were. Three-channel outputs then drop
+// the unwanted sample of each pixel.
+//
+// With M the maximum, a the alpha and C = M bg + M/2, the integer rule
+// needs one multiplication a lane:
+//   straight colour  c a + M/2 + (M - a) bg = C + a (c - bg)
+//   alpha            a M + M/2 + (M - a) bg = C + a (M - bg)
+// With unsigned samples the sum is at most M^2 + M/2, so lanes of twice the
+// sample's width hold it exactly even though c - bg wraps. A premultiplied
+// unsigned colour (or alpha) is c + (C - a bg) / M, whose terms are all
+// non-negative, saturated to M; Q12 keeps C + c M - a bg (c = a for alpha).
+// The divisions are replaced by identities proven equal to the truncating
+// division over the range they meet (FlattenTest.cpp), the + 1 folded into C:
+//   t / 255   = ((t + 1) * 257) >> 16                for t <= 65152 (u16)
+//   t / 65535 = (s + (s >> 16)) >> 16, s = t + 1     for t <= 65535^2 + 32767 (u32)
+//   t / 4096  = (t + (t < 0 ? 4095 : 0)) >> 12       (signed, toward zero; i32)
 #include <cstdint>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Conversion/FlattenKernels.cpp"
@@ -17,6 +29,7 @@
 
 #include "Conversion/FlattenKernels.h"
 #include "Core/CanonicalNaN-inl.h"
+#include "Core/Intrinsics-inl.h"
 #include "Core/RowLoop-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -26,163 +39,229 @@ namespace hn = hwy::HWY_NAMESPACE;
 #if HWY_TARGET != HWY_SCALAR
 namespace {
 
-// Per depth: the sample vectors (N), the wide lanes (W), and the rule.
-struct Bytes8 {
-    using T = uint8_t;
-    using W = hn::ScalableTag<uint16_t>;
-    using N = hn::Rebind<uint8_t, W>;
-    static hn::Vec<W> Widen(hn::Vec<N> v) { return hn::PromoteTo(W(), v); }
-    static hn::Vec<N> Narrow(hn::Vec<W> v) { return hn::DemoteTo(N(), hn::BitCast(hn::RebindToSigned<W>(), v)); }
-    static hn::Vec<W> Alpha(hn::Vec<W> a) { return a; }
-    static hn::Vec<W> Divide(hn::Vec<W> t) {
-        return hn::ShiftRight<8>(hn::Add(hn::Add(t, hn::Set(W(), 1)), hn::ShiftRight<8>(t)));
-    }
-};
+using D8 = hn::ScalableTag<uint8_t>;
+using Bytes = hn::Vec<D8>;
 
-struct Words16 {
-    using T = uint16_t;
-    using W = hn::ScalableTag<uint32_t>;
-    using N = hn::Rebind<uint16_t, W>;
-    static hn::Vec<W> Widen(hn::Vec<N> v) { return hn::PromoteTo(W(), v); }
-    static hn::Vec<N> Narrow(hn::Vec<W> v) { return hn::DemoteTo(N(), hn::BitCast(hn::RebindToSigned<W>(), v)); }
-    static hn::Vec<W> Alpha(hn::Vec<W> a) { return a; }
-    static hn::Vec<W> Divide(hn::Vec<W> t) {
-        const auto s = hn::Add(t, hn::Set(W(), 1));
-        return hn::ShiftRight<16>(hn::Add(s, hn::ShiftRight<16>(s)));
-    }
-};
+// A 16-byte pattern repeated through every block of a vector.
+template <class ByteAt>
+Bytes BlockPattern(const ByteAt& byteAt) {
+    HWY_ALIGN uint8_t block[16];
+    for (size_t b = 0; b < 16; ++b) block[b] = static_cast<uint8_t>(byteAt(b));
+    return hn::LoadDup128(D8(), block);
+}
 
-struct Q12 {
-    using T = int16_t;
-    using W = hn::ScalableTag<int32_t>;
-    using N = hn::Rebind<int16_t, W>;
-    static hn::Vec<W> Widen(hn::Vec<N> v) { return hn::PromoteTo(W(), v); }
-    static hn::Vec<N> Narrow(hn::Vec<W> v) { return hn::DemoteTo(N(), v); }
-    static hn::Vec<W> Alpha(hn::Vec<W> a) { return hn::Min(hn::Max(a, hn::Zero(W())), hn::Set(W(), 4096)); }
-    static hn::Vec<W> Divide(hn::Vec<W> t) {
-        return hn::ShiftRight<12>(hn::Add(t, hn::And(hn::ShiftRight<31>(t), hn::Set(W(), 4095))));
-    }
-};
-
-// The integer rule on wide lanes; a is clamped already.
-template <class Depth>
-struct IntegerMath {
-    using W = typename Depth::W;
+// Vectors of whole pixels of T flattened in place, samples in source order.
+template <class T, size_t kAlpha, bool kPremultiplied>
+struct IntegerLanes {
+    using DT = hn::ScalableTag<T>;
+    using W = hn::Repartition<hwy::MakeWide<T>, DT>;
+    using L = hn::TFromD<W>;
     using V = hn::Vec<W>;
-    static constexpr int64_t kMax = channels::FlattenMax<typename Depth::T>();
-    V max, half;
-    // Written out: an implicit constructor would not be compiled for the target.
-    HWY_INLINE IntegerMath()
-        : max(hn::Set(W(), static_cast<hn::TFromD<W>>(kMax))), half(hn::Set(W(), static_cast<hn::TFromD<W>>(kMax / 2))) {}
+    static constexpr int kBits = 8 * sizeof(T);
+    static constexpr int64_t kMax = channels::FlattenMax<T>();
+    static constexpr bool kSigned = std::is_signed_v<T>;
 
-    // (c k + M/2 + (M - a) bg) / M; `whole` says k = M.
-    V operator()(V c, V a, V bg, bool whole) const {
-        const V fill = hn::Mul(hn::Sub(max, a), bg);
-        if constexpr (std::is_signed_v<typename Depth::T>) {
-            const V product = whole ? hn::ShiftLeft<12>(c) : hn::Mul(c, a);
-            return Depth::Divide(hn::Add(hn::Add(product, half), fill));
+    Bytes alphaIndex;
+    hn::Mask<W> alphaLane;     // in the half holding alpha, its lanes
+    V background[2], base[2];  // per half: bg, and C (+ 1 when unsigned)
+
+    HWY_INLINE explicit IntegerLanes(const T* bg) {
+        // Alpha's bytes into the low half of each lane, or the high half
+        // when signed, to be shifted down with its sign.
+        alphaIndex = BlockPattern([](size_t b) -> size_t {
+            const size_t pixel = b / (4 * sizeof(T)) * (4 * sizeof(T)), at = b % (2 * sizeof(T));
+            const size_t low = kSigned ? sizeof(T) : 0;
+            return at >= low && at < low + sizeof(T) ? pixel + kAlpha * sizeof(T) + at - low : 0x80;
+        });
+        const W w;
+        HWY_ALIGN L backgroundLanes[hn::MaxLanes(W())], baseLanes[hn::MaxLanes(W())], alphaBits[hn::MaxLanes(W())];
+        for (size_t half = 0; half < 2; ++half) {
+            for (size_t i = 0; i < hn::Lanes(w); ++i) {
+                const int64_t value = bg[2 * (i % 2) + half];
+                backgroundLanes[i] = static_cast<L>(value);
+                baseLanes[i] = static_cast<L>(kMax * value + kMax / 2 + (kSigned ? 0 : 1));
+                alphaBits[i] = static_cast<L>(i % 2 == kAlpha / 2 ? -1 : 0);
+            }
+            background[half] = hn::Load(w, backgroundLanes);
+            base[half] = hn::Load(w, baseLanes);
+        }
+        alphaLane = hn::MaskFromVec(hn::Load(w, alphaBits));
+    }
+
+    static V Divide(V t) {
+        const W w;
+        if constexpr (sizeof(T) == 1) {
+            return hn::MulHigh(t, hn::Set(w, L{257}));
+        } else if constexpr (!kSigned) {
+            return hn::ShiftRight<16>(hn::Add(t, hn::ShiftRight<16>(t)));
         } else {
-            if (whole) return hn::Add(c, Depth::Divide(hn::Add(half, fill)));
-            return Depth::Divide(hn::Add(hn::Add(hn::Mul(c, a), half), fill));
+            const V q = hn::ShiftRight<12>(hn::Add(t, hn::And(hn::ShiftRight<31>(t), hn::Set(w, L{4095}))));
+            return hn::Min(hn::Max(q, hn::Set(w, L{-32768})), hn::Set(w, L{32767}));
+        }
+    }
+
+    V Alpha(Bytes pixels) const {
+        const W w;
+        const V a = hn::BitCast(w, hn::TableLookupBytesOr0(pixels, alphaIndex));
+        if constexpr (!kSigned) return a;
+        return hn::Min(hn::Max(hn::ShiftRight<kBits>(a), hn::Zero(w)), hn::Set(w, static_cast<L>(kMax)));
+    }
+
+    // The samples of one half (0 even, 1 odd), each in its lane.
+    template <size_t kHalf>
+    static V Samples(V p) {
+        if constexpr (kHalf == 1) return hn::ShiftRight<kBits>(p);
+        else if constexpr (kSigned) return hn::ShiftRight<kBits>(hn::ShiftLeft<kBits>(p));
+        else return hn::And(p, hn::Set(W(), static_cast<L>((L{1} << kBits) - 1)));
+    }
+
+    template <size_t kHalf>
+    V Flatten(V c, V a) const {
+        const W w;
+        if constexpr (kPremultiplied) {  // signed only: unsigned ones take Fill
+            if constexpr (kHalf == kAlpha % 2) c = hn::IfThenElse(alphaLane, a, c);
+            return Divide(hn::Add(base[kHalf], hn::Sub(hn::ShiftLeft<12>(c), hn::Mul(a, background[kHalf]))));
+        } else {
+            if constexpr (kHalf == kAlpha % 2) c = hn::IfThenElse(alphaLane, hn::Set(w, static_cast<L>(kMax)), c);
+            return Divide(hn::Add(base[kHalf], hn::Mul(a, hn::Sub(c, background[kHalf]))));
+        }
+    }
+
+    template <size_t kHalf>
+    V Fill(V a) const { return Divide(hn::Sub(base[kHalf], hn::Mul(a, background[kHalf]))); }
+
+    static V Join(V even, V odd) {
+        if constexpr (kSigned) even = hn::And(even, hn::Set(W(), L{0xFFFF}));
+        return hn::Or(even, hn::ShiftLeft<kBits>(odd));
+    }
+
+    Bytes operator()(Bytes pixels) const {
+        const W w;
+        const V a = Alpha(pixels);
+        if constexpr (kPremultiplied && !kSigned) {
+            const DT dt;
+            const V fill = Join(Fill<0>(a), Fill<1>(a));
+            return hn::BitCast(D8(), hn::SaturatedAdd(hn::BitCast(dt, pixels), hn::BitCast(dt, fill)));
+        } else {
+            const V p = hn::BitCast(w, pixels);
+            return hn::BitCast(D8(), Join(Flatten<0>(Samples<0>(p), a), Flatten<1>(Samples<1>(p), a)));
         }
     }
 };
 
-template <class Depth, channels::FlattenLayout kLayout>
-void FlattenIntegerRun(const typename Depth::T* src, typename Depth::T* dst, size_t pixels,
-                       const channels::FlattenArgs<typename Depth::T>& args) {
-    using T = typename Depth::T;
-    using W = typename Depth::W;
-    constexpr channels::FlattenShape kShape = channels::ShapeOf(kLayout);
-    const typename Depth::N dn;
-    const IntegerMath<Depth> math;
-    hn::Vec<W> bg[4];
-    for (size_t c = 0; c < 4; ++c) bg[c] = hn::Set(W(), static_cast<hn::TFromD<W>>(args.background[c]));
-    const size_t done = WholeSteps(pixels, hn::Lanes(dn), [&](size_t i) {
-        hn::Vec<decltype(dn)> v[4], out[4];
-        hn::LoadInterleaved4(dn, src + 4 * i, v[0], v[1], v[2], v[3]);
-        const hn::Vec<W> a = Depth::Alpha(Depth::Widen(v[kShape.alpha]));
-        for (size_t k = 0; k < kShape.outputs; ++k) {
-            const size_t from = kShape.from[k];
-            const bool alpha = from == kShape.alpha;
-            out[k] = Depth::Narrow(math(alpha ? a : Depth::Widen(v[from]), a, bg[from], alpha || args.premultiplied));
-        }
-        if constexpr (kShape.outputs == 4) hn::StoreInterleaved4(out[0], out[1], out[2], out[3], dn, dst + 4 * i);
-        else hn::StoreInterleaved3(out[0], out[1], out[2], dn, dst + 3 * i);
+template <size_t kAlpha, bool kPremultiplied>
+using Lanes8 = IntegerLanes<uint8_t, kAlpha, kPremultiplied>;
+template <size_t kAlpha, bool kPremultiplied>
+using Lanes16 = IntegerLanes<uint16_t, kAlpha, kPremultiplied>;
+template <size_t kAlpha, bool kPremultiplied>
+using LanesQ12 = IntegerLanes<int16_t, kAlpha, kPremultiplied>;
+
+// Floats: a pixel is a block, so alpha reaches its channels by one
+// broadcast within the block.
+template <size_t kAlpha, bool kPremultiplied>
+struct FloatLanes {
+    using DF = hn::ScalableTag<float>;
+    using V = hn::Vec<DF>;
+    V background, one;
+    hn::Mask<DF> alphaLane;
+
+    HWY_INLINE explicit FloatLanes(const float* bg) {
+        const DF df;
+        background = hn::LoadDup128(df, bg);
+        one = hn::Set(df, 1.0f);
+        HWY_ALIGN const float alphaBits[4] = {kAlpha == 0 ? 1.0f : 0.0f, 0.0f, 0.0f, kAlpha == 3 ? 1.0f : 0.0f};
+        alphaLane = hn::Eq(hn::LoadDup128(df, alphaBits), one);
+    }
+
+    Bytes operator()(Bytes pixels) const {
+        const V v = hn::BitCast(DF(), pixels), a = hn::Broadcast<static_cast<int>(kAlpha)>(v);
+        const V fill = hn::Mul(hn::Sub(one, a), background);
+        if constexpr (kPremultiplied) return hn::BitCast(D8(), CanonicalNaNs(hn::Add(v, fill)));
+        return hn::BitCast(D8(), CanonicalNaNs(hn::Add(hn::IfThenElse(alphaLane, v, hn::Mul(v, a)), fill)));
+    }
+};
+
+// The run: whole steps of one vector (four outputs) or four vectors (three
+// outputs, each block's pixels packed into its first twelve bytes and the
+// blocks joined), streamed when the call asks; the rule takes the ends.
+template <class T, channels::FlattenLayout kLayout, class Lanes>
+void FlattenSteps(const T* src, T* dst, size_t pixels, const channels::FlattenArgs<T>& args, bool stream,
+                  const Lanes& lanes) {
+    static constexpr channels::FlattenShape kShape = channels::ShapeOf(kLayout);
+    constexpr size_t kIn = 4 * sizeof(T), kOut = kShape.outputs * sizeof(T);
+    const D8 d8;
+    const size_t bytes = hn::Lanes(d8), vectors = kShape.outputs == 4 ? 1 : 4, step = vectors * bytes / kIn;
+    const Bytes keep = BlockPattern([](size_t b) -> size_t {
+        if (b >= 16 / kIn * kOut) return 0x80;
+        const size_t sample = b % kOut / sizeof(T);
+        return b / kOut * kIn + kShape.from[sample] * sizeof(T) + b % sizeof(T);
     });
-    channels::FlattenPixels<T>(src + 4 * done, dst + kShape.outputs * done, pixels - done, args, false);
+    const auto* const from = reinterpret_cast<const uint8_t*>(src);
+    auto* const to = reinterpret_cast<uint8_t*>(dst);
+    const size_t head = StreamingHeadOf(stream, &dst, 1, pixels, kOut, bytes, step * kOut);
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, step, [&](size_t k) {
+                       const uint8_t* s = from + (start + k) * kIn;
+                       uint8_t* o = to + (start + k) * kOut;
+                       if constexpr (kShape.outputs == 4) {
+                           stores(lanes(hn::LoadU(d8, s)), d8, o);
+                       } else {
+                           Bytes c[4], out[3];
+                           for (size_t j = 0; j < 4; ++j)
+                               c[j] = hn::TableLookupBytesOr0(lanes(hn::LoadU(d8, s + j * bytes)), keep);
+                           ConcatBlockTriples<false>(d8, c[0], c[1], c[2], c[3], out[0], out[1], out[2]);
+                           for (size_t j = 0; j < 3; ++j) stores(out[j], d8, o + j * bytes);
+                       }
+                   });
+        },
+        [&](size_t first, size_t n) {
+            channels::FlattenPixels<T>(src + 4 * first, dst + kShape.outputs * first, n, args, false);
+        });
 }
 
-template <channels::FlattenLayout kLayout>
-void FlattenFloatRun(const float* src, float* dst, size_t pixels, const channels::FlattenArgs<float>& args) {
-    constexpr channels::FlattenShape kShape = channels::ShapeOf(kLayout);
-    const hn::ScalableTag<float> d;
-    using V = hn::Vec<decltype(d)>;
-    const V one = hn::Set(d, 1.0f);
-    V bg[4];
-    for (size_t c = 0; c < 4; ++c) bg[c] = hn::Set(d, args.background[c]);
-    const size_t done = WholeSteps(pixels, hn::Lanes(d), [&](size_t i) {
-        V v[4], out[4];
-        hn::LoadInterleaved4(d, src + 4 * i, v[0], v[1], v[2], v[3]);
-        const V a = v[kShape.alpha], inv = hn::Sub(one, a);
-        for (size_t k = 0; k < kShape.outputs; ++k) {
-            const size_t from = kShape.from[k];
-            const V fill = hn::Mul(inv, bg[from]);
-            const V base = from == kShape.alpha || args.premultiplied ? v[from] : hn::Mul(v[from], a);
-            out[k] = CanonicalNaNs(hn::Add(base, fill));
-        }
-        if constexpr (kShape.outputs == 4) hn::StoreInterleaved4(out[0], out[1], out[2], out[3], d, dst + 4 * i);
-        else hn::StoreInterleaved3(out[0], out[1], out[2], d, dst + 3 * i);
-    });
-    channels::FlattenPixels<float>(src + 4 * done, dst + kShape.outputs * done, pixels - done, args, false);
+template <class T, channels::FlattenLayout kLayout, template <size_t, bool> class LanesOf>
+void FlattenLayoutRun(const T* src, T* dst, size_t pixels, const channels::FlattenArgs<T>& args, bool stream) {
+    constexpr size_t kAlpha = channels::ShapeOf(kLayout).alpha;
+    if (args.premultiplied) {
+        FlattenSteps<T, kLayout>(src, dst, pixels, args, stream, LanesOf<kAlpha, true>(args.background));
+    } else {
+        FlattenSteps<T, kLayout>(src, dst, pixels, args, stream, LanesOf<kAlpha, false>(args.background));
+    }
 }
 
-// The run for the call's layout, as a template argument.
-template <class T, template <channels::FlattenLayout> class Run>
-void ForLayout(const T* src, T* dst, size_t pixels, const channels::FlattenArgs<T>& args) {
+template <class T, template <size_t, bool> class LanesOf>
+void FlattenRun(const T* src, T* dst, size_t pixels, const channels::FlattenArgs<T>& args, bool stream) {
     using L = channels::FlattenLayout;
     switch (args.layout) {
-        case L::AlphaFirst: return Run<L::AlphaFirst>::Go(src, dst, pixels, args);
-        case L::AlphaLast: return Run<L::AlphaLast>::Go(src, dst, pixels, args);
-        case L::AlphaFirstToRGB: return Run<L::AlphaFirstToRGB>::Go(src, dst, pixels, args);
-        case L::AlphaLastToRGB: return Run<L::AlphaLastToRGB>::Go(src, dst, pixels, args);
-        case L::BGRAToRGB: return Run<L::BGRAToRGB>::Go(src, dst, pixels, args);
+        case L::AlphaFirst: return FlattenLayoutRun<T, L::AlphaFirst, LanesOf>(src, dst, pixels, args, stream);
+        case L::AlphaLast: return FlattenLayoutRun<T, L::AlphaLast, LanesOf>(src, dst, pixels, args, stream);
+        case L::AlphaFirstToRGB: return FlattenLayoutRun<T, L::AlphaFirstToRGB, LanesOf>(src, dst, pixels, args, stream);
+        case L::AlphaLastToRGB: return FlattenLayoutRun<T, L::AlphaLastToRGB, LanesOf>(src, dst, pixels, args, stream);
+        case L::BGRAToRGB: return FlattenLayoutRun<T, L::BGRAToRGB, LanesOf>(src, dst, pixels, args, stream);
     }
 }
-
-template <class Depth>
-struct IntegerRuns {
-    template <channels::FlattenLayout kLayout>
-    struct Run {
-        template <class... A>
-        static void Go(A... a) { FlattenIntegerRun<Depth, kLayout>(a...); }
-    };
-};
-template <channels::FlattenLayout kLayout>
-struct FloatRun {
-    template <class... A>
-    static void Go(A... a) { FlattenFloatRun<kLayout>(a...); }
-};
 
 }  // namespace
 #endif
 
 // The one-lane HWY_SCALAR target keeps the rules.
 #if HWY_TARGET == HWY_SCALAR
-#define QUORIN_FLATTEN_TWIN(Name, T, Runs) \
+#define QUORIN_FLATTEN_TWIN(Name, T, Lanes) \
     void Name(const T* src, T* dst, size_t n, const channels::FlattenArgs<T>& args, bool stream) { \
         channels::FlattenPixels<T>(src, dst, n, args, stream);                                     \
     }
 #else
-#define QUORIN_FLATTEN_TWIN(Name, T, Runs) \
-    void Name(const T* src, T* dst, size_t n, const channels::FlattenArgs<T>& args, bool) { \
-        ForLayout<T, Runs>(src, dst, n, args);                                              \
+#define QUORIN_FLATTEN_TWIN(Name, T, Lanes) \
+    void Name(const T* src, T* dst, size_t n, const channels::FlattenArgs<T>& args, bool stream) { \
+        FlattenRun<T, Lanes>(src, dst, n, args, stream);                                           \
     }
 #endif
-QUORIN_FLATTEN_TWIN(FlattenBytesVector, uint8_t, IntegerRuns<Bytes8>::Run)
-QUORIN_FLATTEN_TWIN(FlattenWordsVector, uint16_t, IntegerRuns<Words16>::Run)
-QUORIN_FLATTEN_TWIN(FlattenQ12Vector, int16_t, IntegerRuns<Q12>::Run)
-QUORIN_FLATTEN_TWIN(FlattenFloatsVector, float, FloatRun)
+QUORIN_FLATTEN_TWIN(FlattenBytesVector, uint8_t, Lanes8)
+QUORIN_FLATTEN_TWIN(FlattenWordsVector, uint16_t, Lanes16)
+QUORIN_FLATTEN_TWIN(FlattenQ12Vector, int16_t, LanesQ12)
+QUORIN_FLATTEN_TWIN(FlattenFloatsVector, float, FloatLanes)
 #undef QUORIN_FLATTEN_TWIN
 
 }  // namespace quorin::HWY_NAMESPACE

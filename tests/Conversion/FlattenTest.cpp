@@ -1,14 +1,17 @@
 // Flatten: every member against a formula computed apart from the kernels
 // (floating-point division of exact integers, channels found by their
-// letters), under every kernel and split; the 8-bit rule over every
-// (colour, alpha, background) and both colour kinds; the wider depths over
-// their boundaries and random values.
+// letters), under every kernel and split, with plain and streaming stores;
+// the 8-bit rule over every (colour, alpha, background), both colour kinds
+// and both alpha positions; the wider depths over their boundaries and
+// random values.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -74,26 +77,44 @@ void ExpectFlattened(const Member& m, const Quorin_Buffer& src, const Quorin_Buf
 }
 
 TEST(Flatten, EightBitIsExactForEveryColourAlphaAndBackground) {
-    // Column x, row y: alpha y, colours x, 255 - x and x * 7 (mod 256).
-    GuardedImage src(256, 256, 4, 0, 0);
-    for (size_t y = 0; y < 256; ++y)
-        for (size_t x = 0; x < 256; ++x) {
-            const uint8_t pixel[4] = {uint8_t(y), uint8_t(x), uint8_t(255 - x), uint8_t(x * 7)};
-            std::memcpy(src.row(y) + 4 * x, pixel, 4);
-        }
-    const Member& m = channels::kFlattenARGB8888;
-    for (int premultiplied = 0; premultiplied < 2; ++premultiplied)
-        for (unsigned b = 0; b < 256; ++b) {
-            const uint8_t bg[4] = {uint8_t(b), uint8_t(b), uint8_t(255 - b), uint8_t(b ^ 0x5A)};
-            std::vector<uint8_t> first;
-            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
-                GuardedImage dest(256, 256, 4, 0, 0);
-                EXPECT_EQ(m.run({src.record(), dest.record(), bg, 0, 0, flags, premultiplied}), kQuorinSuccess);
-                if (first.empty()) ExpectFlattened<uint8_t>(m, *src.record(), *dest.record(), bg, premultiplied);
-                first = dest.pixels();
-                return first;
-            }, KernelVariants());
-            if (HasFailure()) return;
+    for (const Member* m : {&channels::kFlattenARGB8888, &channels::kFlattenRGBA8888}) {
+        SCOPED_TRACE(m->name);
+        // Column x, row y: alpha y, the colours x, 255 - x and x * 7 (mod 256).
+        const size_t alpha = static_cast<size_t>(m->format.alpha);
+        GuardedImage src(256, 256, 4, 0, 0);
+        for (size_t y = 0; y < 256; ++y)
+            for (size_t x = 0; x < 256; ++x) {
+                const uint8_t colours[3] = {uint8_t(x), uint8_t(255 - x), uint8_t(x * 7)};
+                uint8_t* p = src.row(y) + 4 * x;
+                for (size_t c = 0, k = 0; c < 4; ++c) p[c] = c == alpha ? uint8_t(y) : colours[k++];
+            }
+        for (int premultiplied = 0; premultiplied < 2; ++premultiplied)
+            for (unsigned b = 0; b < 256; ++b) {
+                const uint8_t bg[4] = {uint8_t(b), uint8_t(b), uint8_t(255 - b), uint8_t(b ^ 0x5A)};
+                std::vector<uint8_t> first;
+                ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                    GuardedImage dest(256, 256, 4, 0, 0);
+                    EXPECT_EQ(m->run({src.record(), dest.record(), bg, 0, 0, flags, premultiplied}), kQuorinSuccess);
+                    if (first.empty()) ExpectFlattened<uint8_t>(*m, *src.record(), *dest.record(), bg, premultiplied);
+                    first = dest.pixels();
+                    return first;
+                }, KernelVariants());
+                if (HasFailure()) return;
+            }
+    }
+}
+
+// The divisions the vector kernels make of shifts and a high multiply,
+// against plain division over every value they meet.
+TEST(Flatten, DivisionIdentitiesHoldOverTheirRanges) {
+    for (uint32_t t = 0; t <= 65152; ++t) ASSERT_EQ((t + 1) * 257 >> 16, t / 255) << t;
+    // Both sides are non-decreasing in t, so agreeing at both ends of each
+    // quotient's run of t, they agree inside it.
+    constexpr uint64_t kLargest = 65535ull * 65535 + 32767;
+    for (uint64_t q = 0; q * 65535 <= kLargest; ++q)
+        for (const uint64_t t : {q * 65535, std::min(q * 65535 + 65534, kLargest)}) {
+            const uint32_t s = static_cast<uint32_t>(t + 1);  // in 32-bit lanes, as the kernels hold it
+            ASSERT_EQ((s + (s >> 16)) >> 16, t / 65535) << t;
         }
 }
 
@@ -137,13 +158,18 @@ void FlattenEveryWay(const Member& m) {
         const int premultiplied = round % 2;
         SCOPED_TRACE(round);
         bool first = true;  // the others must give its bytes
-        ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
-            GuardedImage dest(kWidth - 3, kHeight - 2, m.output.pixelBytes(), 4, 1);
-            EXPECT_EQ(m.run({src.record(), dest.record(), bg, 0, 0, flags, premultiplied}), kQuorinSuccess);
-            EXPECT_EQ(dest.damagedGuard(), "");
-            if (std::exchange(first, false)) ExpectFlattened<T>(m, *src.record(), *dest.record(), bg, premultiplied);
-            return dest.pixels();
-        });
+        for (const bool streamed : {false, true}) {
+            std::optional<StreamingForced> streaming;
+            if (streamed) streaming.emplace();
+            ExpectSameBytesEverywhere([&](Quorin_Flags flags) {
+                // Streamed rows start on every 4-byte boundary in turn; plain ones off their samples' alignment.
+                GuardedImage dest(kWidth - 3, kHeight - 2, m.output.pixelBytes(), 4, streamed ? 0 : 1);
+                EXPECT_EQ(m.run({src.record(), dest.record(), bg, 0, 0, flags, premultiplied}), kQuorinSuccess);
+                EXPECT_EQ(dest.damagedGuard(), "");
+                if (std::exchange(first, false)) ExpectFlattened<T>(m, *src.record(), *dest.record(), bg, premultiplied);
+                return dest.pixels();
+            });
+        }
     }
 }
 
