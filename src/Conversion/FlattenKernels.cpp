@@ -198,23 +198,19 @@ void FlattenSteps(const T* src, T* dst, size_t pixels, const channels::FlattenAr
     });
     const auto* const from = reinterpret_cast<const uint8_t*>(src);
     auto* const to = reinterpret_cast<uint8_t*>(dst);
-    const size_t head = StreamingHeadOf(stream, &dst, 1, pixels, kOut, bytes, step * kOut);
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, step, [&](size_t k) {
-                       const uint8_t* s = from + (start + k) * kIn;
-                       uint8_t* o = to + (start + k) * kOut;
-                       if constexpr (kShape.outputs == 4) {
-                           stores(lanes(hn::LoadU(d8, s)), d8, o);
-                       } else {
-                           Bytes c[4], out[3];
-                           for (size_t j = 0; j < 4; ++j)
-                               c[j] = hn::TableLookupBytesOr0(lanes(hn::LoadU(d8, s + j * bytes)), keep);
-                           ConcatBlockTriples<false>(d8, c[0], c[1], c[2], c[3], out[0], out[1], out[2]);
-                           for (size_t j = 0; j < 3; ++j) stores(out[j], d8, o + j * bytes);
-                       }
-                   });
+    RunWholeSteps(
+        stream, dst, pixels, kOut, step,
+        [&](size_t i, auto stores) {
+            const uint8_t* s = from + i * kIn;
+            uint8_t* o = to + i * kOut;
+            if constexpr (kShape.outputs == 4) {
+                stores(lanes(hn::LoadU(d8, s)), d8, o);
+            } else {
+                Bytes c[4], out[3];
+                for (size_t j = 0; j < 4; ++j) c[j] = hn::TableLookupBytesOr0(lanes(hn::LoadU(d8, s + j * bytes)), keep);
+                ConcatBlockTriples<false>(d8, c[0], c[1], c[2], c[3], out[0], out[1], out[2]);
+                for (size_t j = 0; j < 3; ++j) stores(out[j], d8, o + j * bytes);
+            }
         },
         [&](size_t first, size_t n) {
             channels::FlattenPixels<T>(src + 4 * first, dst + kShape.outputs * first, n, args, false);

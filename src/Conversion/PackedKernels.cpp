@@ -27,10 +27,8 @@ HWY_BEFORE_NAMESPACE();
 namespace quorin::packed::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 using quorin::HWY_NAMESPACE::CanonicalNaNs;
-using quorin::HWY_NAMESPACE::RunSteps;
+using quorin::HWY_NAMESPACE::RunWholeSteps;
 using quorin::HWY_NAMESPACE::StoreRun;
-using quorin::HWY_NAMESPACE::StreamingHeadOf;
-using quorin::HWY_NAMESPACE::WholeSteps;
 
 #if HWY_TARGET != HWY_SCALAR
 using quorin::HWY_NAMESPACE::ConcatBlockTriples;
@@ -45,24 +43,6 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "packed words and byte 
 // 1024, 73 % at 2048.
 HWY_INLINE void ReadAhead(const void* from, size_t bytes = 1) {
     for (size_t b = 0; b < bytes; b += 64) hwy::Prefetch(static_cast<const uint8_t*>(from) + b + 1024);
-}
-
-// The run of a kernel writing one destination of `pixelBytes` a pixel in
-// whole steps of `step` pixels: body(i, stores) stores the step from pixel
-// i on, scalar(first, count) takes the pixels no whole step covers. Large
-// destinations (`stream`) are streamed when the steps fill whole vectors.
-template <class Body, class Scalar>
-HWY_INLINE void RunWholeSteps(bool stream, uint8_t* dst, size_t pixels, size_t pixelBytes, size_t step,
-                              const Body& body, const Scalar& scalar) {
-    uint8_t* const destinations[1] = {dst};
-    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, pixelBytes,
-                                        hn::Lanes(hn::ScalableTag<uint8_t>()), step * pixelBytes);
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, stores); });
-        },
-        scalar);
 }
 
 template <PixelFormat kFrom, PixelFormat kTo>

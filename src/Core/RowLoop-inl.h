@@ -23,8 +23,8 @@
 // results wider than one vector) through the PlainStores or StreamingStores
 // it is handed, and whose scalar rule takes the pixels no whole step
 // covers: the head before an aligned streaming start (StreamingHeadOf) and
-// the tail. StoreRun is RunSteps for one destination stored a vector of
-// descriptor d at a time.
+// the tail. RunWholeSteps is RunSteps for one destination in whole steps,
+// StoreRun for one destination stored a vector of descriptor d at a time.
 //
 // Per-target include guard (Highway's toggle idiom).
 #if defined(QUORIN_CORE_ROW_LOOP_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -209,6 +209,24 @@ HWY_INLINE void RunSteps(size_t head, size_t pixels, const Body& body, const Sca
         done = body(start, PlainStores());
     }
     scalar(done, pixels - done);
+}
+
+// The run of a kernel writing one destination of `pixelBytes` a pixel in
+// whole steps of `step` pixels: body(i, stores) stores the step from pixel
+// i on, scalar(first, count) takes the pixels no whole step covers. Large
+// destinations (`stream`) are streamed when the steps fill whole vectors.
+template <class T, class Body, class Scalar>
+HWY_INLINE void RunWholeSteps(bool stream, T* dst, size_t pixels, size_t pixelBytes, size_t step, const Body& body,
+                              const Scalar& scalar) {
+    T* const destinations[1] = {dst};
+    const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, pixelBytes,
+                                        hn::Lanes(hn::ScalableTag<uint8_t>()), step * pixelBytes);
+    RunSteps(
+        head, pixels,
+        [&](size_t start, auto stores) {
+            return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, stores); });
+        },
+        scalar);
 }
 
 // Runs a kernel over `pixels` pixels of `pixelBytes` bytes written at `dest`
