@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
@@ -168,16 +169,55 @@ void VerticalPassVector(const PassJob& job, size_t x0, size_t y0, size_t w, size
     }
 }
 
-// 8-bit samples in fixed point: source rows go in pairs (a, b), a row's
-// samples widened to 16 bits and interleaved with the other's, so that a
-// pairwise widening multiply-add by the pair's weights (a, b) adds both
-// taps' products (exact in 32 bits, as in the horizontal pass). The
+// 8-bit samples in fixed point: a row's terms go in pairs (a, b), each
+// term's samples widened to 16 bits and interleaved with the other's, so
+// that a pairwise widening multiply-add by the pair's weights (a, b) adds
+// both terms' products. A term is one source row, or, where the row's
+// weights are the same read from either end (as in every exact halving and
+// doubling), the sum of the two rows that take the same weight: at most 510,
+// so one multiply-add serves two taps. Taps of weight 0 are left out. Weights
+// fit in 16 bits and terms are below 2^9, so every product and sum is exact
+// in 32 bits and equals the rule's wrapped unsigned sum in any order. The
 // interleave takes each 128-bit block's lower or upper half; the narrowing
 // of the two halves' sums puts each block's samples back in order.
+template <size_t kTaps>
+struct VerticalTerms {
+    static constexpr size_t kMaxPairs = (kTaps + 1) / 2;
+    const uint8_t* rows[2 * kMaxPairs][2];  // a term's row, and its second row when folded
+    int32_t weights[2 * kMaxPairs];
+    size_t pairs = 0;
+    bool folded = false;
+
+    // False when a weight does not fit 16 bits.
+    bool plan(const uint8_t* const* tapRows, const int32_t* tap) {
+        // The taps of weight other than 0; past them, any row with weight 0.
+        const uint8_t* used[2 * kMaxPairs];
+        int32_t weight[2 * kMaxPairs] = {};
+        std::fill(std::begin(used), std::end(used), tapRows[0]);
+        size_t n = 0;
+        for (size_t j = 0; j < kTaps; ++j) {
+            if (tap[j] < INT16_MIN || tap[j] > INT16_MAX) return false;
+            if (tap[j] != 0) used[n] = tapRows[j], weight[n++] = tap[j];
+        }
+        folded = n % 2 == 0 && n > 0;
+        for (size_t j = 0; folded && j < n / 2; ++j) folded = weight[j] == weight[n - 1 - j];
+        const size_t terms = folded ? n / 2 : std::max<size_t>(n, 1);
+        for (size_t t = 0; t < 2 * kMaxPairs; ++t) {
+            const bool real = t < terms;
+            rows[t][0] = real ? used[t] : tapRows[0];
+            rows[t][1] = real && folded ? used[n - 1 - t] : rows[t][0];
+            weights[t] = real ? weight[t] : 0;
+        }
+        pairs = (terms + 1) / 2;
+        return true;
+    }
+};
+
 template <PixelFormat F, size_t kTaps>
 void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
-    constexpr size_t kPairs = (kTaps + 1) / 2;
+    using Terms = VerticalTerms<kTaps>;
     const hn::ScalableTag<int16_t> d16;
+    const hn::RebindToUnsigned<decltype(d16)> du16;
     const hn::Repartition<int32_t, decltype(d16)> d32;
     const hn::Rebind<uint8_t, decltype(d16)> d8;
     const size_t N = hn::Lanes(d16);
@@ -186,23 +226,20 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
     // that 128-bit vectors narrow to.
     const bool stream = job.stream && N >= 16;
     for (size_t y = y0; y < y0 + h; ++y) {
-        const uint8_t* rows[kPairs * 2];
+        const uint8_t* rows[kTaps];
         TapRows<kTaps>(job, y, rows);
         const uint8_t* weights = job.weights + y * kTaps * 4;
-        int32_t tap[kPairs * 2] = {};
-        bool narrow = true;
-        for (size_t j = 0; j < kTaps; ++j) {
-            tap[j] = ReadUnaligned<int32_t>(weights + j * 4);
-            narrow = narrow && tap[j] >= INT16_MIN && tap[j] <= INT16_MAX;
-        }
-        if (!narrow) {
+        int32_t tap[kTaps];
+        for (size_t j = 0; j < kTaps; ++j) tap[j] = ReadUnaligned<int32_t>(weights + j * 4);
+        Terms terms;
+        if (!terms.plan(rows, tap)) {
             VerticalPassVector<F, Arithmetic::Fixed, kTaps>(job, x0, y, w, 1);
             continue;
         }
-        if constexpr (kTaps % 2 == 1) rows[kTaps] = rows[kTaps - 1];  // taken with weight 0
-        hn::Vec<decltype(d16)> pairs[kPairs];
-        for (size_t p = 0; p < kPairs; ++p) {
-            const uint32_t pair = (static_cast<uint32_t>(tap[2 * p + 1]) << 16) | (static_cast<uint32_t>(tap[2 * p]) & 0xFFFFu);
+        hn::Vec<decltype(d16)> pairs[Terms::kMaxPairs];
+        for (size_t p = 0; p < terms.pairs; ++p) {
+            const uint32_t pair = (static_cast<uint32_t>(terms.weights[2 * p + 1]) << 16) |
+                                  (static_cast<uint32_t>(terms.weights[2 * p]) & 0xFFFFu);
             pairs[p] = hn::BitCast(d16, hn::Set(d32, static_cast<int32_t>(pair)));
         }
         uint8_t* out = job.dst + y * job.dstRowBytes;
@@ -214,23 +251,45 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
             ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, before, out);
             s += before;
         }
-        for (; s + N <= end; s += N) {
-            auto lower0 = hn::Zero(d32), lower1 = hn::Zero(d32), upper0 = hn::Zero(d32), upper1 = hn::Zero(d32);
-            for (size_t p = 0; p < kPairs; ++p) {
-                const auto a = hn::BitCast(d16, hn::PromoteTo(hn::RebindToUnsigned<decltype(d16)>(), hn::LoadU(d8, rows[2 * p] + s)));
-                const auto b = hn::BitCast(d16, hn::PromoteTo(hn::RebindToUnsigned<decltype(d16)>(), hn::LoadU(d8, rows[2 * p + 1] + s)));
-                lower0 = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveLower(d16, a, b), pairs[p], lower0, lower1);
-                upper0 = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveUpper(d16, a, b), pairs[p], upper0, upper1);
+        // Runs whole vectors from sample `at` on; returns where it stopped.
+        const auto samples = [&](size_t at, auto pairCount, auto fold) {
+            constexpr size_t kTerms = 2 * decltype(pairCount)::value;
+            // Locals, not the plan's fields, which the stores could alias.
+            const uint8_t* termRows[kTerms][2];
+            for (size_t t = 0; t < kTerms; ++t) termRows[t][0] = terms.rows[t][0], termRows[t][1] = terms.rows[t][1];
+            const auto term = [&](size_t t) {
+                const auto a = hn::BitCast(d16, hn::PromoteTo(du16, hn::LoadU(d8, termRows[t][0] + at)));
+                if constexpr (!decltype(fold)::value) return a;
+                return hn::Add(a, hn::BitCast(d16, hn::PromoteTo(du16, hn::LoadU(d8, termRows[t][1] + at))));
+            };
+            for (; at + N <= end; at += N) {
+                // Each sum has a second accumulator, which x86 leaves at zero.
+                auto lower = hn::Zero(d32), upper = hn::Zero(d32), lowerMore = hn::Zero(d32), upperMore = hn::Zero(d32);
+                for (size_t p = 0; p < kTerms / 2; ++p) {
+                    const auto a = term(2 * p), b = term(2 * p + 1);
+                    lower = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveLower(d16, a, b), pairs[p], lower, lowerMore);
+                    upper = hn::ReorderWidenMulAccumulate(d32, hn::InterleaveUpper(d16, a, b), pairs[p], upper, upperMore);
+                }
+                lower = hn::RearrangeToOddPlusEven(lower, lowerMore);
+                upper = hn::RearrangeToOddPlusEven(upper, upperMore);
+                const auto round = [&](hn::Vec<decltype(d32)> sum) { return hn::ShiftRight<14>(hn::Add(sum, hn::Set(d32, 16383))); };
+                const auto bytes = hn::DemoteTo(d8, hn::ReorderDemote2To(d16, round(lower), round(upper)));
+                if (stream) {
+                    hn::Stream(bytes, d8, out + at);
+                } else {
+                    hn::StoreU(bytes, d8, out + at);
+                }
             }
-            const auto round = [&](hn::Vec<decltype(d32)> sum) { return hn::ShiftRight<14>(hn::Add(sum, hn::Set(d32, 16383))); };
-            const auto lower = round(hn::RearrangeToOddPlusEven(lower0, lower1));
-            const auto upper = round(hn::RearrangeToOddPlusEven(upper0, upper1));
-            const auto bytes = hn::DemoteTo(d8, hn::ReorderDemote2To(d16, lower, upper));
-            if (stream) {
-                hn::Stream(bytes, d8, out + s);
-            } else {
-                hn::StoreU(bytes, d8, out + s);
-            }
+            return at;
+        };
+        const auto withFold = [&](auto pairCount) {
+            return terms.folded ? samples(s, pairCount, std::true_type()) : samples(s, pairCount, std::false_type());
+        };
+        switch (terms.pairs) {
+            case 1: s = withFold(std::integral_constant<size_t, 1>()); break;
+            case 2: s = withFold(std::integral_constant<size_t, 2>()); break;
+            case 3: s = withFold(std::integral_constant<size_t, 3>()); break;
+            default: s = withFold(std::integral_constant<size_t, Terms::kMaxPairs>()); break;
         }
         ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
     }
@@ -443,6 +502,33 @@ HWY_INLINE void OverHalvingRun(const PassJob& job, size_t x0, size_t y0, size_t 
     run(begin, end, weights);
 }
 
+// The source bytes a halving's loads reach a page later, asked for now: the
+// processor's own prefetcher stops at page boundaries, and without this the
+// halvings read their source at half the rate a box filter does. Past the
+// end of the row's run, the next row's run of the block, if any, is asked for.
+class HalvingAhead {
+public:
+    static constexpr size_t kBytes = 4096;
+
+    HalvingAhead(const PassJob& job, const uint8_t* run, bool nextInBlock, size_t outputs)
+        : run_(run), next_(nextInBlock ? run + job.srcRowBytes : nullptr), runBytes_(outputs * 8) {}
+
+    // Asks for the byte kBytes on from byte `at` of the run.
+    HWY_INLINE void ask(size_t at) const {
+        const size_t ahead = at + kBytes;
+        if (ahead < runBytes_) {
+            hwy::Prefetch(run_ + ahead);
+        } else if (next_ != nullptr && ahead - runBytes_ < runBytes_) {
+            hwy::Prefetch(next_ + (ahead - runBytes_));
+        }
+    }
+
+private:
+    const uint8_t* run_;
+    const uint8_t* next_;
+    size_t runBytes_;
+};
+
 // Four 8-bit channels in fixed point over an exact halving's run: every
 // output takes the same weights on the five pixels from two after the
 // previous output's first, and the fifth weight is 0 (the B-spline at 2.5
@@ -489,8 +575,10 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
         for (size_t y = y0; y < y0 + h; ++y) {
             const uint8_t* src = job.src + y * job.srcRowBytes + firstPixel * 4;
             uint8_t* dst = job.dst + y * job.dstRowBytes;
+            const HalvingAhead ahead(job, src, y + 1 < y0 + h, end - begin);
             for (size_t x = begin; x < end; x += group) {
                 const uint8_t* s = src + (x - begin) * 8;
+                ahead.ask((x - begin) * 8);
                 const auto a = hn::LoadU(d8, s), b = hn::LoadU(d8, s + 16);
                 const auto shared = hn::BitCast(d16, hn::TableLookupBytesOr0(a, highPair));
                 // Each sum has a second accumulator, which x86 leaves at zero.
@@ -556,8 +644,10 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
         for (size_t y = y0; y < y0 + h; ++y) {
             const uint8_t* const src = job.src + y * job.srcRowBytes + firstPixel * 4;
             uint8_t* const dst = job.dst + y * job.dstRowBytes;
+            const HalvingAhead ahead(job, src, y + 1 < y0 + h, end - begin);
             for (size_t x = begin; x < end; x += group) {
                 const uint8_t* s = src + (x - begin) * 8;
+                ahead.ask((x - begin) * 8);
                 const auto here = hn::LoadU(d8, s), on = hn::LoadU(d8, s + 16);
                 const hn::Vec<decltype(df)> even[kUsed] = {pixel(here, 0), pixel(here, 1), pixel(here, 2), pixel(here, 3)};
                 const hn::Vec<decltype(df)> odd[kUsed] = {even[2], even[3], pixel(on, 0), pixel(on, 1)};

@@ -6,12 +6,14 @@
 
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <vector>
 
 #include "Core/GridSplit.h"
 #include "Geometry/GeometryMembers.h"
+#include "Geometry/ScaleKernels.h"
 #include "Geometry/ScaleReference.h"
 #include "support/CheckOrder.h"
 #include "support/Codes.h"
@@ -270,6 +272,53 @@ TEST(Scale, SumsBeyondTheSampleRangeClampUnderEveryKernel) {
                 return dest.pixels();
             });
         }
+    }
+}
+
+// The 8-bit fixed-point vertical pass leaves out taps of weight 0 and adds
+// the two rows of each weight first where a row's weights read the same
+// from either end. Hand-made table rows reach every such plan, with rows of
+// 0 and 255 among the taps, and each vector kernel must store the scalar
+// rule's bytes, row tails included, and nothing past them.
+TEST(Scale, VerticalTermsOfEveryShapeOfWeightsGiveTheRule) {
+    using scale::Arithmetic, scale::kShrinkTaps, scale::PassJob, scale::PassKernel;
+    constexpr int32_t kWeights[][kShrinkTaps] = {
+        {341, 7850, 7850, 341, 0},           // an exact halving's: two folded terms
+        {0, 341, 7850, 7850, 341},           // the same behind a zero
+        {341, 7850, 7851, 341, 0},           // an inner weight off: not folded
+        {340, 7850, 7850, 341, 0},           // an outer one
+        {100, 0, -200, 0, 100},              // folded once the zeros are left out
+        {32767, -32768, 5, -32768, 32767},   // symmetric but odd: not folded
+        {-32768, 32767, 32767, -32768, 0},   // the 16-bit extremes, folded
+        {0, 0, 16384, 0, 0},                 // one tap
+        {0, 0, 0, 0, 0},                     // none
+        {40000, 1, 1, 40000, 0},             // past 16 bits: the general kernel
+    };
+    constexpr int32_t kRows[kShrinkTaps] = {3, 0, 4, 1, 2};  // the taps' source rows, out of order
+    constexpr size_t kSamples = 37 * 4, kPitch = kSamples + 16, kOut = std::size(kWeights);
+    std::vector<uint8_t> source(kShrinkTaps * kSamples);
+    uint32_t seed = 7;
+    for (uint8_t& b : source) b = static_cast<uint8_t>((seed = seed * 1664525u + 1013904223u) >> 24);
+    for (size_t x = 0; x < kSamples; ++x) source[2 * kSamples + x] = 255, source[4 * kSamples + x] = x % 3 ? 0 : 255;
+    std::vector<int32_t> indices, weights;
+    for (const auto& row : kWeights)
+        for (size_t j = 0; j < kShrinkTaps; ++j) indices.push_back(kRows[j]), weights.push_back(row[j]);
+    const auto run = [&](PassKernel kernel) {
+        std::vector<uint8_t> out(kOut * kPitch, 0x5A);
+        const PassJob job{source.data(), kSamples, out.data(), kPitch,
+                          reinterpret_cast<const uint8_t*>(indices.data()),
+                          reinterpret_cast<const uint8_t*>(weights.data()), scale::FormatIndex<kARGB8888>(),
+                          Arithmetic::Fixed, kShrinkTaps};
+        kernel(job, 0, 0, kSamples / 4, kOut);
+        return out;
+    };
+    const std::vector<uint8_t> want = run(scale::kVerticalPass.scalar);
+    for (size_t y = 0; y < kOut; ++y)
+        for (size_t x = kSamples; x < kPitch; ++x) ASSERT_EQ(want[y * kPitch + x], 0x5A);
+    for (const Variant& v : KernelVariants()) {
+        const VariantScope scope(v);
+        SCOPED_TRACE(v.name);
+        EXPECT_EQ(run(scale::kVerticalPass.choose()), want);
     }
 }
 
