@@ -53,6 +53,32 @@ void StreamCopy16(const uint8_t* from, uint8_t* to, size_t bytes, bool fence) {
         _mm_stream_si128(reinterpret_cast<__m128i*>(to + i), _mm_load_si128(reinterpret_cast<const __m128i*>(from + i)));
     if (fence) _mm_sfence();
 }
+// Reads `in` bytes and streams `out` bytes a pixel, for 64 pixels a step,
+// with no work between: the memory's rate for a member of that shape (three
+// bytes written for two read, say), which a copy's equal halves do not show.
+// Each stored vector depends on every load of its step, so none is skipped.
+#define QUORIN_STREAM_SHAPE(NAME, TARGET, V, LOAD, STREAM, XOR)                                  \
+    TARGET void NAME(const uint8_t* from, uint8_t* to, size_t pixels, size_t in, size_t out) { \
+        const size_t loads = in * 64 / sizeof(V), stores = out * 64 / sizeof(V);               \
+        for (size_t p = 0; p < pixels; p += 64, from += in * 64, to += out * 64) {             \
+            V folded = LOAD(reinterpret_cast<const V*>(from));                                \
+            for (size_t i = 1; i < loads; ++i) folded = XOR(folded, LOAD(reinterpret_cast<const V*>(from) + i)); \
+            for (size_t i = 0; i < stores; ++i) STREAM(reinterpret_cast<V*>(to) + i, folded);  \
+        }                                                                                      \
+        _mm_sfence();                                                                          \
+    }
+QUORIN_STREAM_SHAPE(StreamShape64, __attribute__((target("avx512f"))), __m512i, _mm512_load_si512, _mm512_stream_si512,
+                    _mm512_xor_si512)
+QUORIN_STREAM_SHAPE(StreamShape32, __attribute__((target("avx2"))), __m256i, _mm256_load_si256, _mm256_stream_si256,
+                    _mm256_xor_si256)
+QUORIN_STREAM_SHAPE(StreamShape16, , __m128i, _mm_load_si128, _mm_stream_si128, _mm_xor_si128)
+#undef QUORIN_STREAM_SHAPE
+void StreamShape(const uint8_t* from, uint8_t* to, size_t pixels, size_t in, size_t out) {
+    static const auto shape = __builtin_cpu_supports("avx512f") ? StreamShape64
+                              : __builtin_cpu_supports("avx2") ? StreamShape32
+                                                               : StreamShape16;
+    shape(from, to, pixels, in, out);
+}
 __attribute__((target("avx512f"))) void StreamFill64(uint8_t* to, size_t bytes) {
     const __m512i value = _mm512_set1_epi8(3);
     for (size_t i = 0; i < bytes; i += 64) _mm512_stream_si512(reinterpret_cast<__m512i*>(to + i), value);
@@ -115,6 +141,10 @@ void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes, bool fence = tru
 }
 void FenceStreams() { _mm_sfence(); }
 #else
+void StreamShape(const uint8_t* from, uint8_t* to, size_t pixels, size_t in, size_t out) {
+    for (size_t p = 0; p < pixels; ++p, from += in, to += out)
+        for (size_t i = 0; i < out; ++i) to[i] = from[i % in];
+}
 void StreamCopy(const uint8_t* from, uint8_t* to, size_t bytes, bool = true) { std::memcpy(to, from, bytes); }
 void FenceStreams() {}
 void StreamFill(uint8_t* to, size_t bytes) { std::memset(to, 3, bytes); }
@@ -186,6 +216,31 @@ void RegisterQuarterRowsCeiling(size_t size, Split split) {
         CopyBuffersOf(from, to, bytes));
 }
 
+// The shapes of the members that read and write unequal bytes a pixel
+// (two read and three written, and so on), each streamed on one thread: a
+// member of that shape cannot pass its row. Four pixels of a one-byte plane
+// packed into one byte count as one pixel of shape 4-1.
+void RegisterShapeCeilings(size_t size) {
+    static constexpr std::pair<size_t, size_t> kShapes[] = {{2, 3}, {3, 2}, {4, 3}, {6, 2}, {6, 3}, {8, 2},
+                                                            {8, 3}, {8, 6}, {16, 4}, {16, 12}, {4, 1}, {4, 2}};
+    for (auto [in, out] : kShapes) {
+        const size_t pixels = size * size;
+        const auto from = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+        const auto to = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
+        const std::string name = "ceiling.stream-shape." + std::to_string(in) + "-" + std::to_string(out);
+        RegisterRow(
+            {name, size, size, Split::Single, (in + out) * pixels},
+            [from, to, pixels, in, out] { StreamShape(from->get(), to->get(), pixels, in, out); }, {},
+            [from, to, pixels, in, out] {
+                if (*from) return;
+                from->reset(static_cast<uint8_t*>(std::aligned_alloc(64, in * pixels)));
+                to->reset(static_cast<uint8_t*>(std::aligned_alloc(64, out * pixels)));
+                std::memset(from->get(), 1, in * pixels);
+                std::memset(to->get(), 2, out * pixels);
+            });
+    }
+}
+
 // One buffer of eight bytes a pixel, split into one 128-byte-aligned piece
 // per processor, each handed to `piece(start, bytes)`.
 template <class Piece>
@@ -255,6 +310,7 @@ const RegisterFamily kDispatch([] {
             RegisterReadCeiling(size, split);
             RegisterQuarterRowsCeiling(size, split);
         }
+    for (size_t size : StandardSizes()) RegisterShapeCeilings(size);
 });
 
 }  // namespace
