@@ -222,7 +222,7 @@ void RegisterQuarterRowsCeiling(size_t size, Split split) {
 // packed into one byte count as one pixel of shape 4-1.
 void RegisterShapeCeilings(size_t size) {
     static constexpr std::pair<size_t, size_t> kShapes[] = {{2, 3}, {3, 2}, {4, 3}, {6, 2}, {6, 3}, {8, 2},
-                                                            {8, 3}, {8, 6}, {16, 4}, {16, 12}, {4, 1}, {4, 2}};
+                                                            {8, 3}, {8, 4}, {8, 6}, {16, 4}, {16, 12}, {4, 1}, {4, 2}};
     for (auto [in, out] : kShapes) {
         const size_t pixels = size * size;
         const auto from = std::make_shared<std::unique_ptr<uint8_t, AlignedFree>>();
