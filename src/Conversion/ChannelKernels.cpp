@@ -66,8 +66,10 @@ void ExtractPackedSteps(const T* src, T* dst, size_t count, size_t channel, bool
     const hn::Repartition<hwy::MakeWide<T>, decltype(d)> dh;
     const size_t pixels = hn::Lanes(dp);
     const int shift = static_cast<int>(channel * 8 * sizeof(T));
+    const channels::SourceReadAhead readAhead(src, count == 0 ? 0 : 4 * (count - 1) * sizeof(T), 4 * hn::Lanes(d) * sizeof(T));
     auto step = [&](size_t k, auto store) {
         const T* from = src + 4 * k;
+        if (stream) readAhead(from);
         auto low = [&](size_t i) {
             return hn::BitCast(dh, hn::ShiftRightSame(hn::BitCast(dp, hn::LoadU(d, from + i * 4 * pixels)), shift));
         };

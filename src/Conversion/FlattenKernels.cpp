@@ -27,6 +27,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "Conversion/ChannelKernels.h"
 #include "Conversion/FlattenKernels.h"
 #include "Core/CanonicalNaN-inl.h"
 #include "Core/Intrinsics-inl.h"
@@ -216,15 +217,12 @@ struct FloatLanes {
     }
 };
 
-// Streamed runs ask for their source a kilobyte ahead of the steps: with
-// the flatten's arithmetic between loads, the hardware's own prefetching
-// leaves them waiting on the memory. Measured on Zen 3 with AVX2, 4096 x
-// 4096 single-threaded, medians of five interleaved runs against the
-// streaming copy of the same process: RGBA8888 79 % of the copy's speed
-// without, 88-104 % with (three processes); RGBA16U 76 % against 81-101 %,
-// RGBAFFFF to RGBFFF 67 % against 80-101 %. 2048 bytes ahead did as well,
-// 4096 worse.
-constexpr size_t kReadAhead = 1024;
+// Streamed runs read their source ahead (SourceReadAhead). Measured on Zen
+// 3 with AVX2, 4096 x 4096 single-threaded, medians of five interleaved runs
+// against the streaming copy of the same process: RGBA8888 79 % of the
+// copy's speed without, 88-104 % with 1 KB ahead (three processes); RGBA16U
+// 76 % against 81-101 %, RGBAFFFF to RGBFFF 67 % against 80-101 %. 2048
+// bytes ahead did as well, 4096 worse.
 
 // The run: whole steps of one vector (four outputs) or four vectors (three
 // outputs, each block's pixels packed into its first twelve bytes and the
@@ -243,18 +241,13 @@ void FlattenSteps(const T* src, T* dst, size_t pixels, const channels::FlattenAr
     });
     const auto* const from = reinterpret_cast<const uint8_t*>(src);
     auto* const to = reinterpret_cast<uint8_t*>(dst);
-    // The steps from which a step's source bytes, kReadAhead on, still lie in the run.
-    const size_t stepBytes = step * kIn;
-    const size_t fetching = pixels * kIn >= kReadAhead + stepBytes ? (pixels * kIn - kReadAhead - stepBytes) / kIn + 1 : 0;
+    const channels::SourceReadAhead readAhead(src, pixels * kIn, step * kIn);
     RunWholeSteps(
         stream, dst, pixels, kOut, step,
         [&](size_t i, auto stores) {
             const uint8_t* s = from + i * kIn;
             uint8_t* o = to + i * kOut;
-            if constexpr (std::is_same_v<decltype(stores), StreamingStores>) {
-                if (i < fetching)
-                    for (size_t b = 0; b < stepBytes; b += 64) hwy::Prefetch(s + b + kReadAhead);
-            }
+            if constexpr (std::is_same_v<decltype(stores), StreamingStores>) readAhead(s);
             if constexpr (kShape.outputs == 4) {
                 stores(lanes(hn::LoadU(d8, s)), d8, o);
             } else {
