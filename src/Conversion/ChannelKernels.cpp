@@ -141,7 +141,10 @@ void OverwriteFromPlaneSteps(const T* plane, const T* src, T* dst, size_t count,
         const auto indices = hn::SetTableIndices(du, spread);
         const size_t reach = lanes - pixels;  // plane elements a whole load takes beyond its step's
         const size_t steps = count > reach ? count - reach : 0;
+        const channels::SourceReadAhead pixelsAhead(src, 4 * steps * sizeof(T), lanes * sizeof(T));
+        const channels::SourceReadAhead planeAhead(plane, steps * sizeof(T), pixels * sizeof(T));
         StoreRun(du, stream, dst, steps, 4 * sizeof(T), pixels, [&](size_t x, auto store) {
+            if (stream) pixelsAhead(from + 4 * x), planeAhead(elements + x);
             const auto repeated = hn::TableLookupLanes(hn::LoadU(du, elements + x), indices);
             const auto v = hn::LoadU(du, from + 4 * x);
             store(hn::Or(hn::And(mask, repeated), hn::AndNot(mask, v)), to + 4 * x);
