@@ -193,24 +193,12 @@ void PackRun(const uint8_t* src, uint8_t* dst, size_t bytes, bool) {
 }
 #endif
 
-void UnpackPlane1Vector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
-    UnpackRun<1>(src, dst, bytes, stream);
-}
-void UnpackPlane2Vector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
-    UnpackRun<2>(src, dst, bytes, stream);
-}
-void UnpackPlane4Vector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
-    UnpackRun<4>(src, dst, bytes, stream);
-}
-void PackPlane1Vector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
-    PackRun<1>(src, dst, bytes, stream);
-}
-void PackPlane2Vector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
-    PackRun<2>(src, dst, bytes, stream);
-}
-void PackPlane4Vector(const uint8_t* src, uint8_t* dst, size_t bytes, bool stream) {
-    PackRun<4>(src, dst, bytes, stream);
-}
+void UnpackPlane1Vector(const uint8_t* s, uint8_t* d, size_t n, bool stream) { UnpackRun<1>(s, d, n, stream); }
+void UnpackPlane2Vector(const uint8_t* s, uint8_t* d, size_t n, bool stream) { UnpackRun<2>(s, d, n, stream); }
+void UnpackPlane4Vector(const uint8_t* s, uint8_t* d, size_t n, bool stream) { UnpackRun<4>(s, d, n, stream); }
+void PackPlane1Vector(const uint8_t* s, uint8_t* d, size_t n, bool stream) { PackRun<1>(s, d, n, stream); }
+void PackPlane2Vector(const uint8_t* s, uint8_t* d, size_t n, bool stream) { PackRun<2>(s, d, n, stream); }
+void PackPlane4Vector(const uint8_t* s, uint8_t* d, size_t n, bool stream) { PackRun<4>(s, d, n, stream); }
 
 }  // namespace quorin::planes::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
