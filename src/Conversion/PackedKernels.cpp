@@ -83,7 +83,7 @@ void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
         const hn::ScalableTag<uint8_t> d8;
         const size_t n = hn::Lanes(d8);
         const auto pick = hn::LoadDup128(d8, PickTriples<kFrom, kTo>().bytes);
-        RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+        RunWholeSteps<true>(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
             const uint8_t* in = src + i * kFrom.pixelBytes();
             ReadAhead(in, lanes * kFrom.pixelBytes());
             uint8_t* out = dst + i * kTo.pixelBytes();
@@ -98,7 +98,7 @@ void Reorder(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
         using C = Cell<kFrom, kTo>;
         const T* from = reinterpret_cast<const T*>(src);
         T* to = reinterpret_cast<T*>(dst);
-        RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+        RunWholeSteps<true>(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
             auto v0 = hn::Zero(d), v1 = v0, v2 = v0;
             hn::LoadInterleaved3(d, from + 3 * i, v0, v1, v2);
             const decltype(v0) in[3] = {v0, v1, v2};
@@ -294,7 +294,7 @@ void ToFloats(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     const size_t lanes = hn::Lanes(d);
     // Interleaved steps stream only when they fill whole vectors (three
     // vectors of 32-bit lanes).
-    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+    RunWholeSteps<true>(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
         V32 c[3];
         LoadColours<kFrom>(src, i, C::from, c);
         const hn::Rebind<float, D32> df;
@@ -376,7 +376,7 @@ void RescaleWords(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) 
     // four-byte pixel.
     static constexpr uint8_t kKeepThree[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0x80, 0x80, 0x80, 0x80};
     [[maybe_unused]] const auto pick = hn::LoadDup128(d8, kKeepThree);
-    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), step, [&](size_t i, auto stores) {
+    RunWholeSteps<true>(stream, dst, pixels, kTo.pixelBytes(), step, [&](size_t i, auto stores) {
         ReadAhead(src + i * kFrom.pixelBytes(), step * kFrom.pixelBytes());
         V16 c[3][2];
         if constexpr (kFrom.packed()) {
@@ -488,7 +488,7 @@ void PackInPlace(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
         return hn::BitCast(d16, hn::RearrangeToOddPlusEven(sum, more));
     };
     auto* const out = reinterpret_cast<uint16_t*>(dst);
-    RunWholeSteps(stream, dst, pixels, 2, step, [&](size_t i, auto stores) {
+    RunWholeSteps<true>(stream, dst, pixels, 2, step, [&](size_t i, auto stores) {
         const uint8_t* in = src + 4 * i;
         ReadAhead(in, 4 * step);
         stores(hn::ConcatEven(d16, words(in + 4 * quarter), words(in)), d16, out + i);
@@ -519,7 +519,7 @@ void MapSamples(const uint8_t* src, uint8_t* dst, size_t pixels, bool stream) {
     const hn::Half<decltype(d8)> dh8;
     const hn::Repartition<uint16_t, decltype(d8)> d16;
     const size_t n = hn::Lanes(d8), half = hn::Lanes(d16);
-    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), n, [&](size_t i, auto stores) {
+    RunWholeSteps<true>(stream, dst, pixels, kTo.pixelBytes(), n, [&](size_t i, auto stores) {
         const size_t first = 3 * i;
         for (size_t v = 0; v < 3 * std::min(kInBytes, kOutBytes); ++v) {
             const size_t at = first * std::min(kInBytes, kOutBytes) + v * n;
@@ -595,7 +595,7 @@ void AddAlphaSamples(const uint8_t* src, const uint8_t* plane, uint8_t* dst, siz
         AddAlphaPixels<kFrom, kTo>(src + 3 * kSample * first, plane ? plane + first : nullptr,
                                    dst + 4 * kSample * first, count, constant, false);
     };
-    StoreRun(dp, stream, dst, steps, 4 * kSample, step, body, scalar);
+    StoreRun<true>(dp, stream, dst, steps, 4 * kSample, step, body, scalar);
     scalar(steps, pixels - steps);
 }
 
@@ -619,7 +619,7 @@ void AddAlphaFromWords(const uint8_t* src, const uint8_t* plane, uint8_t* dst, s
         AddAlphaPixels<kFrom, kTo>(src + 2 * first, plane ? plane + first : nullptr, dst + 4 * first, count, constant,
                                    false);
     };
-    RunWholeSteps(stream, dst, pixels, 4, lanes, [&](size_t i, auto stores) {
+    RunWholeSteps<true>(stream, dst, pixels, 4, lanes, [&](size_t i, auto stores) {
         const auto w = hn::LoadU(d16, words + i);
         const auto a = plane ? hn::PromoteTo(d16, hn::LoadU(d8, plane + i))
                              : hn::Set(d16, static_cast<uint16_t>(constant.integer));
@@ -662,7 +662,7 @@ void AddAlphaLanes(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size_
         AddAlphaPixels<kFrom, kTo>(src + first * kFrom.pixelBytes(), plane ? plane + first : nullptr,
                                    dst + first * kTo.pixelBytes(), count, constant, premultiply);
     };
-    RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+    RunWholeSteps<true>(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
         V32 c[3];
         LoadColours<kFrom>(src, i, C::from, c);
         const V32 a = plane ? RescaleLanes(hn::PromoteTo(d, hn::LoadU(d8, plane + i)), 8, kDepth)
@@ -710,7 +710,7 @@ void AddAlphaFloats(const uint8_t* src, const uint8_t* plane, uint8_t* dst, size
     };
     // As in the scalar rule, the copying variant has no multiply in it at all.
     const auto run = [&](auto multiply) {
-        RunWholeSteps(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
+        RunWholeSteps<true>(stream, dst, pixels, kTo.pixelBytes(), lanes, [&](size_t i, auto stores) {
             auto v0 = hn::Zero(df), v1 = v0, v2 = v0;
             hn::LoadInterleaved3(df, from + 3 * i, v0, v1, v2);
             const auto a = plane ? hn::Mul(hn::ConvertTo(df, hn::PromoteTo(di, hn::LoadU(d8, plane + i))),

@@ -7,6 +7,7 @@
 #include "Conversion/PackedPlanesMembers.h"
 #include "Conversion/PackedPlanesRules.h"
 #include "Core/Checks.h"
+#include "Core/Streaming.h"
 #include "platform/Log.h"
 
 namespace quorin::planes {
@@ -56,11 +57,13 @@ void Convert(const PlaneMember& m, const Quorin_Buffer* src, const Quorin_Buffer
     // The packed side's rows are `bytes` long by definition; the plane's
     // follow each other when they are exactly bytes x per long.
     const size_t planeRowBytes = unpack ? dest->rowBytes : src->rowBytes;
+    const bool stream = WantsStreaming(rows * (unpack ? bytes * per : bytes));
+    const StreamFenceScope fence;
     if (planeRowBytes == bytes * per) {
-        kernel(from, to, rows * bytes);
+        kernel(from, to, rows * bytes, stream);
         return;
     }
-    for (size_t y = 0; y < rows; ++y) kernel(from + y * src->rowBytes, to + y * dest->rowBytes, bytes);
+    for (size_t y = 0; y < rows; ++y) kernel(from + y * src->rowBytes, to + y * dest->rowBytes, bytes, stream);
 }
 
 // Packing into one bit a pixel has modes, of which only 0 exists: the others

@@ -35,7 +35,7 @@ constexpr unsigned FieldAt(uint8_t packed, size_t p) {
 
 // `bytes` packed bytes into bytes x 8 / bits plane bytes.
 template <unsigned kBits>
-void UnpackBytes(const uint8_t* src, uint8_t* dst, size_t bytes) {
+void UnpackBytes(const uint8_t* src, uint8_t* dst, size_t bytes, bool /*stream*/ = false) {
     constexpr size_t kPer = PixelsPerByte(kBits);
     for (size_t i = 0; i < bytes; ++i)
         for (size_t p = 0; p < kPer; ++p)
@@ -44,7 +44,7 @@ void UnpackBytes(const uint8_t* src, uint8_t* dst, size_t bytes) {
 
 // bytes x 8 / bits plane bytes into `bytes` packed bytes.
 template <unsigned kBits>
-void PackBytes(const uint8_t* src, uint8_t* dst, size_t bytes) {
+void PackBytes(const uint8_t* src, uint8_t* dst, size_t bytes, bool /*stream*/ = false) {
     constexpr size_t kPer = PixelsPerByte(kBits);
     for (size_t i = 0; i < bytes; ++i) {
         unsigned packed = 0;
@@ -53,8 +53,9 @@ void PackBytes(const uint8_t* src, uint8_t* dst, size_t bytes) {
     }
 }
 
-// Both directions take (source, destination, packed byte count).
-using PlaneKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t packedBytes);
+// Both directions take (source, destination, packed byte count, whether
+// the destination is large enough to stream: WantsStreaming).
+using PlaneKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t packedBytes, bool stream);
 
 // Index by bits: 0 for 1 bit, 1 for 2 bits, 2 for 4 bits.
 constexpr size_t KernelIndex(unsigned bits) { return bits == 1 ? 0 : bits == 2 ? 1 : 2; }

@@ -211,41 +211,99 @@ HWY_INLINE void RunSteps(size_t head, size_t pixels, const Body& body, const Sca
     scalar(done, pixels - done);
 }
 
+// A whole step's stores into a buffer in place of the destination: `base`
+// is where the step's first byte would go, `buffer` where it goes instead.
+struct BounceStores {
+    uint8_t* base;
+    uint8_t* buffer;
+    template <class T>
+    HWY_INLINE T* Redirect(T* to) const {
+        return reinterpret_cast<T*>(buffer + (reinterpret_cast<uint8_t*>(to) - base));
+    }
+    template <class V, class D, class T>
+    HWY_INLINE void operator()(V v, D d, T* to) const { hn::StoreU(v, d, Redirect(to)); }
+    template <class D, class T, class... V>
+    HWY_INLINE void Interleaved(D d, T* to, V... v) const { PlainStores().Interleaved(d, Redirect(to), v...); }
+};
+
+// `bytes` from `from` to `to` with streaming stores of words, the bytes
+// before the first word boundary and after the last whole word plain.
+HWY_INLINE void StreamBytes(uint8_t* to, const uint8_t* from, size_t bytes) {
+    const size_t lead = std::min(bytes, static_cast<size_t>((0 - reinterpret_cast<uintptr_t>(to)) & 3));
+    const size_t words = (bytes - lead) & ~size_t{3};
+    std::memcpy(to, from, lead);
+    StreamWords(to + lead, from + lead, words);
+    std::memcpy(to + lead + words, from + lead + words, bytes - lead - words);
+}
+
+inline constexpr size_t kMaxBouncedStepBytes = 16 * HWY_MAX_BYTES;
+
+// The whole steps of a one-destination run from `head` on (RunSteps), each
+// step(i, stores) storing the step at pixel i. A streamed run's head and
+// tail share cache lines with its streamed steps, and plain stores there
+// read each such line in and write it back apart from the streamed bytes:
+// with 32-byte vectors and buffers 16 bytes past a 32-byte boundary (as
+// malloc gives large blocks), the three-byte cells lost a quarter to a
+// third of their speed at 4096 x 4096, run row by row, and fell behind
+// their own 16-byte-vector twins, whose steps need no head. Where the
+// processor has word-sized streaming stores (StreamWords), the head is the
+// first pixels of the step at pixel 0 and the tail the last ones of the
+// step ending at the run's end, each computed into a buffer and streamed.
+// The tail's step reads pixels already written, so it is taken only when
+// the destination overlaps no source (kSourcesApart); else the scalar rule
+// writes the tail.
+template <bool kSourcesApart, class Step, class Scalar>
+HWY_INLINE void RunStepsStreamingEnds(size_t head, uint8_t* dst, size_t pixels, size_t pixelBytes, size_t step,
+                                      const Step& stepAt, const Scalar& scalar) {
+    const auto steps = [&](size_t start, auto stores) {
+        return start + WholeSteps(pixels - start, step, [&](size_t k) { stepAt(start + k, stores); });
+    };
+    constexpr bool kWordStreams = HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4;
+    if (!kWordStreams || head == kNoStreaming || pixels < step || step * pixelBytes > kMaxBouncedStepBytes)
+        return RunSteps(head, pixels, steps, scalar);
+    HWY_ALIGN uint8_t bounce[kMaxBouncedStepBytes];
+    const auto streamPart = [&](size_t at, size_t first, size_t count) {
+        stepAt(at, BounceStores{dst + at * pixelBytes, bounce});
+        StreamBytes(dst + first * pixelBytes, bounce + (first - at) * pixelBytes, count * pixelBytes);
+    };
+    if (head != 0) streamPart(0, 0, head);
+    const size_t done = steps(head, StreamingStores());
+    if (done != pixels) {
+        if constexpr (kSourcesApart) streamPart(pixels - step, done, pixels - done);
+        else scalar(done, pixels - done);
+    }
+    if (!StreamFenceDeferred()) hwy::FlushStream();
+}
+
 // The run of a kernel writing one destination of `pixelBytes` a pixel in
 // whole steps of `step` pixels: body(i, stores) stores the step from pixel
 // i on, scalar(first, count) takes the pixels no whole step covers. Large
-// destinations (`stream`) are streamed when the steps fill whole vectors.
-template <class T, class Body, class Scalar>
+// destinations (`stream`) are streamed when the steps fill whole vectors,
+// their ends too (RunStepsStreamingEnds; kSourcesApart: dst overlaps no
+// source).
+template <bool kSourcesApart = false, class T, class Body, class Scalar>
 HWY_INLINE void RunWholeSteps(bool stream, T* dst, size_t pixels, size_t pixelBytes, size_t step, const Body& body,
                               const Scalar& scalar) {
     T* const destinations[1] = {dst};
     const size_t head = StreamingHeadOf(stream, destinations, 1, pixels, pixelBytes,
                                         hn::Lanes(hn::ScalableTag<uint8_t>()), step * pixelBytes);
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, step, [&](size_t k) { body(start + k, stores); });
-        },
-        scalar);
+    RunStepsStreamingEnds<kSourcesApart>(head, reinterpret_cast<uint8_t*>(dst), pixels, pixelBytes, step, body,
+                                         scalar);
 }
 
 // Runs a kernel over `pixels` pixels of `pixelBytes` bytes written at `dest`
 // as vectors of descriptor d, `step` pixels each: body(i, store) computes
 // the step from pixel i on and hands its vector to store(v, to);
 // scalar(first, count) takes the pixels no whole step covers. With `stream`
-// the aligned steps are written with streaming stores.
-template <class D, class Body, class Scalar>
-HWY_INLINE void StoreRun(D d, bool stream, const void* dest, size_t pixels, size_t pixelBytes, size_t step,
+// the aligned steps are written with streaming stores, and the ends as in
+// RunWholeSteps.
+template <bool kSourcesApart = false, class D, class Body, class Scalar>
+HWY_INLINE void StoreRun(D d, bool stream, void* dest, size_t pixels, size_t pixelBytes, size_t step,
                          const Body& body, const Scalar& scalar) {
     const size_t head = StreamingHead(stream, dest, pixels, pixelBytes, hn::Lanes(d) * sizeof(hn::TFromD<D>));
-    RunSteps(
-        head, pixels,
-        [&](size_t start, auto stores) {
-            return start + WholeSteps(pixels - start, step, [&](size_t k) {
-                       body(start + k, [d, stores](auto v, auto* to) { stores(v, d, to); });
-                   });
-        },
-        scalar);
+    RunStepsStreamingEnds<kSourcesApart>(
+        head, static_cast<uint8_t*>(dest), pixels, pixelBytes, step,
+        [&](size_t i, auto stores) { body(i, [d, stores](auto v, auto* to) { stores(v, d, to); }); }, scalar);
 }
 
 }  // namespace quorin::HWY_NAMESPACE

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -61,12 +62,13 @@ private:
 // `padding` bytes after each row of the plane (the packed rows are exactly
 // the bytes converted); widths as large as the rows allow, the source filled
 // from `seed`, or with seed 0 so that every byte value meets every pixel
-// position of a packed byte once the rows hold 256 packed bytes.
-Images Make(const PlaneMember& m, size_t bytes, size_t rows, size_t padding, uint64_t seed) {
+// position of a packed byte once the rows hold 256 packed bytes; the
+// destination `destOffset` bytes past an aligned start.
+Images Make(const PlaneMember& m, size_t bytes, size_t rows, size_t padding, uint64_t seed, size_t destOffset = 3) {
     const size_t per = m.pixelsPerByte(), plane = bytes * per;
     const bool unpack = m.direction == Direction::Unpack;
     Images images{GuardedImage(unpack ? bytes : plane, rows, 1, unpack ? 0 : padding, 1),
-                  GuardedImage(unpack ? plane : bytes, rows, 1, unpack ? padding : 0, 3), plane};
+                  GuardedImage(unpack ? plane : bytes, rows, 1, unpack ? padding : 0, destOffset), plane};
     images.src.fillRandom(seed);
     const size_t width = images.src.width(), step = unpack ? 1 : per;
     for (size_t i = 0; i < width * rows && seed == 0; ++i)
@@ -99,12 +101,17 @@ TEST(PackedPlanes, EveryByteValueAndRowLengthUnderEveryKernel) {
         for (size_t n = 1; n <= 72; ++n) lengths.push_back(n);
         lengths.push_back(256 / m->pixelsPerByte() * 3 + 5);
         lengths.push_back(1000);
+        // The streamed round writes to an aligned destination, whose rows
+        // start at every offset from a vector boundary as the lengths grow.
+        for (const bool streamed : {false, true})
         for (const size_t bytes : lengths)
             for (const size_t padding : {size_t{0}, size_t{3}}) {
-                SCOPED_TRACE(::testing::Message() << bytes << " bytes, padding " << padding);
+                SCOPED_TRACE(::testing::Message() << bytes << " bytes, padding " << padding << ", streamed " << streamed);
+                std::optional<StreamingForced> forced;
+                if (streamed) forced.emplace();
                 ExpectSameBytesEverywhere(
                     [&](Quorin_Flags) {
-                        Images images = Make(*m, bytes, 3, padding, bytes > 72 ? 0 : bytes);
+                        Images images = Make(*m, bytes, 3, padding, bytes > 72 ? 0 : bytes, streamed ? 0 : 3);
                         EXPECT_TRUE(ReturnsCode(images.run(*m), kQuorinSuccess));
                         EXPECT_EQ(images.src.damagedGuard(), "");
                         EXPECT_EQ(images.dest.damagedGuard(), "");
