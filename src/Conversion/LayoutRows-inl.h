@@ -26,6 +26,7 @@
 #include "Core/Intrinsics-inl.h"
 #include "Core/Opaque.h"
 #include "Core/RowLoop-inl.h"
+#include "Core/SourcePrefetch.h"
 
 #ifndef QUORIN_LAYOUT_ROWS_ONCE
 #define QUORIN_LAYOUT_ROWS_ONCE
@@ -483,7 +484,16 @@ void MergeRow(const typename Transform::From* const* planes, typename Transform:
             const auto channel = [&](size_t c, size_t at) {
                 return source[c] ? apply(dTo, c, Opaque(hn::LoadU(dFrom, source[c] + at))) : hn::Set(dTo, fill);
             };
+            // Streamed runs below AVX-512 prefetch every plane (kSourcePrefetchBytes).
+            constexpr bool kPrefetch =
+                std::is_same_v<std::remove_cvref_t<decltype(stores)>, quorin::HWY_NAMESPACE::StreamingStores> &&
+                HWY_TARGET != HWY_AVX3 && HWY_TARGET != HWY_AVX3_DL;
+            const size_t aheadPixels = kSourcePrefetchBytes / sizeof(From);
+            const size_t prefetchedEnd = kPrefetch && n > aheadPixels ? n - aheadPixels : 0;
             for (; i + lanes <= n; i += lanes) {
+                if (i < prefetchedEnd)
+                    for (size_t c = 0; c < C; ++c)
+                        if (source[c]) PrefetchSourceAhead(source[c] + i);
                 if constexpr (C == 4) {
                     stores.Interleaved(dTo, pixels + i * C, channel(0, i), channel(1, i), channel(2, i), channel(3, i));
                 } else {
