@@ -66,7 +66,7 @@ void ExtractPackedSteps(const T* src, T* dst, size_t count, size_t channel, bool
     const hn::Repartition<hwy::MakeWide<T>, decltype(d)> dh;
     const size_t pixels = hn::Lanes(dp);
     const int shift = static_cast<int>(channel * 8 * sizeof(T));
-    const channels::SourceReadAhead readAhead(src, count == 0 ? 0 : 4 * (count - 1) * sizeof(T), 4 * hn::Lanes(d) * sizeof(T));
+    const SourceReadAhead readAhead(src, count == 0 ? 0 : 4 * (count - 1) * sizeof(T), 4 * hn::Lanes(d) * sizeof(T));
     auto step = [&](size_t k, auto store) {
         const T* from = src + 4 * k;
         if (stream) readAhead(from);
@@ -141,8 +141,8 @@ void OverwriteFromPlaneSteps(const T* plane, const T* src, T* dst, size_t count,
         const auto indices = hn::SetTableIndices(du, spread);
         const size_t reach = lanes - pixels;  // plane elements a whole load takes beyond its step's
         const size_t steps = count > reach ? count - reach : 0;
-        const channels::SourceReadAhead pixelsAhead(src, 4 * steps * sizeof(T), lanes * sizeof(T));
-        const channels::SourceReadAhead planeAhead(plane, steps * sizeof(T), pixels * sizeof(T));
+        const SourceReadAhead pixelsAhead(src, 4 * steps * sizeof(T), lanes * sizeof(T));
+        const SourceReadAhead planeAhead(plane, steps * sizeof(T), pixels * sizeof(T));
         StoreRun(du, stream, dst, steps, 4 * sizeof(T), pixels, [&](size_t x, auto store) {
             if (stream) pixelsAhead(from + 4 * x), planeAhead(elements + x);
             const auto repeated = hn::TableLookupLanes(hn::LoadU(du, elements + x), indices);

@@ -6,35 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <hwy/cache_control.h>
-
 #include "Conversion/ChannelRules.h"
 #include "Core/KernelPair.h"
+#include "Core/SourcePrefetch.h"
 
 namespace quorin::channels {
-
-// Streamed runs ask for their source a kilobyte ahead of their steps: with
-// arithmetic between the loads, the hardware's own prefetching leaves them
-// waiting on the memory (FlattenKernels.cpp has the measurement). For a run
-// of `bytes` source bytes read `stepBytes` a step; nothing past the run is
-// asked for.
-class SourceReadAhead {
-public:
-    static constexpr size_t kAhead = 1024;
-    SourceReadAhead(const void* source, size_t bytes, size_t stepBytes)
-        : last_(reinterpret_cast<uintptr_t>(source) + (bytes >= kAhead + stepBytes ? bytes - kAhead - stepBytes : 0)),
-          stepBytes_(stepBytes), any_(bytes >= kAhead + stepBytes) {}
-    // For the step that reads from `at` on.
-    void operator()(const void* at) const {
-        if (!any_ || reinterpret_cast<uintptr_t>(at) > last_) return;
-        for (size_t b = 0; b < stepBytes_; b += 64) hwy::Prefetch(static_cast<const uint8_t*>(at) + b + kAhead);
-    }
-
-private:
-    uintptr_t last_;
-    size_t stepBytes_;
-    bool any_;
-};
 
 using FillKernel = void (*)(uint8_t* dst, size_t bytes, const uint8_t* pattern, size_t pixelBytes, bool stream);
 using SelectKernel = void (*)(const uint8_t* src, uint8_t* dst, size_t bytes, const uint8_t* pattern,

@@ -241,7 +241,7 @@ void FlattenSteps(const T* src, T* dst, size_t pixels, const channels::FlattenAr
     });
     const auto* const from = reinterpret_cast<const uint8_t*>(src);
     auto* const to = reinterpret_cast<uint8_t*>(dst);
-    const channels::SourceReadAhead readAhead(src, pixels * kIn, step * kIn);
+    const SourceReadAhead readAhead(src, pixels * kIn, step * kIn);
     RunWholeSteps(
         stream, dst, pixels, kOut, step,
         [&](size_t i, auto stores) {

@@ -24,6 +24,7 @@
 
 #include "Conversion/PackedPlanesRules.h"
 #include "Core/RowLoop-inl.h"
+#include "Core/SourcePrefetch.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quorin::planes::HWY_NAMESPACE {
@@ -149,7 +150,7 @@ void PackRun(const uint8_t* src, uint8_t* dst, size_t bytes, [[maybe_unused]] bo
         const hn::Repartition<uint16_t, decltype(d8)> d16;
         const hn::Rebind<uint8_t, decltype(d16)> dh;
         return StoreRun<true>(dh, Streams(stream), dst, bytes, 1, step, [&](size_t at, auto store) {
-            hwy::Prefetch(src + kPer * at + 1024);
+            PrefetchAhead(src + kPer * at, kReadAheadBytes);
             const auto words = hn::BitCast(d16, hn::LoadU(d8, src + kPer * at));
             const auto first = Quantize<kBits>(d16, hn::And(words, hn::Set(d16, uint16_t{0xFF})));
             const auto second = Quantize<kBits>(d16, hn::ShiftRight<8>(words));
@@ -170,7 +171,7 @@ void PackRun(const uint8_t* src, uint8_t* dst, size_t bytes, [[maybe_unused]] bo
             const auto inZipOrder = hn::SetTableIndices(d64, order);
             const auto third = hn::Set(d8, uint8_t{85});
             for (; i + step <= bytes; i += step) {
-                hwy::Prefetch(src + 4 * i + 1024);
+                PrefetchAhead(src + 4 * i, kReadAheadBytes);
                 const auto s = hn::TableLookupBytes(
                     hn::BitCast(d8, hn::TableLookupLanes(hn::BitCast(d64, hn::LoadU(d8, src + 4 * i)), inZipOrder)),
                     reverse);
