@@ -43,17 +43,18 @@ template <> struct AccLaneOf<Arithmetic::Fixed> { using Type = int32_t; };
 template <> struct AccLaneOf<Arithmetic::Double> { using Type = double; };
 
 // trunc((double)acc + 0.5) of float sums, as 32-bit integers, for results
-// clamped to the sample's range afterwards. A sum's whole part and fraction
-// are exact in float, and the double addition is exact, so a sum of 0 or more rounds to its whole part plus 1 when the fraction
-// is at least one half; a sum below 0 gives at most 0 either way. Sums are
-// bounded by the largest sample times the weights' absolute sum, far inside
-// the int32 range.
+// clamped to the sample's range afterwards: trunc(acc + h) in float, h the
+// float below one half, 0.5 - 2^-25. Adding 0.5 itself in float fails only
+// for acc = h, whose sum ties to 1; with h, a fraction of one half or more
+// still reaches the next whole number (at worst a tie to it, broken towards
+// the even 1.0 for sums below 1), and a smaller fraction stays more than half
+// a step short of it. Checked against the double rule for every finite float
+// of magnitude up to 10^9, clamped to 8 and to 16 bits. A sum below 0 gives
+// at most 0 either way. Sums are bounded by the largest sample times the
+// weights' absolute sum, far inside the int32 range.
 template <class DF>
 HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> RoundedSums(DF df, hn::Vec<DF> acc) {
-    const hn::RebindToSigned<DF> di;
-    const auto whole = quorin::HWY_NAMESPACE::TruncateInRange(di, acc);
-    const auto up = hn::Ge(hn::Sub(acc, hn::ConvertTo(df, whole)), hn::Set(df, 0.5f));
-    return hn::Sub(whole, hn::VecFromMask(di, hn::RebindMask(di, up)));
+    return quorin::HWY_NAMESPACE::TruncateInRange(hn::RebindToSigned<DF>(), hn::Add(acc, hn::Set(df, 0x1.fffffep-2f)));
 }
 
 // One arithmetic's sum over vectors whose lanes are independent outputs:
@@ -294,6 +295,102 @@ void VerticalBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size
         ScalarSamples<F, Arithmetic::Fixed, kTaps>(rows, weights, s, end - s, out);
     }
     if (stream && !StreamFenceDeferred()) hwy::FlushStream();
+}
+
+// Whether a float sum's 8-bit results go out through x86's per-block
+// saturating packs (VerticalBytesFloat); elsewhere VerticalPassVector serves.
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4
+constexpr bool kBlockPacks = true;
+#else
+constexpr bool kBlockPacks = false;
+#endif
+
+// Four vectors of rounded sums as bytes: two signed packs to 16 bits and an
+// unsigned pack to 8, which saturate as the rule's clamp does. Block b of
+// the result holds block b of q0, then of q1, q2 and q3.
+template <class D8, class VI>
+HWY_INLINE hn::Vec<D8> PackBlocks(D8, VI q0, VI q1, VI q2, VI q3) {
+#if HWY_TARGET == HWY_AVX2
+    return hn::Vec<D8>{_mm256_packus_epi16(_mm256_packs_epi32(q0.raw, q1.raw), _mm256_packs_epi32(q2.raw, q3.raw))};
+#elif HWY_TARGET == HWY_SSE4
+    return hn::Vec<D8>{_mm_packus_epi16(_mm_packs_epi32(q0.raw, q1.raw), _mm_packs_epi32(q2.raw, q3.raw))};
+#else
+    // The same order and saturation lane by lane; the kernels take it only
+    // where kBlockPacks holds.
+    const hn::Repartition<int32_t, D8> d32;
+    HWY_ALIGN int32_t sums[4][HWY_MAX_BYTES / 4];
+    HWY_ALIGN uint8_t bytes[HWY_MAX_BYTES];
+    hn::Store(q0, d32, sums[0]), hn::Store(q1, d32, sums[1]), hn::Store(q2, d32, sums[2]), hn::Store(q3, d32, sums[3]);
+    for (size_t i = 0; i < hn::Lanes(D8()); ++i)
+        bytes[i] = static_cast<uint8_t>(std::clamp(sums[i / 4 % 4][i / 16 * 4 + i % 4], 0, 255));
+    return hn::Load(D8(), bytes);
+#endif
+}
+
+// 8-bit samples in float, a whole vector of bytes a step: quarter q of the
+// step's sums holds bytes 4q..4q+3 of every block of the source rows, widened
+// by one byte shuffle and converted, so that PackBlocks puts the results back
+// in order and one store (streamed where the job asks) writes them all.
+template <PixelFormat F, size_t kTaps>
+void VerticalBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<float, decltype(d8)> df;
+    const hn::Repartition<int32_t, decltype(d8)> d32;
+    using Sum = VectorSum<Arithmetic::Float, uint8_t, decltype(df)>;
+    const size_t N = hn::Lanes(d8);
+    const size_t first = x0 * F.channels, end = (x0 + w) * F.channels;
+    hn::Vec<decltype(d8)> quarters[4];
+    for (size_t q = 0; q < 4; ++q) {
+        HWY_ALIGN uint8_t bytes[16];
+        for (size_t k = 0; k < 16; ++k) bytes[k] = k % 4 == 0 ? static_cast<uint8_t>(4 * q + k / 4) : 0x80;
+        quarters[q] = hn::LoadDup128(d8, bytes);
+    }
+    for (size_t y = y0; y < y0 + h; ++y) {
+        const uint8_t* rows[kTaps];
+        TapRows<kTaps>(job, y, rows);
+        const uint8_t* weights = job.weights + y * kTaps * sizeof(float);
+        float tap[kTaps];
+        hn::Vec<decltype(df)> wv[kTaps];
+        for (size_t j = 0; j < kTaps; ++j) {
+            tap[j] = ReadUnaligned<float>(weights + j * sizeof(float));
+            wv[j] = hn::Set(df, tap[j]);
+        }
+        uint8_t* out = job.dst + y * job.dstRowBytes;
+        size_t s = first;
+        if (job.stream) {
+            const size_t before = std::min((N - reinterpret_cast<uintptr_t>(out + s) % N) % N, end - s);
+            ScalarSamples<F, Arithmetic::Float, kTaps>(rows, weights, s, before, out);
+            s += before;
+        }
+        const auto samples = [&](auto taps) {
+            for (; s + N <= end; s += N) {
+                hn::Vec<decltype(df)> acc[4];
+                const auto quarter = [&](hn::Vec<decltype(d8)> v, size_t q) {
+                    return hn::ConvertTo(df, hn::BitCast(d32, hn::TableLookupBytesOr0(v, quarters[q])));
+                };
+                const auto v0 = hn::LoadU(d8, rows[0] + s);
+                for (size_t q = 0; q < 4; ++q) acc[q] = Sum::Start(wv[0], quarter(v0, q));
+                for (size_t j = 1; j < taps(); ++j) {
+                    const auto v = hn::LoadU(d8, rows[j] + s);
+                    for (size_t q = 0; q < 4; ++q) acc[q] = Sum::Add(acc[q], wv[j], quarter(v, q));
+                }
+                const auto bytes = PackBlocks(d8, RoundedSums(df, acc[0]), RoundedSums(df, acc[1]),
+                                              RoundedSums(df, acc[2]), RoundedSums(df, acc[3]));
+                if (job.stream) {
+                    hn::Stream(bytes, d8, out + s);
+                } else {
+                    hn::StoreU(bytes, d8, out + s);
+                }
+            }
+        };
+        if (Sum::template TapsAdded<kTaps>(tap) == kTaps) {
+            samples(std::integral_constant<size_t, kTaps>());
+        } else {
+            samples(std::integral_constant<size_t, kTaps - 1>());
+        }
+        ScalarSamples<F, Arithmetic::Float, kTaps>(rows, weights, s, end - s, out);
+    }
+    if (job.stream && !StreamFenceDeferred()) hwy::FlushStream();
 }
 
 // Four channels: one pixel's channels in the lanes of 128-bit vectors.
@@ -609,7 +706,7 @@ void HalvingBytesFixed(const PassJob& job, size_t x0, size_t y0, size_t w, size_
 // converted once and taken by both outputs, multiplied by the tap's weight
 // and added in table order. The narrowing of the even and odd outputs'
 // results takes block k of each in turn, which puts them back in order.
-// The second load ends at the pixel after the step's last output's fifth
+// A step's last load ends at the pixel after its last output's fifth
 // tap, which the run keeps inside the row.
 template <size_t kTaps>
 void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) {
@@ -620,7 +717,8 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
     const hn::Rebind<uint8_t, decltype(d16)> dOut;
     using Sum = VectorSum<Arithmetic::Float, uint8_t, decltype(df)>;
     constexpr size_t kUsed = 4;
-    const size_t group = hn::Lanes(d8) / 8;  // outputs per step: two per block
+    // Outputs per step: four per block where PackBlocks serves, two elsewhere.
+    const size_t group = hn::Lanes(d8) / (kBlockPacks ? 4 : 8);
     const auto suits = [](const float* weights) { return Sum::template TapsAdded<kTaps>(weights) == kUsed; };
     OverHalvingRun<Arithmetic::Float, kTaps>(job, x0, y0, w, h, group, suits, [&](size_t begin, size_t end,
                                                                                 const float* weights) {
@@ -645,6 +743,40 @@ void HalvingBytesFloat(const PassJob& job, size_t x0, size_t y0, size_t w, size_
             const uint8_t* const src = job.src + y * job.srcRowBytes + firstPixel * 4;
             uint8_t* const dst = job.dst + y * job.dstRowBytes;
             const HalvingAhead ahead(job, src, y + 1 < y0 + h, end - begin);
+            if constexpr (kBlockPacks) {
+                // Four outputs a block: block b of every vector serves outputs
+                // o + 4b .. o + 4b + 3, whose taps start at pixel 2o + 8b, so
+                // block b of load k holds pixels 2o + 8b + 4k .. + 3. Load 0
+                // makes the taps of output o + 4b, load 1 those of o + 4b + 2,
+                // and the outputs between and after take the two pixels
+                // their neighbours share; PackBlocks then leaves each block's
+                // four outputs in order, for one store.
+                const hn::Half<decltype(d8)> dHalf;
+                const auto blocks = [&](const uint8_t* p) {
+                    if constexpr (HWY_TARGET == HWY_AVX2) {
+                        return hn::Combine(d8, hn::LoadU(dHalf, p + 32), hn::LoadU(dHalf, p));
+                    } else {
+                        return hn::LoadU(d8, p);
+                    }
+                };
+                for (size_t x = begin; x < end; x += group) {
+                    const uint8_t* s = src + (x - begin) * 8;
+                    ahead.ask((x - begin) * 8);
+                    const auto first = blocks(s), second = blocks(s + 16), third = blocks(s + 32);
+                    const hn::Vec<decltype(df)> evenFirst[kUsed] = {pixel(first, 0), pixel(first, 1), pixel(first, 2),
+                                                                    pixel(first, 3)};
+                    const hn::Vec<decltype(df)> evenSecond[kUsed] = {pixel(second, 0), pixel(second, 1),
+                                                                     pixel(second, 2), pixel(second, 3)};
+                    const hn::Vec<decltype(df)> oddFirst[kUsed] = {evenFirst[2], evenFirst[3], evenSecond[0],
+                                                                   evenSecond[1]};
+                    const hn::Vec<decltype(df)> oddSecond[kUsed] = {evenSecond[2], evenSecond[3], pixel(third, 0),
+                                                                    pixel(third, 1)};
+                    hn::StoreU(PackBlocks(d8, rounded(evenFirst), rounded(oddFirst), rounded(evenSecond),
+                                          rounded(oddSecond)),
+                               d8, dst + x * 4);
+                }
+                continue;
+            }
             for (size_t x = begin; x < end; x += group) {
                 const uint8_t* s = src + (x - begin) * 8;
                 ahead.ask((x - begin) * 8);
@@ -714,6 +846,8 @@ void VerticalPass(const PassJob& job, size_t x0, size_t y0, size_t w, size_t h) 
     WithPass(job, [&]<PixelFormat F, Arithmetic A, size_t kTaps>() {
         if constexpr (F.sample == SampleKind::U8 && A == Arithmetic::Fixed) {
             VerticalBytesFixed<F, kTaps>(job, x0, y0, w, h);
+        } else if constexpr (F.sample == SampleKind::U8 && A == Arithmetic::Float && kBlockPacks) {
+            VerticalBytesFloat<F, kTaps>(job, x0, y0, w, h);
         } else {
             VerticalPassVector<F, A, kTaps>(job, x0, y0, w, h);
         }

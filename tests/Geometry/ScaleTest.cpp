@@ -4,6 +4,7 @@
 // uses; the check order; and the rules for signed and float samples.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <iterator>
@@ -319,6 +320,50 @@ TEST(Scale, VerticalTermsOfEveryShapeOfWeightsGiveTheRule) {
         const VariantScope scope(v);
         SCOPED_TRACE(v.name);
         EXPECT_EQ(run(scale::kVerticalPass.choose()), want);
+    }
+}
+
+// The float vertical pass of 8-bit samples rounds its sums in float, not
+// through double as the rule does. A row of samples 0, 1 and 2 under one
+// weight t (the other taps 0) makes sums of exactly 0, t and 2t: weights at
+// every half step of the 8-bit range and the floats on either side of it,
+// the float just below one half (which rounds to 1 when 0.5 is added in
+// float), and sums below 0, each with plain and streamed stores.
+TEST(Scale, FloatSumsAtEveryHalfStepRoundAsTheRule) {
+    using scale::Arithmetic, scale::kShrinkTaps, scale::PassJob, scale::PassKernel;
+    std::vector<float> halves = {std::nextafter(0.5f, 0.0f), -0.5f, -std::nextafter(0.5f, 0.0f), -1.5f};
+    for (int k = 0; k < 256; ++k)
+        for (const float t : {k + 0.5f, std::nextafter(k + 0.5f, 0.0f), std::nextafter(k + 0.5f, 512.0f)})
+            halves.push_back(t);
+    constexpr size_t kSamples = 37 * 4 + 64, kPitch = kSamples + 16;
+    std::vector<uint8_t> source(kShrinkTaps * kSamples);
+    uint32_t seed = 3;
+    for (uint8_t& b : source) b = static_cast<uint8_t>((seed = seed * 1664525u + 1013904223u) >> 24);
+    for (size_t x = 0; x < kSamples; ++x) source[x] = static_cast<uint8_t>(x % 3);
+    std::vector<int32_t> indices;
+    std::vector<float> weights;
+    for (const float t : halves)
+        for (size_t j = 0; j < kShrinkTaps; ++j) indices.push_back(static_cast<int32_t>(j)), weights.push_back(j ? 0.0f : t);
+    const auto run = [&](PassKernel kernel, bool stream) {
+        std::vector<uint8_t> out(halves.size() * kPitch + 64, 0x5A);
+        PassJob job{source.data(), kSamples, out.data() + 3, kPitch, reinterpret_cast<const uint8_t*>(indices.data()),
+                    reinterpret_cast<const uint8_t*>(weights.data()), scale::FormatIndex<kARGB8888>(),
+                    Arithmetic::Float, kShrinkTaps};
+        job.stream = stream;
+        kernel(job, 0, 0, kSamples / 4, halves.size());
+        return out;
+    };
+    const std::vector<uint8_t> want = run(scale::kVerticalPass.scalar, false);
+    for (size_t i = 0; i < halves.size(); ++i) {
+        const double t = halves[i];
+        ASSERT_EQ(want[3 + i * kPitch + 1], std::clamp<int>(static_cast<int>(t + 0.5), 0, 255)) << t;
+    }
+    for (const Variant& v : KernelVariants()) {
+        const VariantScope scope(v);
+        for (const bool stream : {false, true}) {
+            SCOPED_TRACE(testing::Message() << v.name << (stream ? " streamed" : ""));
+            EXPECT_EQ(run(scale::kVerticalPass.choose(), stream), want);
+        }
     }
 }
 
